@@ -1,0 +1,126 @@
+// Run-time types, primitive types, errors and the log.
+#include "shr/Exception.h"
+#include "shr/Logger.h"
+#include "shr/PrimType.h"
+#include "shr/TypeInfo.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <thread>
+#include <vector>
+
+using namespace shr;
+
+namespace {
+
+class TestShape : public CTypedObject {
+    SHR_DECLARE_TYPE(TestShape)
+};
+SHR_IMPLEMENT_TYPE(TestShape, CTypedObject)
+
+class TestCircle : public TestShape {
+    SHR_DECLARE_CREATABLE_TYPE(TestCircle)
+public:
+    double radius = 1.0;
+};
+SHR_IMPLEMENT_CREATABLE_TYPE(TestCircle, TestShape)
+
+} // namespace
+
+TEST(TypeInfo, RegistryAndKinds)
+{
+    const CTypeInfo* circle = CTypeInfo::FromName("TestCircle");
+    ASSERT_EQ(circle, TestCircle::GetClassTypeId());
+    EXPECT_STREQ(circle->m_ClassName, "TestCircle");
+    EXPECT_EQ(CTypeInfo::FromName("NobodyRegisteredThis"), nullptr);
+    EXPECT_EQ(CTypeInfo::FromName(nullptr), nullptr);
+
+    std::unique_ptr<CTypedObject> made(static_cast<CTypedObject*>(circle->CreateInstance()));
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(made->GetTypeId(), TestCircle::GetClassTypeId());
+    EXPECT_TRUE(made->IsKindOf(TestShape::GetClassTypeId()));
+    EXPECT_TRUE(made->IsKindOf(CTypedObject::GetClassTypeId()));
+    EXPECT_FALSE(TestShape().IsKindOf(TestCircle::GetClassTypeId()));
+    EXPECT_EQ(TestShape::GetClassTypeId()->CreateInstance(), nullptr) << "abstract-by-name types make nothing";
+}
+
+TEST(PrimType, TablesAndClip)
+{
+    EXPECT_EQ(CPrimType::Size(Int16), 2u);
+    EXPECT_EQ(CPrimType::Size(Double), 8u);
+    for (int a = 0; a < PrimTypeCount; ++a)
+        for (int b = 0; b < PrimTypeCount; ++b) {
+            const PrimType p = CPrimType::Promotion[a][b];
+            EXPECT_EQ(p, CPrimType::Promotion[b][a]) << "promotion is symmetric";
+            EXPECT_LE(CPrimType::TypeMin[p], std::min(CPrimType::TypeMin[a], CPrimType::TypeMin[b])) << a << "," << b;
+            EXPECT_GE(CPrimType::TypeMax[p], std::min(CPrimType::TypeMax[a], CPrimType::TypeMax[b])) << a << "," << b;
+        }
+    EXPECT_EQ(CPrimType::Promotion[Int8][UInt8], Int16);
+    EXPECT_EQ(CPrimType::Promotion[UInt32][Int32], Int64);
+    EXPECT_EQ(CPrimType::Promotion[Float][Int32], Double);
+
+    EXPECT_EQ(CPrimType::Clip(UInt8, 300.0), 255.0);
+    EXPECT_EQ(CPrimType::Clip(Int8, -1000.0), -128.0);
+    EXPECT_EQ(CPrimType::Clip(Float, 1e300), static_cast<double>(FLT_MAX));
+    EXPECT_TRUE(std::isnan(CPrimType::Clip(Int32, NAN)));
+    // The clipped int64 maximum must convert back without overflow.
+    const double top = CPrimType::Clip(Int64, 1e30);
+    EXPECT_LT(top, 9223372036854775808.0);
+    EXPECT_GT(static_cast<int64_t>(top), INT64_MAX - 2048);
+    EXPECT_THROW(CPrimType::Clip(static_cast<PrimType>(9), 0.0), Exception);
+}
+
+TEST(Exception, CodesGiveTheirTexts)
+{
+    try {
+        ThrowSharedError("Shared", "here.cpp", 12, 0, "value %d of %s", 3, "five");
+        FAIL();
+    } catch (const Exception& e) {
+        EXPECT_EQ(e.Component(), "Shared");
+        EXPECT_EQ(e.File(), "here.cpp");
+        EXPECT_EQ(e.Line(), 12);
+        EXPECT_EQ(e.Code(), 0);
+        EXPECT_EQ(e.Message(), "value 3 of five");
+        EXPECT_STREQ(e.what(), "value 3 of five");
+        EXPECT_EQ(e.Describe(), "Shared error 0 (here.cpp:12): value 3 of five");
+    }
+    try {
+        ThrowSharedError("Shared", "f", 1, 22, "VoMissing");
+        FAIL();
+    } catch (const std::exception& e) {
+        EXPECT_NE(std::string(e.what()).find("\"VoMissing\""), std::string::npos);
+    }
+    EXPECT_THROW(ThrowSharedError("Core", "f", 1, 2), Exception);
+}
+
+TEST(Logger, LevelsSinksAndThreads)
+{
+    std::vector<std::pair<int, std::string>> seen;
+    g_Logger.SetSink([&](int level, const GString& text) { seen.emplace_back(level, text); });
+    g_Logger.Send(1, "first");
+    g_Logger.SendVA(4, "%s execute time=%.3lf seconds", "Iso", 0.25);
+    g_Logger.Send(8, "dropped at the default threshold");
+    g_Logger.SetMaxLevel(8);
+    g_Logger.Send(8, "kept");
+    g_Logger.SetMaxLevel(0);
+    g_Logger.Send(1, "silenced");
+    g_Logger.SetMaxLevel(4);
+
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([] {
+            for (int i = 0; i < 100; ++i)
+                g_Logger.SendVA(4, "thread line %d", i);
+        });
+    for (std::thread& t : threads)
+        t.join();
+    g_Logger.SetSink(nullptr);
+
+    ASSERT_GE(seen.size(), 3u);
+    EXPECT_EQ(seen[0], std::make_pair(1, std::string("first")));
+    EXPECT_EQ(seen[1], std::make_pair(4, std::string("Iso execute time=0.250 seconds")));
+    EXPECT_EQ(seen[2], std::make_pair(8, std::string("kept")));
+    EXPECT_EQ(seen.size(), 3u + 400u);
+}
