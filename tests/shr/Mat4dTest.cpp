@@ -1,0 +1,284 @@
+// Transforms: classification, inversion, the row-vector convention, the
+// scene-graph decomposition and agreement with quaternions.
+#include "shr/Exception.h"
+#include "shr/Mat4d.h"
+#include "shr/MathUtil.h"
+#include "shr/Quat4d.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+
+using namespace shr;
+
+namespace {
+
+::testing::AssertionResult Near(const Vec3d& got, const Vec3d& want, double tolerance = 1e-12)
+{
+    if ((got - want).Length() <= tolerance)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "got (" << got.x << ", " << got.y << ", " << got.z << ") want ("
+                                         << want.x << ", " << want.y << ", " << want.z << ")";
+}
+
+Mat4d Rotated(double angle)
+{
+    Mat4d m;
+    m.RotateZ(angle, Mat4d::PostMultiply);
+    return m;
+}
+
+Mat4d Perspective()
+{
+    // w = -z: a viewing projection.
+    return Mat4d(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, -1, 0, 0, 0.5, 0);
+}
+
+} // namespace
+
+TEST(Mat4d, EveryMutationKeepsTheClassificationCurrent)
+{
+    struct Row {
+        const char* what;
+        std::function<Mat4d()> make;
+        Mat4d::Type want;
+    } rows[] = {
+        {"default", [] { return Mat4d(); }, Mat4d::Identity},
+        {"constant", [] { return Mat4d::IDENTITY; }, Mat4d::Identity},
+        {"translation", [] { return Mat4d::MakeTranslation(1, 2, 3); }, Mat4d::Translation},
+        {"zero translation", [] { return Mat4d::MakeTranslation(Vec3d::ZERO); }, Mat4d::Identity},
+        {"scale", [] { return Mat4d::MakeScale(2, 1, 1); }, Mat4d::ScaleTranslation},
+        {"mirror", [] { return Mat4d::MakeScale(-1, 1, 1); }, Mat4d::ScaleTranslation},
+        {"unit scale", [] { return Mat4d::MakeScale(1, 1, 1); }, Mat4d::Identity},
+        {"scale then move", [] { return Mat4d::MakeScale(2, 3, 4) * Mat4d::MakeTranslation(1, 0, 0); },
+         Mat4d::ScaleTranslation},
+        {"move and back", [] { return Mat4d::MakeTranslation(1, 2, 3) * Mat4d::MakeTranslation(-1, -2, -3); },
+         Mat4d::Identity},
+        {"rotate", [] { return Rotated(0.5); }, Mat4d::Affine},
+        {"rotate by 0", [] { return Rotated(0.0); }, Mat4d::Identity},
+        {"rotate X pre", [] { Mat4d m = Mat4d::MakeTranslation(1, 0, 0); m.RotateX(1.0, Mat4d::PreMultiply); return m; },
+         Mat4d::Affine},
+        {"set w column", [] { Mat4d m; m.SetValue(0, 3, 0.5); return m; }, Mat4d::Projective},
+        {"set back", [] { Mat4d m; m.SetValue(0, 3, 0.5); m.SetValue(0, 3, 0.0); return m; }, Mat4d::Identity},
+        {"set off-diagonal", [] { Mat4d m; m.SetValue(1, 0, 0.25); return m; }, Mat4d::Affine},
+        {"direct write", [] { Mat4d m; m.m[3][1] = 7; m.Reclassify(); return m; }, Mat4d::Translation},
+        {"transpose", [] { Mat4d m = Mat4d::MakeTranslation(1, 2, 3); m.Transpose(); return m; }, Mat4d::Projective},
+        {"transpose twice", [] { Mat4d m = Mat4d::MakeTranslation(1, 2, 3); m.Transpose(); m.Transpose(); return m; },
+         Mat4d::Translation},
+        {"inverse of translation", [] { Mat4d m = Mat4d::MakeTranslation(1, 2, 3); m.Inverse(); return m; },
+         Mat4d::Translation},
+        {"inverse of scale", [] { Mat4d m = Mat4d::MakeScale(2, 4, 8); m.Inverse(); return m; },
+         Mat4d::ScaleTranslation},
+        {"*=", [] { Mat4d m = Mat4d::MakeScale(2, 2, 2); m *= Mat4d::MakeScale(0.5, 0.5, 0.5); return m; },
+         Mat4d::Identity},
+        {"wrong hint", [] { return Mat4d(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 4, 0, 0, 1, Mat4d::Identity); },
+         Mat4d::Translation},
+        {"from doubles", [] { const double d[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}; return Mat4d(d); },
+         Mat4d::Identity},
+        {"from quaternion", [] { return Mat4d(Quat4d(Vec3d::UNIT_Y, 0.3)); }, Mat4d::Affine},
+        {"from identity quaternion", [] { return Mat4d(Quat4d::IDENTITY); }, Mat4d::Identity},
+        {"set transform, plain", [] { Mat4d m = Rotated(1); m.SetTransform(Vec3d::ZERO, Quat4d(), Vec3d::ONE); return m; },
+         Mat4d::Identity},
+        {"set transform, five", [] { Mat4d m; m.SetTransform(Vec3d(1, 0, 0), Quat4d(), Vec3d::ONE, Quat4d(), Vec3d(5, 5, 5)); return m; },
+         Mat4d::Translation},
+        {"make identity", [] { Mat4d m = Perspective(); m.MakeIdentity(); return m; }, Mat4d::Identity},
+        {"projective", [] { return Perspective(); }, Mat4d::Projective},
+        {"NaN", [] { Mat4d m; m.SetValue(0, 0, std::nan("")); return m; }, Mat4d::ScaleTranslation},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(row.make().GetType(), row.want) << row.what;
+}
+
+TEST(Mat4d, SetValueOutsideTheMatrixThrows)
+{
+    Mat4d m;
+    EXPECT_THROW(m.SetValue(4, 0, 1.0), Exception);
+    EXPECT_THROW(m.SetValue(0, -1, 1.0), Exception);
+    EXPECT_EQ(m, Mat4d::IDENTITY);
+}
+
+TEST(Mat4d, SingularMatricesAreLeftUnchanged)
+{
+    const Mat4d rows[] = {
+        Mat4d::MakeScale(1, 0, 1),
+        Mat4d(1, 2, 3, 0, 2, 4, 6, 0, 0, 0, 1, 0, 5, 5, 5, 1),         // dependent rows, affine
+        Mat4d(1, 1, 0, 0, 1, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1),         // equal rows, affine
+        Mat4d(1, 0, 0, 1, 0, 1, 0, 2, 0, 0, 1, 3, 2, 4, 6, 28),        // row 3 = 2 r0 + 4 r1 + 6 r2
+        Mat4d(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 1, 0, 0, 0, 0),         // projective, zero row
+        Mat4d(1e-20, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1) * Mat4d(1, 1, 0, 0, 1, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1),
+    };
+    for (size_t i = 0; i < sizeof(rows) / sizeof(rows[0]); ++i) {
+        Mat4d m = rows[i];
+        EXPECT_FALSE(m.Inverse()) << i;
+        EXPECT_EQ(m, rows[i]) << i;
+        EXPECT_EQ(m.GetType(), rows[i].GetType()) << i;
+    }
+}
+
+TEST(Mat4d, InverseUndoesEveryKind)
+{
+    Mat4d general = Rotated(0.7) * Mat4d::MakeScale(0.01, 3, 100);
+    general.RotateX(-1.2, Mat4d::PreMultiply);
+    const Mat4d rows[] = {
+        Mat4d::MakeTranslation(1e6, -2e6, 3),
+        Mat4d::MakeScale(-2, 0.001, 1e6) * Mat4d::MakeTranslation(7, 8, 9),
+        general * Mat4d::MakeTranslation(40, 600, -1500),
+        Perspective() * Rotated(0.3),
+        Mat4d(1e-20, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1), // tiny but regular
+    };
+    for (size_t i = 0; i < sizeof(rows) / sizeof(rows[0]); ++i) {
+        Mat4d inv = rows[i];
+        ASSERT_TRUE(inv.Inverse()) << i;
+        const Vec3d p(0.25, -3.5, 2.0);
+        EXPECT_TRUE(Near((p * rows[i]) * inv, p, 1e-9)) << i;
+        EXPECT_TRUE((rows[i] * inv).Equals(Mat4d::IDENTITY, 1e-9)) << i;
+    }
+}
+
+TEST(Mat4d, PointsAreRowVectors)
+{
+    const Vec3d p(1, 2, 3);
+    EXPECT_EQ(p * Mat4d::MakeTranslation(10, 20, 30), Vec3d(11, 22, 33));
+    // S * T: scale first, then translate.
+    EXPECT_EQ(p * (Mat4d::MakeScale(2, 2, 2) * Mat4d::MakeTranslation(1, 0, 0)), Vec3d(3, 4, 6));
+    EXPECT_EQ(p * (Mat4d::MakeTranslation(1, 0, 0) * Mat4d::MakeScale(2, 2, 2)), Vec3d(4, 4, 6));
+    EXPECT_TRUE(Near(Vec3d::UNIT_X * Rotated(HALF_PI), Vec3d::UNIT_Y));
+    // The translation lives in row 3.
+    const Mat4d t = Mat4d::MakeTranslation(4, 5, 6);
+    EXPECT_EQ(Vec3d(t.m[3][0], t.m[3][1], t.m[3][2]), Vec3d(4, 5, 6));
+
+    // Perspective divide by w = -z; a point with w = 0 stays finite.
+    EXPECT_TRUE(Near(Vec3d(2, 4, -2) * Perspective(), Vec3d(1, 2, -0.75)));
+    const Vec3d atInfinity = Vec3d(2, 4, 0) * Perspective();
+    EXPECT_TRUE(std::isfinite(atInfinity.x) && std::isfinite(atInfinity.z));
+    EXPECT_EQ(Vec4d(2, 4, -2, 1) * Perspective(), Vec4d(2, 4, -1.5, 2));
+
+    // Arrays, in place as well.
+    Vec3d pts[3] = {Vec3d(0, 0, 0), Vec3d(1, 1, 1), Vec3d(-1, 0, 2)};
+    const Mat4d m = Rotated(0.4) * Mat4d::MakeTranslation(1, 2, 3);
+    Vec3d want[3];
+    for (int i = 0; i < 3; ++i)
+        want[i] = pts[i] * m;
+    m.Transform(pts, pts, 3);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(pts[i], want[i]) << i;
+}
+
+TEST(Mat4d, RotationOrder)
+{
+    // A well path: north, tilted 30 degrees down, then turned to azimuth 90
+    // (east). Post-multiplying applies the turns in the order they are made.
+    const double dip = -30 * DEG_TO_RAD, azimuth = 90 * DEG_TO_RAD;
+    Mat4d post, pre;
+    post.RotateX(dip, Mat4d::PostMultiply);
+    post.RotateZ(-azimuth, Mat4d::PostMultiply);
+    pre.RotateX(dip, Mat4d::PreMultiply);
+    pre.RotateZ(-azimuth, Mat4d::PreMultiply);
+    EXPECT_TRUE(Near(Vec3d::UNIT_Y * post, Vec3d(std::cos(dip), 0, std::sin(dip))));
+    EXPECT_TRUE(Near(Vec3d::UNIT_Y * pre, Vec3d::UNIT_X));
+
+    Mat4d y;
+    y.RotateY(HALF_PI, Mat4d::PostMultiply);
+    EXPECT_TRUE(Near(Vec3d::UNIT_Z * y, Vec3d::UNIT_X));
+}
+
+TEST(Mat4d, TransformDecomposesAndRebuilds)
+{
+    struct Row {
+        Vec3d t;
+        Quat4d r;
+        Vec3d s;
+        Quat4d so;
+    } rows[] = {
+        {Vec3d(1, 2, 3), Quat4d(), Vec3d::ONE, Quat4d()},
+        {Vec3d(0, 0, 0), Quat4d(Vec3d(1, 1, 0), 0.8), Vec3d(2, 3, 4), Quat4d()},
+        {Vec3d(-5e5, 3e6, -2e3), Quat4d(Vec3d(0, 1, 2), -2.0), Vec3d(0.5, 0.5, 0.5), Quat4d()},
+        {Vec3d(1, 1, 1), Quat4d(Vec3d::UNIT_Z, 1.0), Vec3d(1, 5, 0.2), Quat4d(Vec3d(1, 0, 1), 0.6)},
+        {Vec3d(0, 4, 0), Quat4d(Vec3d::UNIT_X, 3.0), Vec3d(-1, 1, 1), Quat4d()},
+        {Vec3d(0, 4, 0), Quat4d(Vec3d(3, 1, 1), 1.0), Vec3d(-2, -3, 4), Quat4d(Vec3d::UNIT_Y, 0.4)},
+    };
+    for (size_t i = 0; i < sizeof(rows) / sizeof(rows[0]); ++i) {
+        const Row& row = rows[i];
+        Mat4d m;
+        m.SetTransform(row.t, row.r, row.s, row.so, Vec3d::ZERO);
+        Vec3d t, s;
+        Quat4d r, so;
+        m.GetTransform(t, r, s, so);
+        EXPECT_TRUE(Near(t, row.t)) << i;
+        Mat4d rebuilt;
+        rebuilt.SetTransform(t, r, s, so, Vec3d::ZERO);
+        EXPECT_TRUE(rebuilt.Equals(m, 1e-9)) << i;
+        // Positive scales without a scale orientation come back as given.
+        if (row.so == Quat4d() && row.s.x > 0 && row.s.y > 0 && row.s.z > 0) {
+            EXPECT_TRUE(r.Equals(row.r, 1e-12)) << i;
+            EXPECT_TRUE(Near(s, row.s)) << i;
+        }
+    }
+    // A flattened matrix decomposes without NaN.
+    Vec3d t, s;
+    Quat4d r, so;
+    Mat4d::MakeScale(2, 0, 1).GetTransform(t, r, s, so);
+    EXPECT_EQ(r, Quat4d::IDENTITY);
+    EXPECT_TRUE(Near(Vec3d(std::abs(s.x), std::abs(s.y), std::abs(s.z)), Vec3d(2, 0, 1)));
+}
+
+TEST(Mat4d, SetTransformActsAboutTheCenter)
+{
+    const Vec3d center(10, 20, 30), translation(1, 2, 3);
+    Mat4d m;
+    m.SetTransform(translation, Quat4d(Vec3d::UNIT_Z, HALF_PI), Vec3d(2, 2, 2), Quat4d(), center);
+    EXPECT_TRUE(Near(center * m, center + translation));
+    EXPECT_TRUE(Near((center + Vec3d::UNIT_X) * m, center + translation + Vec3d(0, 2, 0)));
+    // The three-argument form: scale, then rotate, then move.
+    m.SetTransform(translation, Quat4d(Vec3d::UNIT_Z, HALF_PI), Vec3d(2, 1, 1));
+    EXPECT_TRUE(Near(Vec3d::UNIT_X * m, Vec3d(0, 2, 0) + translation));
+}
+
+TEST(Quat4d, AgreesWithMatrices)
+{
+    const Quat4d rows[] = {
+        Quat4d(Vec3d::UNIT_X, 0.3), Quat4d(Vec3d(1, 2, 3), -1.1), Quat4d(Vec3d(0, 1, -1), ONE_PI),
+        Quat4d(Vec3d(-1, 0, 0.1), 3.0), Quat4d(Vec3d(0, 0, 1), 0.0), Quat4d(0, 0, 2, 0) /* not unit */,
+    };
+    const Vec3d v(0.3, -2.0, 1.5);
+    for (size_t i = 0; i < sizeof(rows) / sizeof(rows[0]); ++i) {
+        const Quat4d& q = rows[i];
+        EXPECT_TRUE(Near(q.MultVec(v), v * Mat4d(q))) << i;
+        EXPECT_TRUE(Quat4d(Mat4d(q)).Equals(q, 1e-12)) << i;
+        const Quat4d& next = rows[(i + 1) % 6];
+        EXPECT_TRUE(Mat4d(q * next).Equals(Mat4d(q) * Mat4d(next), 1e-12)) << i;
+        EXPECT_TRUE(Near((q * q.Inverse()).MultVec(v), v)) << i;
+    }
+}
+
+TEST(Quat4d, AxisAngleAndDirections)
+{
+    Vec3d axis;
+    double angle;
+    Quat4d(Vec3d(0, 0, 5), 1.25).Get(axis, angle);
+    EXPECT_TRUE(Near(axis, Vec3d::UNIT_Z));
+    EXPECT_NEAR(angle, 1.25, 1e-14);
+    Quat4d::IDENTITY.Get(axis, angle);
+    EXPECT_EQ(angle, 0.0);
+    EXPECT_EQ(Quat4d(Vec3d::ZERO, 1.0), Quat4d::IDENTITY);
+
+    // Set(from, to) takes `from` onto `to`, whatever their lengths.
+    const Vec3d pairs[][2] = {
+        {Vec3d::UNIT_Z, Vec3d(1, 1, 1)},  {Vec3d(0, 0, 3), Vec3d(0, 0, 7)},
+        {Vec3d::UNIT_Z, -Vec3d::UNIT_Z},  {Vec3d::UNIT_X, Vec3d(-2, 0, 0)},
+        {Vec3d(1, 2, 3), Vec3d(-3, 1, 0)},
+    };
+    for (const auto& pair : pairs) {
+        Quat4d q;
+        q.Set(pair[0], pair[1]);
+        EXPECT_TRUE(Near(q.MultVec(pair[0].Normalized()), pair[1].Normalized(), 1e-12));
+    }
+    Quat4d q(1, 2, 3, 4);
+    q.Set(Vec3d::ZERO, Vec3d::UNIT_X);
+    EXPECT_EQ(q, Quat4d::IDENTITY);
+
+    // The zero quaternion acts as no rotation.
+    EXPECT_EQ(Quat4d::ZERO.MultVec(Vec3d(1, 2, 3)), Vec3d(1, 2, 3));
+    EXPECT_EQ(Mat4d(Quat4d::ZERO).GetType(), Mat4d::Identity);
+}

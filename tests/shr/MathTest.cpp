@@ -1,0 +1,305 @@
+// Vectors, boxes, planes and the numeric helpers.
+#include "shr/Box2f.h"
+#include "shr/Box3d.h"
+#include "shr/Exception.h"
+#include "shr/LeastSquares.h"
+#include "shr/Line3d.h"
+#include "shr/MathUtil.h"
+#include "shr/Plane.h"
+#include "shr/Point.h"
+#include "shr/RMatrix.h"
+#include "shr/Vec2.h"
+#include "shr/Vec4.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cfloat>
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+using namespace shr;
+
+TEST(Vec3d, NormalizeAndOrdering)
+{
+    Vec3d v(3, 0, 4);
+    EXPECT_TRUE(v.Normalize());
+    EXPECT_EQ(v, Vec3d(0.6, 0, 0.8));
+    Vec3d zero;
+    EXPECT_FALSE(zero.Normalize());
+    EXPECT_EQ(zero, Vec3d::ZERO);
+    Vec3d inf(INFINITY, 0, 0);
+    EXPECT_FALSE(inf.Normalize());
+    EXPECT_EQ(inf, Vec3d::ZERO);
+
+    std::vector<Vec3d> sorted = {Vec3d(1, 2, 3), Vec3d(1, 1, 9), Vec3d(0, 5, 5), Vec3d(1, 2, -1)};
+    std::sort(sorted.begin(), sorted.end());
+    const std::vector<Vec3d> want = {Vec3d(0, 5, 5), Vec3d(1, 1, 9), Vec3d(1, 2, -1), Vec3d(1, 2, 3)};
+    EXPECT_EQ(sorted, want);
+
+    Vec3f f;
+    f = Vec3d(0.5, 1.5, 2.5);
+    EXPECT_EQ(f, Vec3f(0.5f, 1.5f, 2.5f));
+    EXPECT_EQ(Vec4d(Vec3d(1, 2, 3), 4).w, 4.0);
+    EXPECT_EQ(Vec3d::UNIT_X.Cross(Vec3d::UNIT_Y), Vec3d::UNIT_Z);
+    using P4 = Point4<double, double>;
+    EXPECT_EQ(P4(1, 2, 3, 4), P4(1, 2, 3, 4));
+    EXPECT_NE(P4(1, 2, 3, 4), P4(1, 2, 3, 5));
+}
+
+TEST(MathUtil, ScalarHelpers)
+{
+    EXPECT_DOUBLE_EQ(shr::hypot(2, 3, 6), 7.0);
+    EXPECT_DOUBLE_EQ(shr::hypot(3e200, 4e200, 0), 5e200); // no overflow in the squares
+    EXPECT_DOUBLE_EQ(Normalize(5, 0, 10), 0.5);
+    EXPECT_DOUBLE_EQ(Normalize(15, 0, 10), 1.5);
+    EXPECT_DOUBLE_EQ(Normalize(2, 10, 0), 0.8);
+    EXPECT_EQ(Normalize(3, 3, 3), 0.0);
+
+    const Vec3d a(0, 0, 0), b(10, 0, 0);
+    EXPECT_DOUBLE_EQ(PointLineSegDistSq(Vec3d(5, 3, 4), a, b), 25.0);
+    EXPECT_DOUBLE_EQ(PointLineSegDistSq(Vec3d(-3, 4, 0), a, b), 25.0);
+    EXPECT_DOUBLE_EQ(PointLineSegDistSq(Vec3d(13, 0, 4), a, b), 25.0);
+    EXPECT_DOUBLE_EQ(PointLineSegDistSq(Vec3d(3, 4, 0), a, a), 25.0);
+}
+
+TEST(MathUtil, CeilPowerOf2)
+{
+    const int rows[][2] = {{INT_MIN, 1}, {-5, 1}, {0, 1},       {1, 1},       {2, 2},
+                           {3, 4},       {1023, 1024}, {1024, 1024}, {1025, 2048}, {1 << 30, 1 << 30}};
+    for (const auto& row : rows)
+        EXPECT_EQ(CeilPowerOf2(row[0]), row[1]) << row[0];
+    EXPECT_THROW(CeilPowerOf2((1 << 30) + 1), Exception);
+    EXPECT_THROW(CeilPowerOf2(INT_MAX), Exception);
+}
+
+TEST(MathUtil, CalcAutoIncOnAwkwardRanges)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    struct Row {
+        double min, max;
+        int count;
+        double step, first, last;
+    } rows[] = {
+        {0, 10, 5, 2, 0, 10},
+        {0, 10, 7, 2, 0, 10},
+        {0.3, 2.1, 6, 0.5, 0.5, 2.0},
+        {0.1, 0.7, 6, 0.1, 0.1, 0.7},   // multiples read as written
+        {-7, 13, 4, 5, -5, 10},
+        {-0.5, 0.5, 1, 1, 0, 0},        // no "-0"
+        {10, 0, 5, 2, 0, 10},           // reversed
+        {0, 10, 0, 10, 0, 10},          // count 0 counts as 1
+        {0, 10, -3, 10, 0, 10},
+        {0, 1, 3, 0.5, 0, 1},           // 1/3 rounds up to 0.5
+        {0, 0.9, 4, 0.25, 0, 0.75},
+        {5, 5, 7, 1, 5, 5},             // zero width
+        {0, 0, 5, 0.2, 0, 0},
+        {1e20, 1e20 + 1e6, 5, 2e5, 1e20, 1e20 + 1e6},
+        {1e-300, 2e-300, 4, 2.5e-301, 1e-300, 2e-300},
+        {nan, 1, 5, 0, 0, 0},
+        {0, INFINITY, 5, 0, 0, 0},
+        {0, 1e-310, 5, 0, 0, 1e-310},   // step below the normal range
+    };
+    for (const Row& row : rows) {
+        double first = -1, last = -1;
+        const double step = CalcAutoInc(row.min, row.max, row.count, &first, &last);
+        const auto where = ::testing::Message() << row.min << ".." << row.max << " count " << row.count;
+        EXPECT_DOUBLE_EQ(step, row.step) << where;
+        EXPECT_DOUBLE_EQ(first, row.first) << where;
+        EXPECT_DOUBLE_EQ(last, row.last) << where;
+        EXPECT_FALSE(std::signbit(first) && first == 0.0) << where;
+    }
+    // The widest range still gives finite, ordered results.
+    double first = 0, last = 0;
+    const double step = CalcAutoInc(-DBL_MAX, DBL_MAX, 5, &first, &last);
+    EXPECT_TRUE(std::isfinite(step) && step > 0);
+    EXPECT_TRUE(std::isfinite(first) && std::isfinite(last) && first <= last);
+    // Null outputs are allowed.
+    EXPECT_EQ(CalcAutoInc(0, 10, 5, nullptr, nullptr), 2.0);
+}
+
+TEST(MathUtil, LeastSquaresFitsAnOverdeterminedSystem)
+{
+    // y = a + b x through (0,1), (1,3), (2,4), (3,4): a = 1.5, b = 1.
+    RMatrix a(4, 2);
+    RVector b(4), x;
+    const double ys[] = {1, 3, 4, 4};
+    for (size_t i = 0; i < 4; ++i) {
+        a(i, 0) = 1;
+        a(i, 1) = double(i);
+        b[i] = ys[i];
+    }
+    ASSERT_TRUE(MGSLeastSquares(a, x, b));
+    ASSERT_EQ(x.Size(), 2u);
+    EXPECT_NEAR(x[0], 1.5, 1e-13);
+    EXPECT_NEAR(x[1], 1.0, 1e-13);
+    const double residual[] = {-0.5, 0.5, 0.5, -0.5};
+    for (size_t i = 0; i < 4; ++i)
+        EXPECT_NEAR(b[i], residual[i], 1e-13) << i;
+
+    // An exact plane with badly scaled columns (coordinates in the millions).
+    RMatrix p(6, 3);
+    RVector z(6), coef;
+    const double pts[6][2] = {{1e6, 2e6}, {1e6 + 10, 2e6}, {1e6, 2e6 + 10}, {1e6 + 7, 2e6 + 3}, {1e6 - 4, 2e6 + 9}, {1e6 + 1, 2e6 - 5}};
+    for (size_t i = 0; i < 6; ++i) {
+        p(i, 0) = pts[i][0];
+        p(i, 1) = pts[i][1];
+        p(i, 2) = 1;
+        z[i] = 2 * pts[i][0] - 3 * pts[i][1] + 5;
+    }
+    ASSERT_TRUE(MGSLeastSquares(p, coef, z));
+    EXPECT_NEAR(coef[0], 2, 1e-6);
+    EXPECT_NEAR(coef[1], -3, 1e-6);
+    EXPECT_NEAR(coef[2] + 2 * 1e6 - 3 * 2e6, 2 * 1e6 - 3 * 2e6 + 5, 1e-3); // the fit at the first point
+}
+
+TEST(MathUtil, LeastSquaresRefusesWhatItCannotSolve)
+{
+    struct Row {
+        const char* what;
+        size_t rows, cols, rhs;
+        std::vector<double> values; // row-major
+    } rows[] = {
+        {"dependent columns", 3, 2, 3, {1, 2, 2, 4, 3, 6}},
+        {"zero column", 3, 2, 3, {1, 0, 2, 0, 3, 0}},
+        {"underdetermined", 2, 3, 2, {1, 0, 0, 0, 1, 0}},
+        {"wrong right-hand side", 3, 2, 2, {1, 0, 0, 1, 1, 1}},
+        {"no columns", 3, 0, 3, {}},
+        {"NaN", 2, 2, 2, {1, 0, 0, std::nan("")}},
+    };
+    for (const Row& row : rows) {
+        RMatrix a(row.rows, row.cols);
+        for (size_t i = 0; i < row.values.size(); ++i)
+            a(i / row.cols, i % row.cols) = row.values[i];
+        RVector b(row.rhs), x(1);
+        x[0] = 42;
+        EXPECT_FALSE(MGSLeastSquares(a, x, b)) << row.what;
+        EXPECT_EQ(x.Size(), 1u) << row.what;
+        EXPECT_EQ(x[0], 42) << row.what;
+    }
+}
+
+TEST(RMatrix, CheckedAccessThrows)
+{
+    RMatrix a(2, 3);
+    a.At(1, 2) = 5;
+    EXPECT_EQ(a[1][2], 5);
+    EXPECT_THROW(a.At(2, 0), Exception);
+    EXPECT_THROW(a.At(0, 3), Exception);
+    RVector v(3);
+    EXPECT_THROW(v.At(3), Exception);
+    EXPECT_THROW(a * RVector(2), Exception);
+    a.Resize(3, 1);
+    EXPECT_EQ(a.Rows() * a.Cols(), 3u);
+    EXPECT_EQ(a(2, 0), 0.0);
+}
+
+TEST(Box3d, EmptyExtendAndQueries)
+{
+    Box3d box;
+    EXPECT_TRUE(box.IsEmpty());
+    EXPECT_EQ(box.min, Vec3d(DBL_MAX, DBL_MAX, DBL_MAX));
+    EXPECT_EQ(box.max, -Vec3d(DBL_MAX, DBL_MAX, DBL_MAX));
+    EXPECT_TRUE(box.IsDegenerate());
+    EXPECT_EQ(box.Size(), Vec3d::ZERO);
+    EXPECT_EQ(box.Diagonal(), 0.0);
+
+    box.ExtendBy(Box3d()); // nothing
+    EXPECT_TRUE(box.IsEmpty());
+    box.ExtendBy(Vec3d(1, 2, 3));
+    EXPECT_EQ(box, Box3d(1, 2, 3, 1, 2, 3));
+    EXPECT_TRUE(box.IsDegenerate());
+    box.ExtendBy(Box3d(Vec3d(-1, 0, 0), Vec3d(0, 5, 7)));
+    EXPECT_EQ(box, Box3d(-1, 0, 0, 1, 5, 7));
+    EXPECT_FALSE(box.IsDegenerate());
+    EXPECT_EQ(box.Center(), Vec3d(0, 2.5, 3.5));
+    EXPECT_EQ(box.Size(), Vec3d(2, 5, 7));
+    EXPECT_DOUBLE_EQ(box.Diagonal(), std::sqrt(4.0 + 25 + 49));
+    EXPECT_TRUE(Box3d(0, 0, 0, 1, 1, 0).IsDegenerate()); // flat
+
+    const Vec3d pts[] = {Vec3d(3, -1, 2), Vec3d(0, 4, 2), Vec3d(1, 1, -6)};
+    box.BoundPoints(pts, 3);
+    EXPECT_EQ(box, Box3d(0, -1, -6, 3, 4, 2));
+    box.BoundPoints(pts, 0);
+    EXPECT_TRUE(box.IsEmpty());
+}
+
+TEST(Box3d, CornersRunRoundTheFaces)
+{
+    Vec3d c[8];
+    Box3d(0, 0, 0, 1, 2, 3).GetCorners(c);
+    const Vec3d want[8] = {Vec3d(0, 0, 0), Vec3d(1, 0, 0), Vec3d(1, 2, 0), Vec3d(0, 2, 0),
+                           Vec3d(0, 0, 3), Vec3d(1, 0, 3), Vec3d(1, 2, 3), Vec3d(0, 2, 3)};
+    for (int i = 0; i < 8; ++i)
+        EXPECT_EQ(c[i], want[i]) << i;
+
+    Vec2f c2[4];
+    Box2f b2;
+    b2.ExtendBy(Vec2f(1, 2));
+    b2.ExtendBy(Vec2f(-1, 0));
+    b2.GetCorners(c2);
+    EXPECT_EQ(c2[0], Vec2f(-1, 0));
+    EXPECT_EQ(c2[2], Vec2f(1, 2));
+    EXPECT_EQ(c2[3], Vec2f(-1, 2));
+}
+
+TEST(Box3d, Intersects)
+{
+    const Box3d unit(0, 0, 0, 1, 1, 1);
+    struct Row {
+        Box3d other;
+        bool want;
+    } rows[] = {
+        {Box3d(0.5, 0.5, 0.5, 2, 2, 2), true},
+        {Box3d(1, 0, 0, 2, 1, 1), true},          // shared face
+        {Box3d(1, 1, 1, 2, 2, 2), true},          // shared corner
+        {Box3d(-1, -1, -1, 3, 3, 3), true},       // contains
+        {Box3d(1.001, 0, 0, 2, 1, 1), false},
+        {Box3d(0, 0, -2, 1, 1, -0.5), false},
+        {Box3d(), false},                         // empty
+        {Box3d(0.5, 0.5, 0.5, 0.5, 0.5, 0.5), true}, // a point inside
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(unit.Intersects(row.other), row.want) << row.other.min.x << " " << row.other.max.x;
+        EXPECT_EQ(row.other.Intersects(unit), row.want);
+    }
+    EXPECT_FALSE(Box3d().Intersects(Box3d()));
+    EXPECT_TRUE(unit.Intersects(Vec3d(1, 0.5, 0)));
+    EXPECT_FALSE(unit.Intersects(Vec3d(1, 0.5, -0.1)));
+    EXPECT_FALSE(Box3d().Intersects(Vec3d::ZERO));
+}
+
+TEST(Plane, IntersectsLines)
+{
+    const Plane z2(Vec3d(0, 0, 5), 2.0); // z = 2; the normal is normalised
+    EXPECT_EQ(z2.GetNormal(), Vec3d::UNIT_Z);
+    struct Row {
+        Line3d line;
+        bool hit;
+        Vec3d at;
+    } rows[] = {
+        {Line3d(Vec3d(1, 1, 0), Vec3d(1, 1, 1)), true, Vec3d(1, 1, 2)},
+        {Line3d(Vec3d(1, 1, 10), Vec3d(1, 1, 9)), true, Vec3d(1, 1, 2)},     // from above
+        {Line3d(Vec3d(0, 0, 0), Vec3d(1, 0, 1)), true, Vec3d(2, 0, 2)},      // slanted, beyond the points
+        {Line3d(Vec3d(0, 0, 0), Vec3d(1, 0, 0)), false, Vec3d()},            // parallel
+        {Line3d(Vec3d(0, 0, 2), Vec3d(1, 3, 2)), false, Vec3d()},            // in the plane
+        {Line3d(Vec3d(0, 0, 0), Vec3d(0, 0, 0)), false, Vec3d()},            // degenerate
+    };
+    for (size_t i = 0; i < sizeof(rows) / sizeof(rows[0]); ++i) {
+        Vec3d at(-7, -7, -7);
+        EXPECT_EQ(z2.Intersect(rows[i].line, at), rows[i].hit) << i;
+        const Vec3d want = rows[i].hit ? rows[i].at : Vec3d(-7, -7, -7);
+        EXPECT_NEAR((at - want).Length(), 0.0, 1e-12) << i;
+    }
+
+    const Plane through(Vec3d(0, 2, 0), Vec3d(4, 3, 4)); // normal, point: y = 3
+    EXPECT_DOUBLE_EQ(through.GetDistance(), 3.0);
+    EXPECT_DOUBLE_EQ(through.Distance(Vec3d(9, 1, 9)), -2.0);
+    const Plane three(Vec3d(0, 0, 1), Vec3d(1, 0, 1), Vec3d(0, 1, 1));
+    EXPECT_EQ(three, Plane(Vec3d::UNIT_Z, 1.0));
+    EXPECT_THROW(Plane(Vec3d::ZERO, 1.0), Exception);
+    EXPECT_THROW(Plane(Vec3d::ZERO, Vec3d::ONE), Exception);
+    EXPECT_THROW(Plane(Vec3d(0, 0, 0), Vec3d(1, 1, 1), Vec3d(2, 2, 2)), Exception);
+}
