@@ -1,0 +1,593 @@
+#include "shr/Archive.h"
+#include "shr/Box3d.h"
+#include "shr/Color4b.h"
+#include "shr/Exception.h"
+#include "shr/Mat4d.h"
+#include "shr/Quat4d.h"
+#include "shr/TypeInfo.h"
+#include "shr/Vec2.h"
+#include "shr/Vec3.h"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using shr::Archive;
+using shr::Exception;
+using Bytes = std::vector<unsigned char>;
+
+// A node of an object graph: a value, a name and a link to another node.
+class ArchiveTestNode : public shr::CTypedObject {
+    SHR_DECLARE_CREATABLE_TYPE(ArchiveTestNode)
+public:
+    int value = 0;
+    shr::GString name;
+    ArchiveTestNode* link = nullptr;
+
+    void Serialize(Archive& archive) override
+    {
+        archive.SyncCheck();
+        archive.Transfer(value);
+        archive.Transfer(name);
+        archive.TransferObject(link);
+    }
+};
+SHR_IMPLEMENT_CREATABLE_TYPE(ArchiveTestNode, shr::CTypedObject)
+
+// A leaf held by shared pointers.
+class ArchiveTestLeaf : public shr::CTypedObject {
+    SHR_DECLARE_CREATABLE_TYPE(ArchiveTestLeaf)
+public:
+    double value = 0.0;
+
+    void Serialize(Archive& archive) override
+    {
+        archive.SyncCheck();
+        archive.Transfer(value);
+    }
+};
+SHR_IMPLEMENT_CREATABLE_TYPE(ArchiveTestLeaf, shr::CTypedObject)
+
+// Registered, but cannot be made by name.
+class ArchiveTestAbstract : public shr::CTypedObject {
+    SHR_DECLARE_TYPE(ArchiveTestAbstract)
+};
+SHR_IMPLEMENT_TYPE(ArchiveTestAbstract, shr::CTypedObject)
+
+std::string Message(const std::function<void()>& f)
+{
+    try {
+        f();
+    } catch (const Exception& e) {
+        EXPECT_EQ(e.Component(), "Shared");
+        return e.Message();
+    }
+    ADD_FAILURE() << "no shr::Exception";
+    return std::string();
+}
+
+size_t CountOccurrences(const Bytes& bytes, const std::string& text)
+{
+    size_t count = 0;
+    for (auto it = bytes.begin(); (it = std::search(it, bytes.end(), text.begin(), text.end())) != bytes.end(); ++it)
+        ++count;
+    return count;
+}
+
+// A temporary file path, removed at scope end.
+struct TempPath {
+    std::string path;
+    explicit TempPath(const char* tag)
+        : path(::testing::TempDir() + "archive_" + tag + "_" + std::to_string(::getpid()) + ".fkd")
+    {
+    }
+    ~TempPath() { std::remove(path.c_str()); }
+};
+
+Bytes ReadFile(const std::string& path)
+{
+    Bytes bytes;
+    if (std::FILE* f = std::fopen(path.c_str(), "rb")) {
+        unsigned char buffer[4096];
+        size_t n;
+        while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
+            bytes.insert(bytes.end(), buffer, buffer + n);
+        std::fclose(f);
+    }
+    return bytes;
+}
+
+void WriteFile(const std::string& path, const Bytes& bytes)
+{
+    std::FILE* f = std::fopen(path.c_str(), "wb");
+    ASSERT_NE(f, nullptr);
+    std::fwrite(bytes.data(), 1, bytes.size(), f);
+    std::fclose(f);
+}
+
+// ---- values ------------------------------------------------------------------
+
+struct Values {
+    std::string text = "";
+    shr::GString gtext;
+    bool flag = false;
+    char c = 0;
+    int i = 0;
+    unsigned long long u64 = 0;
+    float f = 0;
+    double d = 0;
+    shr::Box3d box;
+    shr::Color4b color;
+    shr::Mat4d matrix;
+    shr::Quat4d quat;
+    shr::Vec2f v2;
+    shr::Vec3d v3;
+    shr::Vec3i v3i;
+    unsigned char raw[5] = {0, 0, 0, 0, 0};
+
+    void Serialize(Archive& archive)
+    {
+        archive.Transfer(text);
+        archive.SyncCheck();
+        archive.Transfer(gtext);
+        archive.Transfer(flag);
+        archive.Transfer(c);
+        archive.Transfer(i);
+        archive.Transfer(u64);
+        archive.Transfer(f);
+        archive.Transfer(d);
+        archive.Transfer(box);
+        archive.Transfer(color);
+        archive.Transfer(matrix);
+        archive.Transfer(quat);
+        archive.Transfer(v2);
+        archive.Transfer(v3);
+        archive.Transfer(v3i);
+        archive.Transfer(raw, sizeof raw);
+    }
+};
+
+Values SampleValues()
+{
+    Values v;
+    v.text = std::string("with\0nul", 8);
+    v.gtext = "G\xC3\xA9ologie";
+    v.flag = true;
+    v.c = -7;
+    v.i = -123456789;
+    v.u64 = 0xFEDCBA9876543210ull;
+    v.f = 1.25e-3f;
+    v.d = -6.02214076e23;
+    v.box = shr::Box3d(-1.5, -2.5, -3.5, 4.5, 5.5, 6.5);
+    v.color = shr::Color4b(10, 20, 30, 40);
+    const double rows[16] = {1, 0, 0, 0, 0, 2, 0, 0, 0, 0, 3, 0, 10, 20, 30, 1};
+    v.matrix = shr::Mat4d(rows);
+    v.quat = shr::Quat4d(0.1, 0.2, 0.3, 0.9);
+    v.v2 = shr::Vec2f(1.5f, -2.5f);
+    v.v3 = shr::Vec3d(1e300, -1e-300, 0.5);
+    v.v3i = shr::Vec3i(-1, 0, 2147483647);
+    const unsigned char raw[5] = {1, 2, 3, 254, 255};
+    std::memcpy(v.raw, raw, sizeof raw);
+    return v;
+}
+
+Bytes Stored(Values values)
+{
+    Bytes bytes;
+    Archive out(bytes);
+    values.Serialize(out);
+    return bytes;
+}
+
+TEST(ArchiveTest, EveryValueTypeRoundTripsThroughMemoryAndFile)
+{
+    Values stored = SampleValues();
+    const Bytes bytes = Stored(stored);
+    TempPath file("values");
+    {
+        Archive out(file.path, Archive::Store);
+        stored.Serialize(out);
+    }
+    EXPECT_EQ(ReadFile(file.path), bytes);
+
+    Values fromMemory, fromFile;
+    Archive inMemory(bytes.data(), bytes.size());
+    fromMemory.Serialize(inMemory);
+    EXPECT_EQ(inMemory.BytesRemaining(), 0u);
+    Archive inFile(file.path, Archive::Load);
+    fromFile.Serialize(inFile);
+    EXPECT_EQ(inFile.GetFilename(), file.path);
+    // Equal values store equal bytes; the matrix also keeps its classification.
+    EXPECT_EQ(Stored(fromMemory), bytes);
+    EXPECT_EQ(Stored(fromFile), bytes);
+    EXPECT_EQ(fromFile.matrix.GetType(), stored.matrix.GetType());
+    EXPECT_EQ(fromFile.text, stored.text);
+}
+
+TEST(ArchiveTest, LayoutIsLittleEndianRawBytes)
+{
+    Bytes bytes;
+    {
+        Archive out(bytes);
+        EXPECT_TRUE(out.IsStoring());
+        EXPECT_EQ(out.m_Version, Archive::CurrentVersion);
+        std::string text = "ab";
+        int number = 0x01020304;
+        bool flag = true;
+        shr::Color4b color(1, 2, 3, 4);
+        out.Transfer(text);
+        out.Transfer(number);
+        out.Transfer(flag);
+        out.Transfer(color);
+        out.SyncCheck();
+    }
+    const Bytes expected = {'F', 'K', 'D', 'C', 130, 0, 0, 0,     // header
+                            2, 0, 0, 0, 'a', 'b', 4, 3, 2, 1, 1, // string, int, bool
+                            1, 2, 3, 4, 0xC3, 0x5A, 0xA5, 0x3C}; // colour, marker
+    EXPECT_EQ(bytes, expected);
+}
+
+TEST(ArchiveTest, VersionHeader)
+{
+    Bytes old;
+    {
+        Archive out(old, "doc.fkd", 105);
+    }
+    Archive in(old.data(), old.size());
+    EXPECT_TRUE(in.IsLoading());
+    EXPECT_EQ(in.GetVersion(), 105);
+
+    const struct {
+        Bytes bytes;
+        const char* message;
+    } bad[] = {
+        {{'F', 'K', 'D', 'C', 131, 0, 0, 0}, "document version 131 cannot be read"},
+        {{'F', 'K', 'D', 'C', 99, 0, 0, 0}, "document version 99 cannot be read"},
+        {{'F', 'K', 'D', 'X', 130, 0, 0, 0}, "the header is wrong"},
+        {{'F', 'K', 'D', 'C', 130, 0, 0}, "too few for a header"},
+        {{}, "too few for a header"},
+    };
+    for (const auto& b : bad) {
+        SCOPED_TRACE(b.message);
+        const std::string message = Message([&] { Archive a(b.bytes.data(), b.bytes.size(), "x.fkd"); });
+        EXPECT_NE(message.find(b.message), std::string::npos) << message;
+        EXPECT_NE(message.find("\"x.fkd\""), std::string::npos) << message;
+    }
+    Bytes unused;
+    EXPECT_THROW(Archive(unused, "", Archive::CurrentVersion + 1), Exception);
+}
+
+TEST(ArchiveTest, MisuseIsAnError)
+{
+    Bytes bytes;
+    Archive out(bytes);
+    char c = 0;
+    EXPECT_NE(Message([&] { out.Read(&c, 1); }).find("open for storing"), std::string::npos);
+    std::shared_ptr<ArchiveTestLeaf> none;
+    shr::SharedObjectTable table;
+    EXPECT_NE(Message([&] { out.Transfer(none, table); }).find("null shared object"), std::string::npos);
+    out.Close();
+    EXPECT_NE(Message([&] { out.Write(&c, 1); }).find("closed"), std::string::npos);
+    EXPECT_NE(Message([&] { Archive a("x", 2); }).find("direction 2"), std::string::npos);
+}
+
+TEST(ArchiveTest, SyncCheckFailureNamesOffset)
+{
+    Bytes bytes;
+    {
+        Archive out(bytes);
+        int value = 5;
+        out.Transfer(value);
+        out.SyncCheck();
+    }
+    bytes[13] ^= 0x01;
+    Archive in(bytes.data(), bytes.size(), "doc.fkd");
+    int value = 0;
+    in.Transfer(value);
+    const std::string message = Message([&] { in.SyncCheck(); });
+    EXPECT_EQ(message, "Archive \"doc.fkd\", byte offset 12: corrupt: a section marker is missing.");
+}
+
+// ---- objects -----------------------------------------------------------------
+
+// Three nodes in a cycle a -> b -> c -> a, transferred as a, b, a, null.
+Bytes StoreCycle()
+{
+    ArchiveTestNode a, b, c;
+    a.value = 1, b.value = 2, c.value = 3;
+    a.name = "a", b.name = "b", c.name = "c";
+    a.link = &b, b.link = &c, c.link = &a;
+    Bytes bytes;
+    Archive out(bytes);
+    shr::CTypedObject* sequence[] = {&a, &b, &a, nullptr};
+    for (shr::CTypedObject* object : sequence)
+        out.TransferObject(object);
+    EXPECT_EQ(out.m_ClassNames, std::vector<shr::GString>{"ArchiveTestNode"});
+    return bytes;
+}
+
+void DeleteCreated(const Archive& archive)
+{
+    for (shr::CTypedObject* object : archive.CreatedObjects())
+        delete object;
+}
+
+TEST(ArchiveTest, TransferObjectKeepsIdentityAndWritesClassNameOnce)
+{
+    const Bytes bytes = StoreCycle();
+    EXPECT_EQ(CountOccurrences(bytes, "ArchiveTestNode"), 1u);
+
+    Archive in(bytes.data(), bytes.size());
+    ArchiveTestNode stale;
+    ArchiveTestNode* loaded[4] = {nullptr, nullptr, nullptr, &stale}; // a null must overwrite it
+    for (ArchiveTestNode*& object : loaded)
+        in.TransferObject(object);
+    ASSERT_EQ(in.CreatedObjects().size(), 3u);
+    ArchiveTestNode* a = loaded[0];
+    ASSERT_NE(a, nullptr);
+    EXPECT_EQ(loaded[2], a);
+    EXPECT_EQ(loaded[3], nullptr);
+    EXPECT_EQ(loaded[1], a->link);
+    EXPECT_EQ(a->link->link->link, a);
+    EXPECT_EQ(a->name, "a");
+    EXPECT_EQ(a->link->link->value, 3);
+    DeleteCreated(in);
+}
+
+TEST(ArchiveTest, ObjectErrors)
+{
+    ArchiveTestAbstract abstract;
+    Bytes bytes;
+    Archive out(bytes);
+    shr::CTypedObject* object = &abstract;
+    EXPECT_NE(Message([&] { out.TransferObject(object); }).find("cannot be made by name"), std::string::npos);
+    EXPECT_TRUE(out.m_ClassNames.empty());
+
+    // An unknown class name raises code 22.
+    Bytes unknown = StoreCycle();
+    auto at = std::search(unknown.begin(), unknown.end(), std::begin("ArchiveTestNode"),
+                          std::end("ArchiveTestNode") - 1);
+    at[3] = 'X';
+    Archive in(unknown.data(), unknown.size());
+    shr::CTypedObject* loaded = nullptr;
+    try {
+        in.TransferObject(loaded);
+        ADD_FAILURE() << "unknown class loaded";
+    } catch (const Exception& e) {
+        EXPECT_EQ(e.Code(), 22);
+        EXPECT_NE(e.Message().find("ArcXiveTestNode"), std::string::npos);
+    }
+    EXPECT_TRUE(in.CreatedObjects().empty());
+
+    // A reference to an object not yet read.
+    Bytes forward = {'F', 'K', 'D', 'C', 130, 0, 0, 0, 2, 0, 0, 0};
+    Archive in2(forward.data(), forward.size());
+    EXPECT_EQ(Message([&] { in2.TransferObject(loaded); }),
+              "Archive \"(memory)\", byte offset 8: corrupt: a reference to object 2, of which only 0 are defined.");
+
+    // A leaf where a node is expected.
+    Bytes leafBytes;
+    {
+        ArchiveTestLeaf leaf;
+        Archive leafOut(leafBytes);
+        shr::CTypedObject* p = &leaf;
+        leafOut.TransferObject(p);
+    }
+    Archive in3(leafBytes.data(), leafBytes.size());
+    ArchiveTestNode* node = nullptr;
+    EXPECT_NE(Message([&] { in3.TransferObject(node); }).find("\"ArchiveTestLeaf\" stands where"),
+              std::string::npos);
+    EXPECT_EQ(node, nullptr);
+    DeleteCreated(in3);
+}
+
+// Stores leaves x, y, x through the shared-object path.
+Bytes StoreShared()
+{
+    auto x = std::make_shared<ArchiveTestLeaf>();
+    auto y = std::make_shared<ArchiveTestLeaf>();
+    x->value = 1.5;
+    y->value = 2.5;
+    std::shared_ptr<ArchiveTestLeaf> sequence[] = {x, y, x};
+    Bytes bytes;
+    Archive out(bytes);
+    shr::SharedObjectTable table;
+    for (auto& object : sequence)
+        out.Transfer(object, table);
+    return bytes;
+}
+
+TEST(ArchiveTest, SharedObjectsKeepIdentity)
+{
+    const Bytes bytes = StoreShared();
+    EXPECT_EQ(CountOccurrences(bytes, "ArchiveTestLeaf"), 1u);
+
+    Archive in(bytes.data(), bytes.size());
+    shr::SharedObjectTable table;
+    std::shared_ptr<ArchiveTestLeaf> loaded[3];
+    for (auto& object : loaded)
+        in.Transfer(object, table);
+    ASSERT_TRUE(loaded[0] && loaded[1]);
+    EXPECT_EQ(loaded[0], loaded[2]);
+    EXPECT_NE(loaded[0], loaded[1]);
+    EXPECT_EQ(loaded[0]->value, 1.5);
+    EXPECT_EQ(loaded[1]->value, 2.5);
+    EXPECT_EQ(loaded[0].use_count(), 3); // two entries and the table
+}
+
+TEST(ArchiveTest, SharedObjectOfUnknownClassRaisesCode22)
+{
+    Bytes bytes = StoreShared();
+    auto at = std::search(bytes.begin(), bytes.end(), std::begin("ArchiveTestLeaf"), std::end("ArchiveTestLeaf") - 1);
+    at[0] = 'a';
+    Archive in(bytes.data(), bytes.size());
+    shr::SharedObjectTable table;
+    std::shared_ptr<ArchiveTestLeaf> loaded;
+    try {
+        in.Transfer(loaded, table);
+        ADD_FAILURE() << "unknown class loaded";
+    } catch (const Exception& e) {
+        EXPECT_EQ(e.Component(), "Shared");
+        EXPECT_EQ(e.Code(), 22);
+        EXPECT_NE(e.Message().find("\"archiveTestLeaf\""), std::string::npos);
+    }
+    EXPECT_FALSE(loaded);
+}
+
+// ---- hostile input -------------------------------------------------------------
+
+// A document with values, an object graph and shared objects.
+Bytes StoreDocument()
+{
+    Bytes bytes;
+    Archive out(bytes);
+    Values values = SampleValues();
+    values.Serialize(out);
+    ArchiveTestNode a, b;
+    a.link = &b, b.link = &a;
+    a.name = "first";
+    shr::CTypedObject* objects[] = {&a, &b};
+    for (shr::CTypedObject* object : objects)
+        out.TransferObject(object);
+    auto leaf = std::make_shared<ArchiveTestLeaf>();
+    shr::SharedObjectTable table;
+    for (int i = 0; i < 2; ++i)
+        out.Transfer(leaf, table);
+    return bytes;
+}
+
+// Loads what StoreDocument stores; throws on bad input. Leaves nothing behind.
+void LoadDocument(const unsigned char* data, size_t size)
+{
+    Archive in(data, size);
+    try {
+        Values values;
+        values.Serialize(in);
+        ArchiveTestNode* nodes[2] = {nullptr, nullptr};
+        for (ArchiveTestNode*& node : nodes)
+            in.TransferObject(node);
+        shr::SharedObjectTable table;
+        std::shared_ptr<ArchiveTestLeaf> leaves[2];
+        for (auto& leaf : leaves)
+            in.Transfer(leaf, table);
+    } catch (...) {
+        DeleteCreated(in);
+        throw;
+    }
+    DeleteCreated(in);
+}
+
+TEST(ArchiveTest, EveryTruncationThrows)
+{
+    const Bytes bytes = StoreDocument();
+    ASSERT_NO_THROW(LoadDocument(bytes.data(), bytes.size()));
+    for (size_t cut = 0; cut < bytes.size(); ++cut) {
+        Bytes prefix(bytes.begin(), bytes.begin() + cut); // exact size, so ASan sees any overrun
+        EXPECT_THROW(LoadDocument(prefix.data(), prefix.size()), Exception) << "cut at " << cut;
+    }
+}
+
+TEST(ArchiveTest, RandomCorruptionNeverCrashes)
+{
+    const Bytes bytes = StoreDocument();
+    std::mt19937 random(20261122);
+    std::uniform_int_distribution<size_t> position(0, bytes.size() - 1);
+    std::uniform_int_distribution<int> byteValue(0, 255), flips(1, 3);
+    int failures = 0;
+    const int mutations = 3000;
+    for (int m = 0; m < mutations; ++m) {
+        Bytes mutated = bytes;
+        for (int f = flips(random); f > 0; --f)
+            mutated[position(random)] = static_cast<unsigned char>(byteValue(random));
+        try {
+            LoadDocument(mutated.data(), mutated.size());
+        } catch (const Exception&) {
+            ++failures;
+        }
+    }
+    EXPECT_GT(failures, 0);
+    EXPECT_LT(failures, mutations); // flips inside plain values load fine
+}
+
+TEST(ArchiveTest, AbsurdLengthsFailBeforeAllocating)
+{
+    // A string claiming 4 GB with 3 bytes behind it: refused by the length check,
+    // not by a failed read after allocating.
+    const Bytes bytes = {'F', 'K', 'D', 'C', 130, 0, 0, 0, 0xF0, 0xFF, 0xFF, 0xFF, 'a', 'b', 'c'};
+    Archive in(bytes.data(), bytes.size());
+    std::string text = "kept";
+    EXPECT_EQ(Message([&] { in.Transfer(text); }),
+              "Archive \"(memory)\", byte offset 12: corrupt: a count of 4294967280 items of 1 bytes exceeds the 3 "
+              "bytes left.");
+    EXPECT_EQ(text, "kept");
+    EXPECT_NO_THROW(in.CheckCount(3, 1));
+    EXPECT_THROW(in.CheckCount(2, 2), Exception);
+    EXPECT_THROW(in.CheckCount(~0ull, 8), Exception);
+}
+
+// ---- files -----------------------------------------------------------------------
+
+TEST(ArchiveTest, FileErrors)
+{
+    const std::string missing = ::testing::TempDir() + "no/such/dir/doc.fkd";
+    for (int direction : {Archive::Load, Archive::Store}) {
+        const std::string message = Message([&] { Archive a(missing, direction); });
+        EXPECT_NE(message.find(missing), std::string::npos) << message;
+        EXPECT_NE(message.find("No such file or directory"), std::string::npos) << message;
+    }
+    EXPECT_NE(Message([&] { Archive a(::testing::TempDir(), Archive::Load); }).find("not a regular file"),
+              std::string::npos);
+
+    if (FILE* full = std::fopen("/dev/full", "wb")) {
+        std::fclose(full);
+        Archive out("/dev/full", Archive::Store);
+        EXPECT_NE(Message([&] { out.Close(); }).find("No space left on device"), std::string::npos);
+    }
+
+    // A truncated file, and a large document read back through the file buffer.
+    TempPath file("large");
+    std::string big(300000, '\0');
+    for (size_t i = 0; i < big.size(); ++i)
+        big[i] = static_cast<char>(i * 7);
+    {
+        Archive out(file.path, Archive::Store);
+        std::string text = big;
+        for (int i = 0; i < 3; ++i) {
+            out.Transfer(text);
+            out.SyncCheck();
+        }
+    }
+    Bytes whole = ReadFile(file.path);
+    {
+        Archive in(file.path, Archive::Load);
+        for (int i = 0; i < 3; ++i) {
+            std::string text;
+            in.Transfer(text);
+            in.SyncCheck();
+            EXPECT_TRUE(text == big);
+        }
+    }
+    whole.resize(whole.size() - 1);
+    WriteFile(file.path, whole);
+    Archive in(file.path, Archive::Load);
+    std::string text;
+    in.Transfer(text);
+    in.SyncCheck();
+    in.Transfer(text);
+    in.SyncCheck();
+    in.Transfer(text);
+    EXPECT_NE(Message([&] { in.SyncCheck(); }).find("truncated: 4 bytes wanted, 3 left"), std::string::npos);
+}
+
+} // namespace

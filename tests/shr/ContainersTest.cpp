@@ -1,0 +1,263 @@
+#include "shr/Array.h"
+#include "shr/Exception.h"
+#include "shr/Factory.h"
+#include "shr/Flyweight.h"
+#include "shr/SimpleUniqueStorage.h"
+#include "shr/StringLess.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using shr::Exception;
+
+template <class F>
+void ExpectSharedError(F&& f, const std::string& message)
+{
+    try {
+        f();
+        FAIL() << "no exception, expected: " << message;
+    } catch (const Exception& e) {
+        EXPECT_EQ(e.Component(), "Shared");
+        EXPECT_EQ(e.Message(), message);
+    }
+}
+
+// ---- StringLess / StringEquivalent / PairFirstLess ----------------------
+
+TEST(StringLessTest, OrdersIgnoringCaseBytewise)
+{
+    struct Case {
+        const char* a;
+        const char* b;
+        bool less;
+        bool equivalent;
+    };
+    const Case cases[] = {
+        {"AverageAngle", "Averageangle", false, true},
+        {"abc", "ABD", true, false},
+        {"ABD", "abc", false, false},
+        {"ab", "ABC", true, false},  // a prefix sorts first
+        {"", "a", true, false},
+        {"", "", false, true},
+        {"_", "a", true, false},     // letters compare as lower case
+        {"Z", "_", false, false},
+        {"\xE9", "z", false, false}, // high bytes are unsigned, above ASCII
+        {"\xC9", "\xE9", true, false}, // and not case-folded
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.a) + " vs " + c.b);
+        EXPECT_EQ(shr::StringLess()(c.a, c.b), c.less);
+        EXPECT_EQ(shr::StringEquivalent()(c.a, c.b), c.equivalent);
+    }
+}
+
+TEST(StringLessTest, MapFindsKeyInAnyCase)
+{
+    std::map<std::string, int, shr::StringLess> keys{{"AverageAngle", 1}, {"Vertical", 2}};
+    ASSERT_NE(keys.find("Averageangle"), keys.end());
+    EXPECT_EQ(keys.find("AVERAGEANGLE")->second, 1);
+    EXPECT_EQ(keys.find("Average"), keys.end());
+}
+
+TEST(PairFirstLessTest, IgnoresSecond)
+{
+    std::set<std::pair<unsigned, std::string>, shr::PairFirstLess> labels;
+    EXPECT_TRUE(labels.insert({3, "c"}).second);
+    EXPECT_TRUE(labels.insert({1, "a"}).second);
+    EXPECT_FALSE(labels.insert({3, "other"}).second);
+    EXPECT_EQ(labels.begin()->second, "a");
+    EXPECT_EQ(labels.rbegin()->second, "c");
+}
+
+// ---- SimpleUniqueStorage --------------------------------------------------
+
+struct Item {
+    int id;
+    std::string name;
+    int Id() const { return id; }
+};
+
+using ById = shr::SimpleUniqueStorage<Item*, int, std::less<int>, shr::KeyByMember<&Item::Id>>;
+
+std::vector<int> Ids(const ById& storage)
+{
+    std::vector<int> ids;
+    for (const Item* item : storage)
+        ids.push_back(item->id);
+    return ids;
+}
+
+TEST(SimpleUniqueStorageTest, InsertKeepsOrderAndRefusesEqualKeys)
+{
+    std::vector<Item> items{{5, "e"}, {1, "a"}, {9, "i"}, {3, "c"}, {7, "g"}};
+    ById storage;
+    for (Item& item : items)
+        EXPECT_TRUE(storage.Insert(&item));
+    EXPECT_EQ(Ids(storage), (std::vector<int>{1, 3, 5, 7, 9}));
+
+    Item duplicate{3, "other"};
+    EXPECT_FALSE(storage.Insert(&duplicate));
+    EXPECT_EQ(storage.size(), 5u);
+    EXPECT_EQ(storage.Find(3)->name, "c");
+
+    Item last{10, "j"}, first{0, "z"};
+    EXPECT_TRUE(storage.Insert(&last));
+    EXPECT_TRUE(storage.Insert(&first));
+    EXPECT_EQ(Ids(storage), (std::vector<int>{0, 1, 3, 5, 7, 9, 10}));
+}
+
+TEST(SimpleUniqueStorageTest, FindContainsErase)
+{
+    std::vector<Item> items{{2, "b"}, {4, "d"}, {6, "f"}};
+    ById storage;
+    for (Item& item : items)
+        storage.Insert(&item);
+
+    const struct {
+        int key;
+        bool present;
+    } lookups[] = {{1, false}, {2, true}, {3, false}, {6, true}, {7, false}};
+    for (const auto& l : lookups) {
+        SCOPED_TRACE(l.key);
+        Item probe{l.key, ""};
+        EXPECT_EQ(storage.Find(l.key) != nullptr, l.present);
+        EXPECT_EQ(storage.Contains(&probe), l.present);
+    }
+
+    EXPECT_EQ(storage.Erase(3), nullptr);
+    EXPECT_EQ(storage.Erase(4), &items[1]);
+    EXPECT_EQ(Ids(storage), (std::vector<int>{2, 6}));
+    EXPECT_EQ(storage.Erase(2), &items[0]);
+    EXPECT_EQ(storage.Erase(6), &items[2]);
+    EXPECT_TRUE(storage.empty());
+}
+
+TEST(SimpleUniqueStorageTest, NullItemsAreErrors)
+{
+    ById storage;
+    ExpectSharedError([&] { storage.Insert(nullptr); }, "Invalid item insertion request in unique storage.");
+    ExpectSharedError([&] { storage.Contains(nullptr); }, "Invalid item retrieval request in unique storage.");
+    EXPECT_TRUE(storage.empty());
+}
+
+struct NameOf {
+    const std::string& operator()(const std::shared_ptr<Item>& item) const { return item->name; }
+};
+
+TEST(SimpleUniqueStorageTest, SharedItemsByCaseInsensitiveName)
+{
+    shr::SimpleUniqueStorage<std::shared_ptr<Item>, std::string, shr::StringLess, NameOf> storage;
+    for (const char* name : {"Gamma", "alpha", "Beta", "delta"})
+        EXPECT_TRUE(storage.Insert(std::make_shared<Item>(Item{0, name})));
+    EXPECT_FALSE(storage.Insert(std::make_shared<Item>(Item{0, "BETA"})));
+
+    std::vector<std::string> names;
+    for (const auto& item : storage)
+        names.push_back(item->name);
+    EXPECT_EQ(names, (std::vector<std::string>{"alpha", "Beta", "delta", "Gamma"}));
+
+    std::weak_ptr<Item> beta = storage.Find("beta");
+    EXPECT_FALSE(beta.expired());
+    std::shared_ptr<Item> removed = storage.Erase("BETA");
+    ASSERT_TRUE(removed);
+    removed.reset();
+    EXPECT_TRUE(beta.expired()); // the storage let go of its share
+    EXPECT_EQ(storage.size(), 3u);
+    EXPECT_EQ(storage[1]->name, "delta");
+    ExpectSharedError([&] { storage.Insert(nullptr); }, "Invalid item insertion request in unique storage.");
+}
+
+// ---- Flyweight, Factory --------------------------------------------------
+
+TEST(FlyweightTest, NoneValueCannotBeStored)
+{
+    shr::Flyweight<std::string, int, shr::StringLess> store(-1);
+    ExpectSharedError([&] { store.Insert("a", -1); }, "Invalid flyweight argument.");
+    EXPECT_TRUE(store.Insert("a", 1));
+    EXPECT_FALSE(store.Insert("A", 2));
+    EXPECT_EQ(store.Find("A"), 1);
+    EXPECT_EQ(store.Find("b"), -1);
+    EXPECT_FALSE(store.Erase("a", 2));
+    EXPECT_TRUE(store.Erase("a", 1));
+    EXPECT_TRUE(store.empty());
+}
+
+struct Shape {
+    virtual ~Shape() = default;
+    virtual std::string Name() const = 0;
+};
+
+class ShapeFactory : public shr::Factory<ShapeFactory, Shape, std::string, shr::StringLess> {
+protected:
+    explicit ShapeFactory(const std::string& key) : Factory(key, this) {}
+};
+
+template <class S>
+class ConcreteShapeFactory : public ShapeFactory {
+public:
+    explicit ConcreteShapeFactory(const std::string& key) : ShapeFactory(key) {}
+
+private:
+    Shape* ConstructImpl() const override { return new S; }
+};
+
+struct Circle : Shape {
+    std::string Name() const override { return "circle"; }
+};
+struct Square : Shape {
+    std::string Name() const override { return "square"; }
+};
+
+TEST(FactoryTest, ConstructsByKeyAndUnregistersOnDestruction)
+{
+    const size_t before = ShapeFactory::size();
+    {
+        ConcreteShapeFactory<Circle> circles("Circle");
+        ConcreteShapeFactory<Square> squares("Square");
+        EXPECT_EQ(ShapeFactory::size(), before + 2);
+        EXPECT_TRUE(ShapeFactory::CanConstruct("circle"));
+        EXPECT_EQ(ShapeFactory::Construct("SQUARE")->Name(), "square");
+        EXPECT_EQ(ShapeFactory::Construct("Triangle"), nullptr);
+        EXPECT_FALSE(ShapeFactory::CanConstruct("Triangle"));
+        EXPECT_EQ(&ShapeFactory::Get("circle"), &circles);
+        ExpectSharedError([] { ShapeFactory::Get("Triangle"); }, "Invalid factory key requested.");
+        ExpectSharedError([] { ConcreteShapeFactory<Square> again("square"); }, "Invalid factory initialization.");
+        EXPECT_EQ(ShapeFactory::Construct("square")->Name(), "square"); // the failed one left the first alone
+
+        try {
+            (void)(circles == squares);
+            FAIL() << "comparison did not throw";
+        } catch (const std::logic_error& e) {
+            EXPECT_STREQ(e.what(), "Factory::operator==() cannot be called.");
+        }
+    }
+    EXPECT_EQ(ShapeFactory::size(), before);
+    EXPECT_EQ(ShapeFactory::Construct("circle"), nullptr);
+}
+
+// ---- Array ----------------------------------------------------------------
+
+TEST(ArrayTest, GrowsAndChecksIndices)
+{
+    shr::Array<double> values;
+    EXPECT_EQ(values.Add(1.5), 0u);
+    EXPECT_EQ(values.Add(2.5), 1u);
+    values.Add(3.5);
+    values.RemoveAt(1);
+    EXPECT_EQ(values, (shr::Array<double>{1.5, 3.5}));
+    EXPECT_THROW(values.At(2), Exception);
+    EXPECT_THROW(values.RemoveAt(5), Exception);
+    values.Resize(4, 9.0);
+    EXPECT_EQ(values.At(3), 9.0);
+}
+
+} // namespace
