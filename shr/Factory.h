@@ -34,13 +34,14 @@ public:
 
     virtual ~Factory() { Registry().Erase(m_Key, m_Self); }
 
-    // The registry of concrete factories by key. A function-local static, so
-    // that it exists before the first factory registers, whatever the order of
-    // static initialisation.
+    // The registry of concrete factories by key. Made at the first use, so that
+    // it exists before the first factory registers whatever the order of static
+    // initialisation, and never destroyed, so that static factories in any
+    // library may unregister at exit whatever the order of destruction.
     static RegistryType& Registry()
     {
-        static RegistryType registry(nullptr);
-        return registry;
+        static RegistryType* registry = new RegistryType(nullptr);
+        return *registry;
     }
 
     static bool CanConstruct(const K& key) { return Registry().Contains(key); }

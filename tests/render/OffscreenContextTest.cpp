@@ -1,0 +1,76 @@
+#include "RenderTestScenes.h"
+
+#include "render/Framebuffer.h"
+#include "render/SceneRenderer.h"
+#include "shr/Exception.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <thread>
+
+using namespace render_test;
+using render::Framebuffer;
+using render::OffscreenContext;
+using render::SceneRenderer;
+
+namespace {
+
+TEST(OffscreenContext, AnyPlatformGivesACurrentCompatibilityContext)
+{
+    OffscreenContext& context = Context();
+    context.MakeCurrent();
+    EXPECT_TRUE(context.IsCurrent());
+    EXPECT_NE(context.UsedPlatform(), OffscreenContext::Platform::Any);
+    const std::string description = context.Description();
+    std::cout << "[ context  ] " << description << "\n";
+    EXPECT_NE(description.find("OpenGL"), std::string::npos);
+}
+
+// Each platform, with and without a pbuffer, either draws correctly or refuses
+// with an error naming the EGL call; a second context on a shared display
+// survives the end of the first.
+TEST(OffscreenContext, EveryPlatformDrawsOrRefusesCleanly)
+{
+    using Platform = OffscreenContext::Platform;
+    using Surface = OffscreenContext::Surface;
+    SceneRef scene(RedCubeWithCamera(10.0f));
+    for (auto platform : {Platform::Surfaceless, Platform::Device, Platform::Default}) {
+        for (auto surface : {Surface::Auto, Surface::Pbuffer}) {
+            SCOPED_TRACE(testing::Message() << OffscreenContext::PlatformName(platform)
+                                            << (surface == Surface::Pbuffer ? " pbuffer" : ""));
+            std::unique_ptr<OffscreenContext> first, second;
+            const std::string error = ErrorOf([&] { first = std::make_unique<OffscreenContext>(platform, surface); });
+            if (!first) {
+                EXPECT_NE(error.find("EGL"), std::string::npos) << error;
+                continue;
+            }
+            EXPECT_EQ(first->UsedPlatform(), platform);
+            EXPECT_EQ(first->UsesPbuffer(), surface == Surface::Pbuffer);
+            second = std::make_unique<OffscreenContext>(platform, surface);
+            first.reset();
+            SceneRenderer renderer(*second, 20, 20, kBlue);
+            const render::Image image = renderer.Render(scene.get());
+            EXPECT_EQ(image.At(10, 10), kRed);
+            EXPECT_EQ(image.At(0, 0), kBlue);
+        }
+    }
+    Context().MakeCurrent();
+}
+
+TEST(OffscreenContext, GlWorkWithoutAContextThrows)
+{
+    Context().MakeCurrent();
+    Framebuffer framebuffer(8, 8);
+    std::string orphan, reading;
+    std::thread bare([&] {
+        orphan = ErrorOf([] { Framebuffer(8, 8); });
+        reading = ErrorOf([&] { framebuffer.ReadPixels(); });
+    });
+    bare.join();
+    EXPECT_EQ(orphan, "No OpenGL context is current on this thread: a framebuffer needs one.");
+    EXPECT_EQ(reading, "No OpenGL context is current on this thread: reading a framebuffer needs one.");
+}
+
+} // namespace
