@@ -1,0 +1,26 @@
+#pragma once
+// SceneTransform: the X and Y offset that moves the whole scene near the
+// origin before coordinates are narrowed to float; Z is never offset. The
+// network keeps the master copy, each pass's renderer a working copy.
+namespace core {
+
+class SceneTransform {
+public:
+    SceneTransform() = default;
+    SceneTransform(double x, double y, bool valid) : m_X(x), m_Y(y), m_Valid(valid) {}
+
+    void Invalidate() { *this = SceneTransform(); }
+    bool Valid() const { return m_Valid; }
+    double XTransform() const { return m_X; }
+    double YTransform() const { return m_Y; }
+    SceneTransform Inverse() const { return SceneTransform(-m_X, -m_Y, m_Valid); }
+    // Positions sampled when an offset is derived from a list of positions.
+    static int DefaultSampleSize() { return 5; }
+
+private:
+    double m_X = 0.0;
+    double m_Y = 0.0;
+    bool m_Valid = false;
+};
+
+} // namespace core

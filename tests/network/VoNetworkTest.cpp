@@ -1,0 +1,312 @@
+#include "NetworkTestSupport.h"
+
+#include "shr/Archive.h"
+#include "shr/Logger.h"
+
+#include <Inventor/nodes/SoCube.h>
+#include <Inventor/nodes/SoSeparator.h>
+#include <Inventor/nodes/SoSwitch.h>
+
+#include <thread>
+
+using namespace core;
+
+namespace nettest {
+namespace {
+
+// Collects the log lines of one level while alive.
+class LogCapture {
+public:
+    LogCapture()
+    {
+        shr::g_Logger.SetSink([this](int, const shr::GString& text) {
+            std::lock_guard<std::mutex> lock(m_Mutex);
+            m_Lines.push_back(text);
+        });
+    }
+    ~LogCapture() { shr::g_Logger.SetSink(nullptr); }
+    bool Contains(const std::string& text)
+    {
+        std::lock_guard<std::mutex> lock(m_Mutex);
+        return std::find(m_Lines.begin(), m_Lines.end(), text) != m_Lines.end();
+    }
+
+private:
+    std::mutex m_Mutex;
+    std::vector<std::string> m_Lines;
+};
+
+SoNode* RootOf(TestModule* module) { return module->OutputGeometry(0).GetRoot().get(); }
+
+using PassTest = NetworkTest;
+
+TEST_F(PassTest, SinksRunInListOrderAndUpstreamInPortOrder)
+{
+    TestModule* sinkA = Add("SinkA", 2);
+    TestModule* left = Add("Left", 0, Output::Data);
+    TestModule* right = Add("Right", 0, Output::Data);
+    TestModule* sinkB = Add("SinkB", 1);
+    Link(sinkA, right, 0);
+    Link(sinkA, left, 1);
+    Link(sinkB, left, 0);
+    RunPass();
+    EXPECT_EQ((std::vector<std::string>{"Right", "Left", "SinkA", "SinkB"}), ExecutionLog());
+}
+
+TEST_F(PassTest, RootHoldsHeadersFirstAndHidesFilteredGeometry)
+{
+    TestModule* plain = Add("Plain", 0, Output::Geometry);
+    TestModule* light = Add("Light", 0, Output::HeaderGeometry);
+    TestModule* filtered = Add("Filtered", 0, Output::Geometry);
+    TestModule* clip = Add("Clip", 1, Output::Geometry);
+    TestModule* looked = Add("Looked", 0, Output::Geometry);
+    TestModule* box = Add("Box", 1, Output::Geometry);
+    TestModule* environment = Add("Environment", 0, Output::HeaderGeometry);
+    box->SetGeomFilter(false);
+    Link(clip, filtered);
+    Link(box, looked);
+    RunPass();
+    // Headers are inserted at the front, the latest found first; the filter's
+    // own output stands for what it consumes; the box does not hide what it looks at.
+    EXPECT_EQ((std::vector<SoNode*>{RootOf(environment), RootOf(light), RootOf(plain), RootOf(clip), RootOf(looked),
+                                    RootOf(box)}),
+              RootChildren());
+}
+
+TEST_F(PassTest, EmptyNetworkGetsAnEmptyRootAndCallbacks)
+{
+    int calls = 0;
+    auto callback = [](int code, void* data) { *static_cast<int*>(data) += code; };
+    network().AddCallback(callback, &calls);
+    RunPass();
+    network().RemoveCallback(callback, &calls);
+    InvSmartPtr<SoSeparator> root = network().SceneRoot();
+    ASSERT_TRUE(root);
+    EXPECT_EQ(0, root->getNumChildren());
+    EXPECT_EQ(1, calls);
+    EXPECT_EQ(1, proxy->beforeUpdates);
+    EXPECT_EQ(1, proxy->afterUpdates);
+    RunPass();
+    EXPECT_EQ(1, calls) << "a removed callback is not called";
+}
+
+TEST_F(PassTest, CallbacksRunLatestFirst)
+{
+    static std::vector<int> order;
+    order.clear();
+    auto callback = [](int, void* data) { order.push_back(*static_cast<int*>(data)); };
+    int one = 1, two = 2;
+    network().AddCallback(callback, &one);
+    network().AddCallback(callback, &two);
+    RunPass();
+    network().RemoveCallback(callback, &one);
+    network().RemoveCallback(callback, &two);
+    EXPECT_EQ((std::vector<int>{2, 1}), order);
+}
+
+TEST_F(PassTest, AbortMidPassKeepsTheOldRootAndSkipsAfterUpdate)
+{
+    TestModule* first = Add("First", 0, Output::Geometry);
+    RunPass();
+    InvSmartPtr<SoSeparator> before = network().SceneRoot();
+
+    TestModule* slow = Add("Slow", 0, Output::Geometry);
+    slow->behaviour.runUntilAborted = true;
+    first->SetModified();
+    network().Update();
+    while (!slow->started)
+        std::this_thread::yield();
+    network().AbortIfBusy(true);
+
+    EXPECT_EQ(before.get(), network().SceneRoot().get());
+    EXPECT_EQ(VoModule::ModuleAborted, slow->GetStatus());
+    EXPECT_EQ(2, proxy->beforeUpdates);
+    EXPECT_EQ(1, proxy->afterUpdates);
+    EXPECT_TRUE(network().Aborted()) << "the flag stands until the next Update";
+    proxy->events.clear();
+    VbProgress progress("After", 0, -1, -1);
+    EXPECT_FALSE(progress.Update(0.5));
+    EXPECT_TRUE(proxy->events.empty()) << "an aborted computation shows nothing";
+
+    slow->behaviour.runUntilAborted = false;
+    RunPass();
+    EXPECT_FALSE(network().Aborted());
+    EXPECT_EQ(VoModule::ModuleOk, slow->GetStatus());
+    EXPECT_NE(before.get(), network().SceneRoot().get());
+    EXPECT_EQ(2, proxy->afterUpdates);
+}
+
+TEST_F(PassTest, TransformFromAStoppedPassIsKept)
+{
+    network().SetTransformOnlyUseIfYouAreAUnitTest(SceneTransform(3.0, 4.0, true));
+    TestModule* stopper = Add("Stopper", 0);
+    stopper->behaviour.result = VoModule::ModuleAborted;
+    RunPass();
+    EXPECT_TRUE(network().Transform().Valid());
+    EXPECT_EQ(3.0, network().Transform().XTransform());
+}
+
+TEST_F(PassTest, WaitUntilDoneOnTheUpdateThreadReturnsAtOnce)
+{
+    LogCapture log;
+    TestModule* waiter = Add("Waiter", 0);
+    waiter->behaviour.waitInPass = true;
+    RunPass(); // would never end if the wait blocked
+    EXPECT_EQ(VoModule::ModuleOk, waiter->GetStatus());
+    EXPECT_TRUE(log.Contains("Wrong thread in WaitUntilDone"));
+}
+
+TEST_F(PassTest, IdleTasksStartAPassOnlyWhenModified)
+{
+    network().DoIdleTasks();
+    network().WaitUntilDone(2000);
+    EXPECT_EQ(0, proxy->beforeUpdates);
+    TestModule* module = Add("Module", 0);
+    EXPECT_TRUE(network().IsModified());
+    network().SetAutoUpdate(false);
+    network().DoIdleTasks();
+    network().WaitUntilDone(2000);
+    EXPECT_EQ(0, proxy->beforeUpdates);
+    network().SetAutoUpdate(true);
+    network().DoIdleTasks();
+    network().WaitUntilDone(2000);
+    EXPECT_EQ(1, module->executions);
+    EXPECT_FALSE(network().IsModified());
+}
+
+using NodeTest = NetworkTest;
+
+TEST_F(NodeTest, CycleIsRefusedWithoutChange)
+{
+    TestModule* a = Add("A", 1, Output::Data);
+    TestModule* b = Add("B", 1, Output::Data);
+    TestModule* c = Add("C", 1, Output::Data);
+    Link(b, a);
+    Link(c, b);
+    EXPECT_TRUE(network().PathExists(*a, *c));
+    EXPECT_FALSE(network().PathExists(*c, *a));
+    EXPECT_FALSE(network().PathExists(*a, *a));
+    EXPECT_FALSE(network().ConnectNodes(*a, c, 0, true));
+    EXPECT_FALSE(network().ConnectNodes(*a, a, 0, true));
+    EXPECT_TRUE(a->GetInput(0)->empty());
+    EXPECT_TRUE(c->GetOutput(0)->empty());
+}
+
+TEST_F(NodeTest, IdsGoOnAfterTheCurrentId)
+{
+    TestModule* first = Add("First");
+    EXPECT_EQ(VbModuleId(1), first->Id());
+    network().CurrentModuleId(VbModuleId(100));
+    TestModule* next = Add("Next");
+    EXPECT_EQ(VbModuleId(101), next->Id());
+    EXPECT_EQ(next, network().Node(VbModuleId(101)));
+    EXPECT_EQ(nullptr, network().Node(VbModuleId(100)));
+    EXPECT_THROW(network().CurrentModuleId(VbModuleId(50)), shr::Exception);
+    EXPECT_EQ(VbModuleId(101), network().CurrentModuleId());
+
+    auto restored = std::make_unique<TestModule>("Restored");
+    restored->RefactorMeSetIdDirectly(VbModuleId(101));
+    EXPECT_THROW(network().AddNode(restored.get(), false), shr::Exception);
+    restored->RefactorMeSetIdDirectly(VbModuleId(7));
+    EXPECT_EQ(VbModuleId(7), network().AddNode(restored.release(), false));
+    EXPECT_EQ(3u, network().GetNodeCount());
+    EXPECT_THROW(network().AddNode(nullptr, true), shr::Exception);
+    EXPECT_THROW(network().AddNode(first, true), shr::Exception) << "a module is added once";
+
+    network().DeleteAllNodes();
+    EXPECT_TRUE(network().CurrentModuleId().IsBad());
+    EXPECT_EQ(VbModuleId(1), Add("Again")->Id());
+}
+
+TEST_F(NodeTest, FindNodeForms)
+{
+    TestModule* a = Add("Twin", 0);
+    TestModule* b = Add("Twin", 0);
+    TestModule* c = Add("Other", 0);
+    EXPECT_EQ(a, network().FindNode(shr::GString("Twin")));
+    EXPECT_EQ(nullptr, network().FindNode(shr::GString("twin")));
+    EXPECT_EQ(nullptr, network().FindNode(shr::GString("")));
+    VbModuleId id(55);
+    EXPECT_FALSE(network().FindNode(shr::GString("None"), id));
+    EXPECT_TRUE(id.IsBad());
+    EXPECT_TRUE(network().FindNode(shr::GString("Other"), id));
+    EXPECT_EQ(c->Id(), id);
+    EXPECT_EQ(1, network().FindNode(static_cast<const VoModule*>(b)));
+
+    RunPass();
+    SoSwitch* picked = static_cast<SoSwitch*>(RootOf(b));
+    ASSERT_GT(picked->getNumChildren(), 0);
+    EXPECT_EQ(b, network().FindNode(picked->getChild(0)));
+    b->ShowGeometry(false, false);
+    EXPECT_EQ(nullptr, network().FindNode(picked->getChild(0))) << "hidden modules are skipped";
+}
+
+TEST_F(NodeTest, DeleteNodeOfAStrangerReturnsNull)
+{
+    TestModule stranger("Stranger", 0);
+    EXPECT_EQ(nullptr, network().DeleteNode(&stranger, true));
+    EXPECT_FALSE(network().IsValid(&stranger));
+}
+
+TEST_F(NodeTest, ModifyNodeRoutesTheEventAndSignals)
+{
+    TestModule* module = Add("Module", 0);
+    RunPass();
+    int signals = 0;
+    boost::signals2::scoped_connection connection = network().SlotModuleModified(
+        [&](const VoModule& m, int property, bool rebuild) {
+            EXPECT_EQ(module, &m);
+            EXPECT_EQ(-1, property);
+            EXPECT_TRUE(rebuild);
+            ++signals;
+        });
+    TestPropList list;
+    network().ModifyNode(*module, list, VbPropertyEvent(12, 3.5), true, false);
+    EXPECT_EQ(12, module->lastPropertyId);
+    EXPECT_EQ(VoModule::ModuleStale, module->GetStatus());
+    EXPECT_TRUE(network().IsModified());
+    network().ModifyNode(*module, list, VbPropertyEvent(13, 1), false, true);
+    EXPECT_EQ(13, module->lastPropertyId) << "restoring forwards to PropertyEvent by default";
+    EXPECT_EQ(1, signals);
+}
+
+TEST_F(NodeTest, SettingsAreKeptWithoutMarkingModified)
+{
+    network().SetBackgroundColor(shr::Color4b(1, 2, 3));
+    network().VerticalExaggeration(2.5);
+    EXPECT_FALSE(network().IsModified());
+    EXPECT_EQ(2.5, network().VerticalExaggeration());
+    EXPECT_EQ(3, network().GetBackgroundColor().b);
+    network().VerticalExaggeration(1.0);
+    network().SetBackgroundColor(shr::Color4b::Black);
+}
+
+TEST_F(NodeTest, TransformPersistenceByVersion)
+{
+    network().SetTransformOnlyUseIfYouAreAUnitTest(SceneTransform(-12.5, 40.0, true));
+    std::vector<unsigned char> bytes;
+    {
+        shr::Archive out(bytes);
+        network().Serialize(out);
+    }
+    network().SetTransformOnlyUseIfYouAreAUnitTest(SceneTransform());
+    {
+        shr::Archive in(bytes.data(), bytes.size());
+        network().Serialize(in);
+    }
+    EXPECT_TRUE(network().Transform().Valid());
+    EXPECT_EQ(-12.5, network().Transform().XTransform());
+    EXPECT_EQ(40.0, network().Transform().YTransform());
+
+    std::vector<unsigned char> old;
+    {
+        shr::Archive out(old, "", 113);
+    }
+    network().SetTransformOnlyUseIfYouAreAUnitTest(SceneTransform(1.0, 2.0, true));
+    shr::Archive in(old.data(), old.size());
+    network().Serialize(in);
+    EXPECT_EQ(1.0, network().Transform().XTransform()) << "version 113 carries no transform";
+}
+
+} // namespace
+} // namespace nettest
