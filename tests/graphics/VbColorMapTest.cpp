@@ -1,0 +1,426 @@
+#include "core/graphics/VbColorMap.h"
+
+#include "shr/Archive.h"
+#include "shr/Exception.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <limits>
+#include <sstream>
+#include <stdexcept>
+#include <streambuf>
+#include <string>
+#include <unistd.h>
+
+using core::VbColorMap;
+using shr::Color4b;
+
+namespace {
+
+const double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+// The message of the error that loading `text` raises, or "" if it loads.
+std::string LoadError(VbColorMap& map, const std::string& text, const char* path = "p")
+{
+    std::istringstream in(text);
+    try {
+        map.Load(path, in, false);
+    } catch (const shr::Exception& e) {
+        return e.Message();
+    }
+    return "";
+}
+
+VbColorMap Loaded(const std::string& text, const char* path = "dir/Ocean.cmap", bool nameFromPath = true)
+{
+    VbColorMap map;
+    std::istringstream in(text);
+    map.Load(path, in, nameFromPath);
+    return map;
+}
+
+// A map with three colour nodes and two opacity nodes, as modules build them.
+VbColorMap Sample(size_t lutSize = 256, int method = Color4b::Rgb)
+{
+    VbColorMap map("Sample", method, lutSize);
+    map.ClearAllNodes();
+    map.AddColorNode(0.0, Color4b(0, 0, 255));
+    map.AddColorNode(0.3, Color4b(20, 200, 40));
+    map.AddColorNode(1.0, Color4b(255, 0, 0));
+    map.AddOpacityNode(0.0, 0.25);
+    map.AddOpacityNode(1.0, 0.75);
+    return map;
+}
+
+class TempFile {
+public:
+    explicit TempFile(const std::string& text)
+    {
+        char pattern[] = "/tmp/fenrak-colormap-XXXXXX";
+        const int fd = ::mkstemp(pattern);
+        m_Path = pattern;
+        ::close(fd);
+        std::ofstream(m_Path) << text;
+    }
+    ~TempFile() { std::remove(m_Path.c_str()); }
+    const std::string& Path() const { return m_Path; }
+
+private:
+    std::string m_Path;
+};
+
+// Serves its text one character at a time and fails hard where the text ends,
+// as a broken device would, instead of reporting end of input.
+class BrokenBuf : public std::streambuf {
+public:
+    explicit BrokenBuf(const std::string& text) : m_Text(text) {}
+
+protected:
+    int_type underflow() override
+    {
+        if (m_Pos >= m_Text.size())
+            throw std::runtime_error("device failure");
+        setg(&m_Text[m_Pos], &m_Text[m_Pos], &m_Text[m_Pos] + 1);
+        ++m_Pos;
+        return traits_type::to_int_type(m_Text[m_Pos - 1]);
+    }
+    pos_type seekpos(pos_type pos, std::ios_base::openmode) override
+    {
+        m_Pos = static_cast<size_t>(pos);
+        setg(nullptr, nullptr, nullptr);
+        return pos;
+    }
+    pos_type seekoff(off_type off, std::ios_base::seekdir dir, std::ios_base::openmode mode) override
+    {
+        return dir == std::ios_base::beg ? seekpos(off, mode) : pos_type(off_type(-1));
+    }
+
+private:
+    std::string m_Text;
+    size_t m_Pos = 0;
+};
+
+} // namespace
+
+TEST(VbColorMap, NewMapAndNodeAccess)
+{
+    VbColorMap map;
+    EXPECT_STREQ(map.GetName(), "GrayScale");
+    EXPECT_TRUE(map.GetAutoScale());
+    EXPECT_TRUE(map.IsLUTStale());
+    ASSERT_EQ(map.GetColorCount(), 2u);
+    EXPECT_EQ(map[1], VbColorMap::CNode(1.0, Color4b::White));
+    EXPECT_EQ(map.GetOpacityCount(), 0u);
+    EXPECT_EQ(map.GetLUTSize(), 256u);
+    EXPECT_EQ(map.PosToColor(0.5), Color4b(128, 128, 128));
+    EXPECT_FALSE(map.IsLUTStale());
+
+    // A new node goes after nodes of equal position.
+    EXPECT_EQ(map.AddColorNode(1.0, Color4b::Red), 2u);
+    EXPECT_EQ(map.AddColorNode(0.0, Color4b::Blue), 1u);
+    EXPECT_EQ(map[1].color, Color4b::Blue);
+    EXPECT_TRUE(map.IsLUTStale());
+    try {
+        map[4];
+        FAIL() << "no exception";
+    } catch (const std::out_of_range& e) {
+        EXPECT_STREQ(e.what(), "invalid vector<T> subscript");
+    }
+    EXPECT_THROW(map.GetOpacityNode(0), std::out_of_range);
+
+    // A one-entry table is never rebuilt; the empty table interpolates directly.
+    EXPECT_EQ(VbColorMap(nullptr, 0, 1).PosToColor(0.7), Color4b::Black);
+    EXPECT_EQ(VbColorMap(nullptr, 0, 0).PosToColor(0.25), Color4b(64, 64, 64));
+}
+
+TEST(VbColorMap, ScalingRules)
+{
+    VbColorMap map;
+    map.SetDataLimits(10.0, 20.0);
+    EXPECT_TRUE(map.GetAutoScale());
+    EXPECT_EQ(map.GetScaleMin(), 10.0);
+    EXPECT_EQ(map.DatToPos(15.0), 0.5);
+    EXPECT_EQ(map.DatToPos(30.0), 2.0); // not clamped
+    EXPECT_EQ(map.PosToDat(0.25), 12.5);
+
+    map.PosToColor(0.0);
+    map.SetScalingLimits(0.0, 100.0);
+    EXPECT_FALSE(map.GetAutoScale());
+    EXPECT_FALSE(map.IsLUTStale());
+    map.SetDataLimits(1.0, 2.0); // the window stays while auto scale is off
+    EXPECT_EQ(map.GetScaleMax(), 100.0);
+    map.SetScalingLimits(1.0, 2.0); // equal to the data limits again
+    EXPECT_TRUE(map.GetAutoScale());
+    map.SetAutoScale(false);
+    map.SetDataLimits(3.0, 4.0);
+    map.SetAutoScale(true);
+    EXPECT_EQ(map.GetDataRange(), std::make_pair(3.0, 4.0));
+    EXPECT_EQ(map.GetScaleMin(), 3.0);
+    map.SetDataLimits(kNaN, 4.0); // NaN never equals: auto scale turns off
+    EXPECT_FALSE(map.GetAutoScale());
+
+    struct Case {
+        double value;
+        int count, bin;
+    };
+    map.SetScalingLimits(0.0, 10.0);
+    for (const Case& c : {Case{-1, 4, 0}, Case{0, 4, 0}, Case{2.49, 4, 0}, Case{2.5, 4, 1}, Case{9.99, 4, 3},
+                          Case{10, 4, 3}, Case{50, 4, 3}, Case{kNaN, 4, 0}, Case{5, 0, -1}})
+        EXPECT_EQ(map.DatToIndex(c.value, c.count), c.bin) << c.value << " in " << c.count;
+
+    map.SetScalingLimits(5.0, 5.0); // zero width: position 0, bin 0
+    EXPECT_EQ(map.DatToPos(100.0), 0.0);
+    EXPECT_EQ(map.DatToIndex(100.0, 8), 0);
+    EXPECT_EQ(map.DatToColor(100.0), Color4b::Black);
+}
+
+TEST(VbColorMap, TableAgreesWithDirectInterpolation)
+{
+    for (int method = 0; method < Color4b::InterpMethodCount; ++method) {
+        const VbColorMap table = Sample(256, method);
+        const VbColorMap direct = Sample(0, method);
+        for (int i = 0; i <= 255; ++i) {
+            const double pos = i / 255.0;
+            const Color4b a = table.PosToColor(pos), b = direct.PosToColor(pos);
+            EXPECT_EQ(Color4b(a.r, a.g, a.b), Color4b(b.r, b.g, b.b)) << "method " << method << " at " << i;
+            EXPECT_LE(std::abs(a.a - b.a), 1) << "method " << method << " at " << i;
+        }
+    }
+    const VbColorMap map = Sample();
+    EXPECT_EQ(map.PosToColor(-3.0), map.PosToColor(0.0));
+    EXPECT_EQ(map.PosToColor(0.0), Color4b(0, 0, 255, 63));
+    EXPECT_EQ(map.PosToColor(7.0), Color4b(255, 0, 0, 191));
+    EXPECT_EQ(map.PosToColor(kNaN), map.PosToColor(0.0));
+    Sample(0).PosToColor(kNaN); // must stay inside the node list
+
+    // Opacity nodes that begin late extrapolate in the table walk; alpha stays a byte.
+    VbColorMap late = Sample();
+    late.ClearOpacityNodes();
+    late.AddOpacityNode(0.5, 0.0);
+    late.AddOpacityNode(0.6, 1.0);
+    EXPECT_EQ(late.PosToColor(0.0).a, 0);
+    EXPECT_EQ(late.PosToColor(1.0).a, 255);
+}
+
+TEST(VbColorMap, SaveWritesTheTextByteForByte)
+{
+    VbColorMap map = Sample(256, Color4b::HsvIncreasing);
+    map.AddColorNode(0.123456789012345678, Color4b(1, 22, 133));
+    std::ostringstream out;
+    map.Save(out);
+    EXPECT_EQ(out.str(), "ColorMap 2 3 4 2\n"
+                         "               0   0   0 255\n"
+                         "0.12345678901235   1  22 133\n"
+                         "             0.3  20 200  40\n"
+                         "               1 255   0   0\n"
+                         "               0             0.25\n"
+                         "               1             0.75\n");
+    EXPECT_EQ(map.ToString(), "Sample:" + out.str().substr(0, out.str().size() - 1));
+
+    // One opacity node is counted but not written, and the text does not load back.
+    VbColorMap single;
+    single.AddOpacityNode(0.5, 0.5);
+    std::ostringstream text;
+    single.Save(text);
+    EXPECT_EQ(text.str(), "ColorMap 2 0 2 1\n               0   0   0   0\n               1 255 255 255\n");
+    VbColorMap target;
+    EXPECT_EQ(LoadError(target, text.str()), "Bad format in file 'p', Line 5");
+}
+
+TEST(VbColorMap, LoadRoundTripsAndNamesTheMap)
+{
+    VbColorMap original = Sample(256, Color4b::LinearLight);
+    original.SetDataLimits(-4.0, 9.0);
+    std::ostringstream text;
+    original.Save(text);
+
+    VbColorMap map = Loaded(text.str());
+    EXPECT_STREQ(map.GetName(), "Ocean");
+    EXPECT_EQ(map.GetScaleMax(), 1.0); // limits come from the new map
+    EXPECT_EQ(map.GetColorNodes(), original.GetColorNodes());
+    EXPECT_EQ(map.GetOpacityNodes(), original.GetOpacityNodes());
+    EXPECT_EQ(map.GetInterpMethod(), Color4b::LinearLight);
+    EXPECT_STREQ(Loaded(text.str(), "x", false).GetName(), "GrayScale");
+}
+
+TEST(VbColorMap, LoadFailuresLeaveTheMapUntouched)
+{
+    const std::string endNodes = "'p' is missing one or both of the required end nodes (at 0.0 and 1.0).";
+    const std::string notValid = "'p' is not a valid colormap file.";
+    const struct {
+        std::string text, message;
+    } cases[] = {
+        {"", notValid},
+        {"ColorMap 2 0 2 0", notValid}, // end of input on the first line
+        {"Colour 2\n", notValid},
+        {"ColorMap 0\n", notValid},
+        {"ColorMap " + std::string(300, '2') + "\n", notValid},
+        {"ColorMap 3 0 2 0\n", "It appears 'p' was written by a newer version of the program.\n"
+                               "Please upgrade to the latest version to read this file."},
+        // The counter runs one line ahead after the header.
+        {"ColorMap 2 10 2 0\n0 0 0 0\n1 1 1 1\n", "Bad format in file 'p', Line 2"},
+        {"ColorMap 2 0 1 0\n0 0 0 0\n", "Bad format in file 'p', Line 2"},
+        {"ColorMap 2 0 2\n0 0 0 0\n1 1 1 1\n", "Bad format in file 'p', Line 2"},
+        {"ColorMap 2 0 2 0\n0 0 0 0\n", "Bad format in file 'p', Line 4"},
+        {"ColorMap 2 0 2 0\n0 0 0 0\n1.5 0 0 0\n", "Bad format in file 'p', Line 4"},
+        {"ColorMap 2 0 2 0\nnan 0 0 0\n1 0 0 0\n", "Bad format in file 'p', Line 3"},
+        {"ColorMap 2 0 2 0\n0 0 256 0\n1 0 0 0\n", "Bad format in file 'p', Line 3"},
+        {"ColorMap 2 0 3 0\n0 0 0 0\n0.5 1 1 1\n0.4 2 2 2\n", "Line 5 in file 'p' is out of order."},
+        {"ColorMap 2 0 2 2\n0 0 0 0\n1 9 9 9\n0.5 1\n0.2 0\n", "Line 6 in file 'p' is out of order."},
+        {"ColorMap 2 0 2 2\n0 0 0 0\n1 9 9 9\n0 1.01\n1 0\n", "Bad format in file 'p', Line 5"},
+        {"ColorMap 2 0 2 0\n0.1 0 0 0\n1 1 1 1\n", endNodes},
+        {"ColorMap 2 0 2 0\n0 0 0 0\n0.9 1 1 1\n", endNodes},
+        // The five-column dialect.
+        {"ColorMap 2 0\n0 1 2 3 4\n", "Colormap must contain at least two nodes."},
+        {"ColorMap 2 0\n0 1 2 3 4 \n100 1 1 1 1\n", "Bad format in file 'p', Line 3"},
+        {"ColorMap 2 0\n0 1 2 3\n100 1 1 1 1\n", "Bad format in file 'p', Line 3"},
+        {"ColorMap 2 0\n0 1 2 3 4\n\n100 1 1 1 1\n", "Bad format in file 'p', Line 4"},
+        {"ColorMap 2 0\n0 1 2 3 4\n100.5 1 1 1 1\n", "Bad format in file 'p', Line 4"},
+        {"ColorMap 2 0\n0 1 2 3 4\n60 1 1 1 1\n50 1 1 1 1\n", "Line 5 in file 'p' is out of order."},
+        {"ColorMap 2 0\n50 1 2 3 4\n50 1 1 1 1\n", endNodes},
+    };
+    for (const auto& c : cases) {
+        VbColorMap map = Sample(64);
+        map.SetDataLimits(2.0, 3.0);
+        const VbColorMap before = map;
+        EXPECT_EQ(LoadError(map, c.text), c.message) << c.text;
+        EXPECT_TRUE(map.Equivalent(before, true)) << c.text;
+        EXPECT_STREQ(map.GetName(), "Sample");
+        EXPECT_EQ(map.GetLUTSize(), 64u);
+    }
+
+    // A read that fails hard, not at the end of input.
+    VbColorMap map;
+    BrokenBuf buffer("ColorMap 2 0 2 0\n0 0 0 0\n");
+    std::istream in(&buffer);
+    try {
+        map.Load("p", in, true);
+        FAIL() << "loaded";
+    } catch (const shr::Exception& e) {
+        EXPECT_EQ(e.Message(), "Unexpected end of file while reading 'p'.");
+        EXPECT_EQ(e.Component(), "Core");
+    }
+}
+
+TEST(VbColorMap, FiveColumnDialectNormalisesAndPrunesOpacity)
+{
+    const VbColorMap map = Loaded("ColorMap 2 4\n"
+                                  "  10  0   0   0   0\n"
+                                  "20 10 10 10 0\n"
+                                  "30 20 20 20 0.4\n"
+                                  "40 30 30 30 127.6\n"
+                                  "50 40 40 40 128\n"
+                                  "60 50 50 50 128\n"
+                                  "60 60 60 60 128");
+    ASSERT_EQ(map.GetColorCount(), 7u);
+    EXPECT_EQ(map.GetInterpMethod(), Color4b::HsvDecreasing);
+    EXPECT_EQ(map[0], VbColorMap::CNode(0.0, Color4b(0, 0, 0)));
+    EXPECT_EQ(map[1].pos, 0.2);
+    EXPECT_EQ(map[6], VbColorMap::CNode(1.0, Color4b(60, 60, 60, 255)));
+    // Runs of equal opacity keep their first and last node; alpha rounds to a byte.
+    const std::vector<VbColorMap::ONode> expected = {{0.0, 0.0}, {0.4, 0.0}, {0.6, 128 / 255.0}, {1.0, 128 / 255.0}};
+    EXPECT_EQ(map.GetOpacityNodes(), expected);
+}
+
+TEST(VbColorMap, VersionOneIsReadFromThePath)
+{
+    const TempFile good("ColorMap 1 anything\n0 0 0 0\n50 127.5 0.49 3\r\n100 255 255 255");
+    const std::string header = "ColorMap 1\n";
+    VbColorMap map = Loaded(header, good.Path().c_str(), true); // the stream's body is not used
+    ASSERT_EQ(map.GetColorCount(), 3u);
+    EXPECT_EQ(map[1], VbColorMap::CNode(0.5, Color4b(128, 0, 3)));
+    EXPECT_EQ(map.GetOpacityCount(), 0u);
+    EXPECT_EQ(map.GetName(), good.Path().substr(5));
+
+    // A line longer than the buffer is read in pieces, each counted as a line.
+    const TempFile longLine(header + "0 0 0 0\n50 255 0 0" + std::string(260, ' ') + "\n100 255 255 255\n");
+    const TempFile disorder(header + "0 0 0 0\n60 1 1 1\n50 1 1 1\n100 1 1 1\n");
+    const struct {
+        std::string path, message;
+    } cases[] = {
+        {longLine.Path(), "Bad format in file '" + longLine.Path() + "', Line 4"},
+        {disorder.Path(), "Line 4 in file '" + disorder.Path() + "' is out of order."},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(LoadError(map, header, c.path.c_str()), c.message);
+    EXPECT_FALSE(LoadError(map, header, "").empty()); // no file behind an empty path
+    EXPECT_EQ(map.GetColorCount(), 3u);
+}
+
+TEST(VbColorMap, Equivalent)
+{
+    const VbColorMap base = Sample();
+    const struct {
+        const char* what;
+        void (*change)(VbColorMap&);
+        bool exact, loose;
+    } cases[] = {
+        {"name", [](VbColorMap& m) { m.SetName("Other"); }, true, true},
+        {"opacity position", [](VbColorMap& m) { m.ClearOpacityNodes(); m.AddOpacityNode(0.1, 0.25); m.AddOpacityNode(1.0, 0.75); }, false, true},
+        {"opacity 1e-11", [](VbColorMap& m) { m.ClearOpacityNodes(); m.AddOpacityNode(0.0, 0.25 + 1e-11); m.AddOpacityNode(1.0, 0.75); }, false, true},
+        {"opacity 1e-9", [](VbColorMap& m) { m.ClearOpacityNodes(); m.AddOpacityNode(0.0, 0.25 + 1e-9); m.AddOpacityNode(1.0, 0.75); }, false, false},
+        {"opacity count", [](VbColorMap& m) { m.AddOpacityNode(0.5, 0.5); }, false, false},
+        {"colour", [](VbColorMap& m) { m.AddColorNode(0.5, Color4b::Red); }, false, false},
+        {"method", [](VbColorMap& m) { m.SetInterpMethod(Color4b::Smooth); }, false, false},
+        {"window", [](VbColorMap& m) { m.SetScalingLimits(0.0, 2.0); }, false, false},
+        {"data", [](VbColorMap& m) { m.SetAutoScale(false); m.SetDataLimits(0.0, 2.0); }, false, false},
+        {"auto scale", [](VbColorMap& m) { m.SetAutoScale(false); }, false, false},
+    };
+    for (const auto& c : cases) {
+        VbColorMap other = base;
+        c.change(other);
+        EXPECT_EQ(base.Equivalent(other, true), c.exact) << c.what;
+        EXPECT_EQ(other.Equivalent(base, false), c.loose) << c.what;
+    }
+    // Tables count only when both are fresh.
+    VbColorMap small = Sample(16);
+    EXPECT_TRUE(small.Equivalent(base, true));
+    small.PosToColor(0.0);
+    EXPECT_TRUE(small.Equivalent(base, true));
+    base.PosToColor(0.0);
+    EXPECT_FALSE(small.Equivalent(base, true));
+    EXPECT_TRUE(Sample().Equivalent(base, true));
+
+    VbColorMap copy = Sample();
+    copy.SetDataLimits(5.0, 6.0);
+    copy.CopyColormap(VbColorMap("Grey", Color4b::Nearest, 8));
+    EXPECT_STREQ(copy.GetName(), "Grey");
+    EXPECT_EQ(copy.GetColorCount(), 2u);
+    EXPECT_EQ(copy.GetOpacityCount(), 2u);
+    EXPECT_EQ(copy.GetScaleMin(), 5.0);
+    EXPECT_EQ(copy.GetLUTSize(), 256u);
+}
+
+TEST(VbColorMap, SerializeRoundTripAndDamagedArchive)
+{
+    VbColorMap original = Sample(256, Color4b::HsvLongest);
+    original.SetDataLimits(-1.5, 8.0);
+    original.SetScalingLimits(0.0, 4.0);
+    std::vector<unsigned char> bytes;
+    {
+        shr::Archive out(bytes);
+        original.Serialize(out);
+    }
+    VbColorMap loaded(nullptr, 0, 32);
+    loaded.PosToColor(0.5);
+    {
+        shr::Archive in(bytes.data(), bytes.size());
+        loaded.Serialize(in);
+    }
+    EXPECT_STREQ(loaded.GetName(), "Sample");
+    EXPECT_TRUE(loaded.IsLUTStale());
+    EXPECT_EQ(loaded.GetLUTSize(), 32u);
+    EXPECT_TRUE(loaded.Equivalent(original, true));
+    EXPECT_EQ(loaded.GetDataMin(), -1.5);
+
+    for (size_t cut : {size_t(10), bytes.size() - 1}) {
+        VbColorMap target;
+        shr::Archive in(bytes.data(), cut);
+        EXPECT_THROW(target.Serialize(in), shr::Exception);
+        EXPECT_TRUE(target.Equivalent(VbColorMap(), true));
+        EXPECT_STREQ(target.GetName(), "GrayScale");
+    }
+}
