@@ -1,0 +1,7 @@
+#include "core/properties/VbPropertyConverter.h"
+
+namespace core {
+
+VbPropertyConverter::~VbPropertyConverter() = default;
+
+} // namespace core
