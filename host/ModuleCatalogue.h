@@ -1,0 +1,18 @@
+#pragma once
+// ModuleCatalogue: the text listing of the module registry that `fenrak
+// modules` prints: one block per module type, in registry order.
+#include "shr/GString.h"
+
+#include <iosfwd>
+
+namespace host {
+
+class ModuleCatalogue {
+public:
+    // "Point set, Uniform lattice" for a port mask; "none" for 0.
+    static shr::GString DataKinds(unsigned int mask);
+    // Writes the whole registry; a note when it is empty.
+    static void Print(std::ostream& out);
+};
+
+} // namespace host
