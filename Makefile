@@ -17,7 +17,7 @@ BENCH_DIR := build/bench
 # Sanitizer settings for every program the targets run. The suppression files
 # name only third-party libraries (the scene-graph library's process-lifetime
 # allocations, uninstrumented thread pools), never our own code.
-export ASAN_OPTIONS ?= detect_stack_use_after_return=1:strict_init_order=1
+export ASAN_OPTIONS ?= detect_stack_use_after_return=1:check_initialization_order=1
 export LSAN_OPTIONS ?= suppressions=$(CURDIR)/tests/lsan.supp:print_suppressions=0
 export TSAN_OPTIONS ?= suppressions=$(CURDIR)/tests/tsan.supp:halt_on_error=1:second_deadlock_stack=1
 export UBSAN_OPTIONS ?= print_stacktrace=1:halt_on_error=1
