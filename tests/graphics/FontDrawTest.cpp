@@ -1,0 +1,207 @@
+#include "FontTestSupport.h"
+
+#include "core/graphics/GLFontManager.h"
+#include "core/graphics/InvFontElement.h"
+
+#include <Inventor/SbViewportRegion.h>
+#include <Inventor/actions/SoGetBoundingBoxAction.h>
+#include <Inventor/nodes/SoBaseColor.h>
+#include <Inventor/nodes/SoLightModel.h>
+#include <Inventor/nodes/SoOrthographicCamera.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using core::GLFont;
+using core::GLFontManager;
+using core::InvFont;
+using core::InvText3;
+using namespace fonttest;
+
+namespace {
+
+const shr::Color4b kRed(255, 0, 0);
+
+class PixelFormTest : public testing::TestWithParam<GLFont::Form> {};
+
+// Text lands where the raster position and the metrics say, and nowhere else.
+TEST_P(PixelFormTest, TextInkStaysInsideItsBox)
+{
+    auto font = GLFontManager::Instance().GetFont("Arial", 20.0, GetParam());
+    const int height = 60, x = 10, baseline = 20;
+    const render::Image image = DrawInPixels(*font, "Hello", x, baseline, 200, height);
+    const Ink ink = InkOf(image, shr::Color4b::Black);
+    ASSERT_FALSE(ink.Empty());
+    // Rows count down from the top; the baseline is at row height - 1 - baseline.
+    const int baselineRow = height - 1 - baseline;
+    EXPECT_GE(ink.minX, x - 1);
+    EXPECT_LE(ink.maxX, x + int(std::ceil(font->Advance("Hello"))) + 1);
+    EXPECT_GE(ink.minY, baselineRow - int(std::ceil(font->Ascent())) - 1);
+    EXPECT_LE(ink.maxY, baselineRow + int(std::ceil(font->Descent())) + 1);
+    // "Hello" has no descender: the ink sits on the baseline.
+    EXPECT_NEAR(ink.maxY, baselineRow, 1);
+    // Drawn in the current colour: the strongest pixel is white.
+    int brightest = 0;
+    for (int y = ink.minY; y <= ink.maxY; ++y)
+        for (int xx = ink.minX; xx <= ink.maxX; ++xx) {
+            const shr::Color4b c = image.At(xx, y);
+            EXPECT_TRUE(c.r == c.g && c.g == c.b) << xx << "," << y;
+            brightest = std::max(brightest, int(c.r));
+        }
+    EXPECT_EQ(brightest, 255);
+}
+
+TEST_P(PixelFormTest, WiderTextCoversMoreColumns)
+{
+    auto font = GLFontManager::Instance().GetFont("Arial", 16.0, GetParam());
+    const Ink narrow = InkOf(DrawInPixels(*font, "ii", 5, 20), shr::Color4b::Black);
+    const Ink wide = InkOf(DrawInPixels(*font, "WW", 5, 20), shr::Color4b::Black);
+    const Ink longer = InkOf(DrawInPixels(*font, "WW WW WW", 5, 20), shr::Color4b::Black);
+    EXPECT_LT(narrow.Columns(), wide.Columns());
+    EXPECT_LT(wide.Columns(), longer.Columns());
+    EXPECT_NEAR(longer.Columns(), font->Advance("WW WW WW"), 4.0);
+    EXPECT_TRUE(InkOf(DrawInPixels(*font, "", 5, 20), shr::Color4b::Black).Empty());
+    EXPECT_TRUE(InkOf(DrawInPixels(*font, "   ", 5, 20), shr::Color4b::Black).Empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, PixelFormTest, testing::Values(GLFont::Bitmap, GLFont::Pixmap));
+
+TEST(PixelForms, PixmapBlendsItsEdgesBitmapDoesNot)
+{
+    auto pixmap = GLFontManager::Instance().GetFont("Arial", 20.0, GLFont::Pixmap);
+    auto bitmap = GLFontManager::Instance().GetFont("Arial", 20.0, GLFont::Bitmap);
+    auto partial = [](const render::Image& image) {
+        int count = 0;
+        for (int y = 0; y < image.Height(); ++y)
+            for (int x = 0; x < image.Width(); ++x)
+                count += image.At(x, y).r > 0 && image.At(x, y).r < 255;
+        return count;
+    };
+    EXPECT_GT(partial(DrawInPixels(*pixmap, "Round O", 10, 20)), 0);
+    EXPECT_EQ(partial(DrawInPixels(*bitmap, "Round O", 10, 20)), 0);
+}
+
+// Scene text: an orthographic camera 4 units wide and 2 high over a 200 x 100
+// picture, so the origin is at pixel (100, 50) and a unit is 50 pixels.
+SoSeparator* TextScene(const char* face, float size, InvText3::Justification justification, float depth = 0.0f)
+{
+    auto* root = new SoSeparator;
+    auto* camera = new SoOrthographicCamera;
+    camera->position = SbVec3f(0, 0, 10);
+    camera->height = 2.0f;
+    camera->nearDistance = 1.0f;
+    camera->farDistance = 20.0f;
+    root->addChild(camera);
+    auto* model = new SoLightModel;
+    model->model = SoLightModel::BASE_COLOR;
+    root->addChild(model);
+    auto* color = new SoBaseColor;
+    color->rgb = SbColor(1, 0, 0);
+    root->addChild(color);
+    auto* font = new InvFont;
+    font->name = face;
+    font->size = size;
+    root->addChild(font);
+    auto* text = new InvText3;
+    text->string = "Tx";
+    text->justification = justification;
+    text->depth = depth;
+    root->addChild(text);
+    return root;
+}
+
+render::Image RenderScene(SoNode* root)
+{
+    SceneRef scene(root);
+    render::SceneRenderer renderer(Context(), 200, 100, shr::Color4b::Black);
+    return renderer.Render(scene.get());
+}
+
+TEST(InvText3, JustificationPlacesTheTextAboutTheOrigin)
+{
+    struct Case {
+        InvText3::Justification justification;
+        int minX, maxX; // allowed ink columns
+    } cases[] = {
+        {InvText3::LEFT, 99, 199},
+        {InvText3::RIGHT, 0, 101},
+        {InvText3::CENTER, 60, 140},
+    };
+    auto font = GLFontManager::Instance().GetFont("Arial", 0.5, GLFont::Outline);
+    const int width = int(std::lround(font->Advance("Tx") * 50.0));
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.justification);
+        const Ink ink = InkOf(RenderScene(TextScene("Arial", 0.5f, c.justification)), shr::Color4b::Black);
+        ASSERT_FALSE(ink.Empty());
+        EXPECT_GE(ink.minX, c.minX);
+        EXPECT_LE(ink.maxX, c.maxX);
+        EXPECT_NEAR(ink.Columns(), width, 4);
+        // Above the baseline (row 50) by at most the ascent.
+        EXPECT_LE(ink.maxY, 51);
+        EXPECT_GE(ink.minY, 50 - int(std::ceil(font->Ascent() * 50.0)) - 1);
+        if (c.justification == InvText3::CENTER) {
+            EXPECT_NEAR(ink.minX + ink.maxX, 200, 6);
+        }
+    }
+}
+
+TEST(InvText3, BoundingBoxIsTheFontsBoxAndTheDepth)
+{
+    auto font = GLFontManager::Instance().GetFont("Arial", 0.5, GLFont::Outline);
+    const shr::Box2f expected = font->Bounds("Tx", core::TextFormat::Center);
+    for (float depth : {0.0f, 0.25f}) {
+        SceneRef scene(TextScene("Arial", 0.5f, InvText3::CENTER, depth));
+        SoGetBoundingBoxAction action(SbViewportRegion(200, 100));
+        action.apply(scene.get());
+        const SbBox3f box = action.getBoundingBox();
+        EXPECT_FLOAT_EQ(box.getMin()[0], expected.min.x);
+        EXPECT_FLOAT_EQ(box.getMax()[0], expected.max.x);
+        EXPECT_FLOAT_EQ(box.getMin()[1], expected.min.y);
+        EXPECT_FLOAT_EQ(box.getMax()[1], expected.max.y);
+        EXPECT_FLOAT_EQ(box.getMin()[2], -depth);
+        EXPECT_FLOAT_EQ(box.getMax()[2], 0.0f);
+    }
+}
+
+TEST(InvText3, ExtrudedTextDrawsLikeFlatTextFromTheFront)
+{
+    const Ink flat = InkOf(RenderScene(TextScene("Arial", 0.5f, InvText3::LEFT)), shr::Color4b::Black);
+    const Ink deep = InkOf(RenderScene(TextScene("Arial", 0.5f, InvText3::LEFT, 0.3f)), shr::Color4b::Black);
+    EXPECT_NEAR(deep.count, flat.count, flat.count / 20);
+    EXPECT_EQ(deep.minX, flat.minX);
+}
+
+// An InvFont that cannot make its font leaves the default face at its size;
+// a size no face can take leaves nothing to draw.
+TEST(InvText3, AFontThatCannotBeMadeFallsBackToTheDefaultFace)
+{
+    const Ink fallback = InkOf(RenderScene(TextScene("/no/such/face.ttf", 0.5f, InvText3::LEFT)), shr::Color4b::Black);
+    const Ink usual = InkOf(RenderScene(TextScene(InvText3::kDefaultFace, 0.5f, InvText3::LEFT)), shr::Color4b::Black);
+    EXPECT_EQ(fallback.count, usual.count);
+    EXPECT_GT(fallback.count, 0);
+    EXPECT_TRUE(InkOf(RenderScene(TextScene("Arial", -1.0f, InvText3::LEFT)), shr::Color4b::Black).Empty());
+    SceneRef scene(TextScene("Arial", -1.0f, InvText3::LEFT));
+    SoGetBoundingBoxAction action(SbViewportRegion(200, 100));
+    action.apply(scene.get());
+    EXPECT_TRUE(action.getBoundingBox().isEmpty());
+}
+
+TEST(InvFont, GetFontNamesTheOutlineFontOfItsFields)
+{
+    EnsureFontClasses();
+    SceneRef node(new InvFont);
+    auto* font = static_cast<InvFont*>(node.get());
+    font->name = "Arial";
+    font->size = 2.0f;
+    font->flags = InvFont::Bold;
+    auto glFont = font->GetFont();
+    EXPECT_EQ(glFont->GetForm(), GLFont::Outline);
+    EXPECT_EQ(glFont->Size(), 2.0);
+    EXPECT_EQ(glFont->Flags(), unsigned(InvFont::Bold));
+    font->size = 0.0f;
+    EXPECT_EQ(ErrorOf([&] { font->GetFont(); }).code, 16);
+    EXPECT_EQ(SoType::fromName("InvFont"), InvFont::getClassTypeId());
+    EXPECT_EQ(SoType::fromName("InvFontElement"), core::InvFontElement::getClassTypeId());
+}
+
+} // namespace
