@@ -165,7 +165,7 @@ int ReserveCount(int count) { return std::clamp(count, 0, kMaxReserve); }
 VbColorMap::VbColorMap() : VbColorMap(nullptr, shr::Color4b::Rgb, 256) {}
 
 VbColorMap::VbColorMap(const char* name, int method, size_t lutSize)
-    : m_Name(name ? name : "GrayScale"),
+    : NamedItem(name ? name : "GrayScale", false),
       m_AutoScale(true),
       m_ScaleMin(0.0),
       m_ScaleMax(1.0),
@@ -354,7 +354,7 @@ void VbColorMap::PruneOpacity()
 
 void VbColorMap::CopyColormap(const VbColorMap& other)
 {
-    m_Name = other.m_Name;
+    Name(other.Name());
     m_InterpMethod = other.m_InterpMethod;
     m_ColorNodes = other.m_ColorNodes;
     m_LUTStale = true;
@@ -428,7 +428,7 @@ void VbColorMap::Load(const shr::GString& path, std::istream& in, bool takeNameF
 
     *this = std::move(loaded);
     if (takeNameFromPath)
-        m_Name = shr::CPath(path).GetName();
+        Name(shr::CPath(path).GetName());
 }
 
 // Version 1: a header line, then "percent red green blue" per line.
@@ -560,7 +560,7 @@ shr::GString VbColorMap::ToString() const
 {
     std::ostringstream text;
     Save(text);
-    shr::GString result = m_Name + ":" + text.str();
+    shr::GString result = Name() + ":" + text.str();
     shr::TrimRight(result);
     return result;
 }
@@ -619,7 +619,9 @@ void VbColorMap::Serialize(shr::Archive& archive)
     // Loading fills a copy, so a damaged archive leaves this map as it was.
     VbColorMap loaded;
     VbColorMap& target = archive.IsLoading() ? (loaded = *this) : *this;
-    archive.Transfer(static_cast<std::string&>(target.m_Name));
+    shr::GString name = target.Name();
+    archive.Transfer(name);
+    target.Name(name);
     archive.Transfer(target.m_AutoScale);
     archive.Transfer(target.m_ScaleMin);
     archive.Transfer(target.m_ScaleMax);

@@ -15,6 +15,7 @@
 // Load also reads the older version 1 and a five-column dialect of version 2
 // (percent position, red, green, blue, alpha per line, no counts).
 #include "shr/Color4b.h"
+#include "core/properties/NamedItem.h"
 #include "shr/GString.h"
 
 #include <cstddef>
@@ -31,7 +32,8 @@ namespace core {
 
 class VbColorMapTable;
 
-class VbColorMap {
+// The name lives in the NamedItem base; it may be empty.
+class VbColorMap : public NamedItem {
 public:
     // A colour node: a position on 0..1 and its colour.
     struct CNode {
@@ -59,8 +61,8 @@ public:
     // `method` is a shr::Color4b::InterpMethod; an int so that VbColorMap(0, 0, 256) reads naturally.
     VbColorMap(const char* name, int method, size_t lutSize);
 
-    const char* GetName() const { return m_Name.c_str(); }
-    void SetName(const char* name) { m_Name = name; }
+    const char* GetName() const { return Name().c_str(); }
+    void SetName(const char* name) { Name(shr::GString(name)); }
 
     shr::Color4b::InterpMethod GetInterpMethod() const { return m_InterpMethod; }
     void SetInterpMethod(shr::Color4b::InterpMethod method);
@@ -150,7 +152,6 @@ private:
     void LoadZtV2(const shr::GString& path, std::istream& in, int colorCount, int opacityCount, int& line);
     void LoadBraltoV2(const shr::GString& path, std::istream& in, int& line);
 
-    shr::GString m_Name;
     bool m_AutoScale;
     double m_ScaleMin, m_ScaleMax;
     double m_DataMin, m_DataMax;
