@@ -1,7 +1,7 @@
 #pragma once
 // VbLabelFormat: turns a number into label text, the way the user chose it:
 // fixed, exponential or general notation with a number of digits, between a
-// prefix and a postfix.
+// prefix and a postfix. It brings its own rows for a module's property list.
 #include "shr/GString.h"
 
 namespace shr {
@@ -10,6 +10,10 @@ struct Vec3d;
 } // namespace shr
 
 namespace core {
+
+class VbModuleId;
+class VbPropList;
+class VbPropertyEvent;
 
 class VbLabelFormat {
 public:
@@ -44,9 +48,28 @@ public:
     // that fails leaves the format as it was.
     void Serialize(shr::Archive& archive);
 
+    // Rows under the closed header "Label Format" at `id`: type at id + 1,
+    // digits at id + 2, prefix at id + 3, postfix at id + 4; the header's
+    // comment shows the preview. `keyPrefix` starts the rows' keys and is kept
+    // for the digits row, which is rebuilt when the type changes.
+    void GetProperties(const VbModuleId& module, VbPropList& list, const shr::GString& keyPrefix, int id);
+    // Replaces the digits row, whose label depends on the type. Raises an
+    // internal error unless GetProperties has given the key prefix.
+    void UpdateDigits(const VbModuleId& module, int id, VbPropList& list) const;
+    void UpdatePreview(int id, VbPropList& list) const;
+    // Takes a changed row of this format (event ids id + 1 to id + 4) and
+    // refreshes the preview; other ids are ignored. A value that the format
+    // cannot show raises and leaves the format as it was.
+    void PropertyEvent(const VbModuleId& module, VbPropList& list, const VbPropertyEvent& event, int id);
+    // Enables or disables the header row only.
+    void EnableProperties(VbPropList& list, int id, bool enable) const;
+
 private:
     const char* NumberFormat() const;
     shr::GString Attach(const shr::GString& text) const;
+    // Reads the row at `offset` from the header into this format; false for an
+    // offset that is not one of the format's rows.
+    bool ReadRow(const VbModuleId& module, VbPropList& list, int id, long long offset);
 
     unsigned char m_Type;
     unsigned char m_Digits;

@@ -11,7 +11,7 @@
 #include "core/network/VbProgress.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
-#include "core/properties/VbPropList.h"
+#include "core/properties/SimplePropertyCollection.h"
 #include "core/properties/VbPropertyEvent.h"
 #include "shr/Exception.h"
 
@@ -40,7 +40,7 @@ private:
     unsigned int m_Type;
 };
 
-class TestPropList : public core::VbPropList {};
+class TestPropList : public core::SimplePropertyCollection {};
 
 // Records what the library tells the host; calls come from both threads.
 class RecordingProxy : public core::UiProxy {
