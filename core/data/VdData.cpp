@@ -10,6 +10,10 @@ VdData::~VdData() = default;
 
 void VdData::Serialize(shr::Archive& archive) { archive.SyncCheck(); }
 
+bool VdData::Accept(shr::BaseVisitor& guest) { return AcceptImpl(*this, guest); }
+
+bool VdData::Accept(shr::BaseConstVisitor& guest) const { return AcceptImpl(*this, guest); }
+
 void VdData::AddRef() const { m_RefCount.fetch_add(1, std::memory_order_relaxed); }
 
 void VdData::DecRef() const

@@ -1,7 +1,11 @@
 #include "core/data/VdGeometry.h"
 
+#include "shr/Exception.h"
+
+#include <Inventor/SbViewportRegion.h>
+#include <Inventor/actions/SoGetBoundingBoxAction.h>
+#include <Inventor/actions/SoGetPrimitiveCountAction.h>
 #include <Inventor/actions/SoSearchAction.h>
-#include <Inventor/nodes/SoSwitch.h>
 
 #include <mutex>
 
@@ -11,12 +15,20 @@ SHR_IMPLEMENT_CREATABLE_TYPE(VdGeometry, VdData)
 
 namespace {
 
-// Guards the scene-graph side of every geometry: the update thread writes the
-// graph while the host's thread traverses it.
 std::recursive_mutex& GeometryLock()
 {
     static std::recursive_mutex lock;
     return lock;
+}
+
+using GeometryGuard = std::lock_guard<std::recursive_mutex>;
+
+InvSmartPtr<InvModuleSwitch> NewSwitch(VoModule* module)
+{
+    InvSmartPtr<InvModuleSwitch> root(new InvModuleSwitch);
+    root->SetModule(module);
+    root->whichChild = SO_SWITCH_NONE;
+    return root;
 }
 
 } // namespace
@@ -24,40 +36,39 @@ std::recursive_mutex& GeometryLock()
 VdGeometry::VdGeometry() : VdGeometry(nullptr, false) {}
 
 VdGeometry::VdGeometry(VoModule* module, bool isHeaderNode)
-    : m_Root(new SoSwitch), m_Module(module), m_IsHeaderNode(isHeaderNode)
+    : m_Root(NewSwitch(module)), m_Module(module), m_IsHeaderNode(isHeaderNode)
 {
-    m_Root->whichChild = SO_SWITCH_NONE;
 }
 
 VdGeometry::~VdGeometry()
 {
-    InvSmartPtr<SoSwitch> root;
+    InvSmartPtr<InvModuleSwitch> root;
     {
         // Hide first: the render thread may hold the switch's parent.
-        std::lock_guard<std::recursive_mutex> lock(GeometryLock());
+        GeometryGuard lock(GeometryLock());
         m_Visible = false;
-        m_Root->whichChild = SO_SWITCH_NONE;
+        if (m_Root)
+            m_Root->whichChild = SO_SWITCH_NONE;
         root.swap(m_Root);
     }
 }
 
 InvSmartPtr<SoSwitch> VdGeometry::GetRoot() const
 {
-    std::lock_guard<std::recursive_mutex> lock(GeometryLock());
-    return m_Root;
+    GeometryGuard lock(GeometryLock());
+    return InvSmartPtr<SoSwitch>(m_Root);
 }
 
 void VdGeometry::SetGeometry(InvSmartPtr<SoNode> node)
 {
-    std::lock_guard<std::recursive_mutex> lock(GeometryLock());
+    GeometryGuard lock(GeometryLock());
     if (node && m_Root) {
-        // A new switch rather than a new child: a reader holding the old root
-        // keeps a complete graph.
-        InvSmartPtr<SoSwitch> root(new SoSwitch);
+        InvSmartPtr<InvModuleSwitch> root = NewSwitch(m_Module);
         root->addChild(node.get());
         m_Root = root;
     }
     UpdateWhichChild();
+    node.reset();
 }
 
 void VdGeometry::Show(bool visible)
@@ -72,9 +83,39 @@ void VdGeometry::UpdateWhichChild()
         m_Root->whichChild = m_Visible && m_Root->getNumChildren() > 0 ? 0 : SO_SWITCH_NONE;
 }
 
+shr::Box3d VdGeometry::GetBoundingBox() const
+{
+    GeometryGuard lock(GeometryLock());
+    if (!m_Root)
+        shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "%s", "Invalid root in bounding box calculation.");
+    SoGetBoundingBoxAction action{SbViewportRegion()};
+    action.apply(m_Root.get());
+    const SbBox3f box = action.getBoundingBox();
+    if (box.isEmpty())
+        return shr::Box3d();
+    const SbVec3f& lo = box.getMin();
+    const SbVec3f& hi = box.getMax();
+    return shr::Box3d(lo[0], lo[1], lo[2], hi[0], hi[1], hi[2]);
+}
+
+void VdGeometry::GetStatistics(Statistics& statistics) const
+{
+    GeometryGuard lock(GeometryLock());
+    statistics = Statistics();
+    if (!m_Root)
+        return;
+    SoGetPrimitiveCountAction action;
+    action.apply(m_Root.get());
+    statistics.points = static_cast<unsigned int>(action.getPointCount());
+    statistics.lines = static_cast<unsigned int>(action.getLineCount());
+    statistics.triangles = static_cast<unsigned int>(action.getTriangleCount());
+    statistics.texts = static_cast<unsigned int>(action.getTextCount());
+    statistics.images = static_cast<unsigned int>(action.getImageCount());
+}
+
 bool VdGeometry::FindNode(SoNode* node) const
 {
-    std::lock_guard<std::recursive_mutex> lock(GeometryLock());
+    GeometryGuard lock(GeometryLock());
     if (!m_Root || !node)
         return false;
     SoSearchAction search;
