@@ -1,0 +1,95 @@
+#pragma once
+// Helpers shared by the lattice tests: lattices whose values are a known
+// function of the node, and archive round trips.
+#include "core/data/VdCurvilinearLattice.h"
+#include "core/data/VdUniformLattice.h"
+#include "shr/Archive.h"
+
+#include <cmath>
+#include <functional>
+#include <vector>
+
+namespace latticetest {
+
+using NodeFunction = std::function<double(unsigned int i, unsigned int j, unsigned int k, unsigned int c)>;
+
+// i + 10 j + 100 k, negated for odd components: linear, so trilinear
+// interpolation reproduces it exactly.
+inline double Linear(unsigned int i, unsigned int j, unsigned int k, unsigned int c)
+{
+    const double value = i + 10.0 * j + 100.0 * k;
+    return c % 2 ? -value : value;
+}
+
+// Node values in node order, components interleaved.
+inline std::vector<double> NodeValues(const unsigned int* dims, unsigned int components, const NodeFunction& f)
+{
+    std::vector<double> values;
+    for (unsigned int k = 0; k < dims[2]; ++k)
+        for (unsigned int j = 0; j < dims[1]; ++j)
+            for (unsigned int i = 0; i < dims[0]; ++i)
+                for (unsigned int c = 0; c < components; ++c)
+                    values.push_back(f(i, j, k, c));
+    return values;
+}
+
+inline core::VdUniformLattice MakeUniform(const unsigned int* dims, unsigned int components = 1,
+                                          const NodeFunction& f = Linear)
+{
+    const std::vector<double> values = NodeValues(dims, components, f);
+    return core::VdUniformLattice(shr::Double, dims, values.data(), components);
+}
+
+// Node positions from IJK, three doubles per node in node order.
+inline std::vector<double> NodePositions(const unsigned int* dims,
+                                         const std::function<shr::Vec3d(double, double, double)>& place)
+{
+    std::vector<double> coords;
+    for (unsigned int k = 0; k < dims[2]; ++k)
+        for (unsigned int j = 0; j < dims[1]; ++j)
+            for (unsigned int i = 0; i < dims[0]; ++i) {
+                const shr::Vec3d p = place(i, j, k);
+                coords.insert(coords.end(), {p.x, p.y, p.z});
+            }
+    return coords;
+}
+
+// An affine shear: every cell a parallelepiped.
+inline shr::Vec3d Sheared(double i, double j, double k)
+{
+    return shr::Vec3d(i + 0.5 * j, j + 0.3 * k, k + 0.2 * i);
+}
+
+// A smooth warp: cells are curved hexahedra, no two alike.
+inline shr::Vec3d Warped(double i, double j, double k)
+{
+    return shr::Vec3d(i + 0.25 * std::sin(0.7 * j + 0.3 * k), j + 0.2 * std::cos(0.5 * i + 0.9 * k),
+                      k + 0.15 * std::sin(0.4 * i * j + 0.2));
+}
+
+inline core::VdCurvilinearLattice MakeCurvilinear(const unsigned int* dims,
+                                                  const std::function<shr::Vec3d(double, double, double)>& place,
+                                                  unsigned int components = 1)
+{
+    const std::vector<double> coords = NodePositions(dims, place);
+    const std::vector<double> values = NodeValues(dims, components, Linear);
+    return core::VdCurvilinearLattice(shr::Double, shr::Double, dims, coords.data(), values.data(), components);
+}
+
+inline std::vector<unsigned char> Store(shr::CTypedObject& object)
+{
+    std::vector<unsigned char> bytes;
+    shr::Archive archive(bytes);
+    object.Serialize(archive);
+    archive.Close();
+    return bytes;
+}
+
+template <class T>
+void Load(const std::vector<unsigned char>& bytes, T& object)
+{
+    shr::Archive archive(bytes.data(), bytes.size());
+    object.Serialize(archive);
+}
+
+} // namespace latticetest
