@@ -114,3 +114,4 @@ void BM_WarpedLattice(benchmark::State& state)
 BENCHMARK(BM_WarpedLattice)->Arg(65)->Arg(129)->Iterations(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace
+BENCHMARK_MAIN();
