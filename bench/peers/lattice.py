@@ -23,7 +23,9 @@ from vtkmodules.vtkFiltersCore import vtkProbeFilter
 
 SIZES = (65, 129)
 BLANK = 1.7976931348623157e308
-TOLERANCE = 1e-9
+# Both sides invert each cell by Newton iteration, which stops at its own
+# tolerance: values agree to about 1e-9 here.
+TOLERANCE = 1e-7
 
 
 def ours(build_dir):
