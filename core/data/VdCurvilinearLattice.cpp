@@ -1,7 +1,6 @@
 #include "core/data/VdCurvilinearLattice.h"
 
 #include "core/data/PrimConvert.h"
-#include "shr/Archive.h"
 
 #include <algorithm>
 #include <cmath>
@@ -169,27 +168,24 @@ shr::Vec3d VdCurvilinearLattice::UVWToIJK(const shr::Vec3d& uvw) const
 
 void VdCurvilinearLattice::Serialize(shr::Archive& archive)
 {
-    VdLattice::Serialize(archive);
+    SerializeWhole(*this, archive);
+}
+
+void VdCurvilinearLattice::TransferFields(shr::Archive& archive)
+{
+    VdLattice::TransferFields(archive);
     archive.SyncCheck();
-    bool uvwDirty = m_UVWDirty, xyzDirty = m_XYZDirty;
-    shr::Box3d uvwBounds = m_UVWBounds, xyzBounds = m_XYZBounds;
-    VdArray loaded;
-    VdArray& coords = archive.IsStoring() ? m_Coords : loaded;
-    coords.Serialize(archive);
-    archive.Transfer(uvwDirty);
-    archive.Transfer(uvwBounds);
-    archive.Transfer(xyzDirty);
-    archive.Transfer(xyzBounds);
+    m_Coords.Serialize(archive);
+    archive.Transfer(m_UVWDirty);
+    archive.Transfer(m_UVWBounds);
+    archive.Transfer(m_XYZDirty);
+    archive.Transfer(m_XYZBounds);
     if (archive.IsStoring())
         return;
-    if (loaded.TupleCount() != VertexCount() || loaded.ComponentCount() != 3)
+    if (m_Coords.TupleCount() != VertexCount() || m_Coords.ComponentCount() != 3)
         archive.ThrowFormatError("curvilinear coordinates of %llu tuples of %llu components for %u nodes",
-                                 static_cast<unsigned long long>(loaded.TupleCount()),
-                                 static_cast<unsigned long long>(loaded.ComponentCount()), VertexCount());
-    m_Coords.Swap(loaded);
-    m_UVWDirty = uvwDirty, m_XYZDirty = xyzDirty;
-    m_UVWBounds = uvwBounds, m_XYZBounds = xyzBounds;
-    m_Locator.Clear();
+                                 static_cast<unsigned long long>(m_Coords.TupleCount()),
+                                 static_cast<unsigned long long>(m_Coords.ComponentCount()), VertexCount());
 }
 
 } // namespace core

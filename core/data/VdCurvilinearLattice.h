@@ -55,11 +55,16 @@ public:
     const CellLocator& GetLocator() const { return m_Locator; }
 
 private:
+    friend class VdLattice; // SerializeWhole: TransferFields and the move assignment
+
     VdCurvilinearLattice(const VdCurvilinearLattice& source, const std::deque<bool>& componentMask,
                          unsigned int iFirst, unsigned int iLast, unsigned int iStep, unsigned int jFirst,
                          unsigned int jLast, unsigned int jStep, unsigned int kFirst, unsigned int kLast,
                          unsigned int kStep);
+    // The locator is dropped (CellLocator's assignment clears it), never taken.
+    VdCurvilinearLattice& operator=(VdCurvilinearLattice&& other) = default;
 
+    void TransferFields(shr::Archive& archive);
     void* CoordWritePtr() { return m_Coords.GetWritePtr(); }
     shr::Vec3d NodeUVW(uint32_t node) const;
 

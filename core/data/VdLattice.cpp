@@ -2,7 +2,6 @@
 
 #include "core/data/PrimConvert.h"
 #include "core/network/CoreError.h"
-#include "shr/Archive.h"
 #include "shr/Exception.h"
 #include "shr/StringUtil.h"
 
@@ -117,6 +116,16 @@ VdLattice::VdLattice(const VdLattice& source, const std::deque<bool>& componentM
         }
     }
     DataModified();
+}
+
+VdLattice& VdLattice::operator=(VdLattice&& other) noexcept
+{
+    if (this != &other) {
+        VdSpatialData::operator=(other);
+        DataArray().Swap(other.DataArray());
+        std::copy(other.m_Dims, other.m_Dims + 3, m_Dims);
+    }
+    return *this;
 }
 
 void VdLattice::CopyUserTransform(const VdLattice& source)
@@ -286,26 +295,18 @@ unsigned int VdLattice::InterpolateLinear(const shr::Vec3d& ijk, double* out, un
     });
 }
 
-void VdLattice::Serialize(shr::Archive& archive)
+void VdLattice::TransferFields(shr::Archive& archive)
 {
     VdSpatialData::Serialize(archive);
     archive.SyncCheck();
-    unsigned int dims[3] = {m_Dims[0], m_Dims[1], m_Dims[2]};
-    uint32_t componentCount = ComponentCount();
-    for (unsigned int& dim : dims)
+    for (unsigned int& dim : m_Dims)
         archive.Transfer(dim);
+    uint32_t componentCount = ComponentCount();
     archive.Transfer(componentCount); // loading: the array brings its own
-    if (archive.IsStoring()) {
-        DataArray().Serialize(archive);
-        return;
-    }
-    VdArray loaded;
-    loaded.Serialize(archive);
-    if (loaded.TupleCount() != uint64_t(dims[0]) * dims[1] * dims[2])
-        archive.ThrowFormatError("a lattice of %u x %u x %u nodes holds %llu tuples", dims[0], dims[1], dims[2],
-                                 static_cast<unsigned long long>(loaded.TupleCount()));
-    DataArray().Swap(loaded);
-    std::copy(dims, dims + 3, m_Dims);
+    DataArray().Serialize(archive);
+    if (archive.IsLoading() && DataArray().TupleCount() != uint64_t(m_Dims[0]) * m_Dims[1] * m_Dims[2])
+        archive.ThrowFormatError("a lattice of %u x %u x %u nodes holds %llu tuples", m_Dims[0], m_Dims[1], m_Dims[2],
+                                 static_cast<unsigned long long>(DataArray().TupleCount()));
 }
 
 } // namespace core

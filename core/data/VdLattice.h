@@ -8,6 +8,7 @@
 // A dimension of 1 is a legal flat axis. Blanks are per element of the data
 // array; there is no node-level flag.
 #include "core/data/VdVertexData.h"
+#include "shr/Archive.h"
 #include "shr/GString.h"
 #include "shr/Vec3.h"
 
@@ -15,6 +16,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <utility>
 
 namespace core {
 
@@ -34,9 +36,6 @@ public:
     static constexpr uint64_t MaxNodes = 2147483647;
 
     VD_DEFINE_VISITABLE(VdLattice, VdVertexData)
-
-    // Dims, the component count and the data array, after the spatial part.
-    void Serialize(shr::Archive& archive) override;
 
     // Double for the uniform and rectilinear kinds.
     virtual shr::PrimType GetCoordType() const = 0;
@@ -109,12 +108,24 @@ public:
 protected:
     VdLattice() = default;
     VdLattice(const VdLattice&) = default;
+    // Takes the spatial part, the dims and the data array (swapped out of `other`).
+    VdLattice& operator=(VdLattice&& other) noexcept;
     // Copies `data`, in the array's memory order, when it is not null.
     VdLattice(shr::PrimType type, const unsigned int* dims, const void* data, unsigned int componentCount);
     // The sub-lattice of Clone(mask, ...): topology and values; the kinds add geometry.
     VdLattice(const VdLattice& source, const std::deque<bool>& componentMask, unsigned int iFirst, unsigned int iLast,
               unsigned int iStep, unsigned int jFirst, unsigned int jLast, unsigned int jStep, unsigned int kFirst,
               unsigned int kLast, unsigned int kStep);
+
+    // Storing writes `self` through Kind's TransferFields. Loading reads into a
+    // fresh Kind and moves it into `self` only once the whole archive part has
+    // been read, so a bad archive leaves `self` as it was. Kind makes this
+    // class a friend for its private TransferFields and move assignment.
+    template <class Kind>
+    static void SerializeWhole(Kind& self, shr::Archive& archive);
+    // The spatial part, then dims, the component count and the data array. On
+    // loading it writes straight into the members: only for a fresh object.
+    void TransferFields(shr::Archive& archive);
 
     // For the kinds' sub-lattice constructors, once the object is complete.
     void CopyUserTransform(const VdLattice& source);
@@ -130,5 +141,17 @@ private:
 
     unsigned int m_Dims[3] = {0, 0, 0};
 };
+
+template <class Kind>
+void VdLattice::SerializeWhole(Kind& self, shr::Archive& archive)
+{
+    if (archive.IsStoring()) {
+        self.TransferFields(archive);
+        return;
+    }
+    Kind loaded;
+    loaded.TransferFields(archive);
+    self = std::move(loaded);
+}
 
 } // namespace core

@@ -1,7 +1,5 @@
 #include "core/data/VdRectilinearLattice.h"
 
-#include "shr/Archive.h"
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -167,27 +165,25 @@ double VdRectilinearLattice::Interpolate(const double* coords, unsigned int lo, 
 
 void VdRectilinearLattice::Serialize(shr::Archive& archive)
 {
-    VdLattice::Serialize(archive);
+    SerializeWhole(*this, archive);
+}
+
+void VdRectilinearLattice::TransferFields(shr::Archive& archive)
+{
+    VdLattice::TransferFields(archive);
     archive.SyncCheck();
-    std::vector<double> coords[3] = {m_Coords[0], m_Coords[1], m_Coords[2]};
-    bool uvwDirty = m_UVWDirty, xyzDirty = m_XYZDirty;
-    shr::Box3d uvwBounds = m_UVWBounds, xyzBounds = m_XYZBounds;
-    for (std::vector<double>& axis : coords)
+    for (std::vector<double>& axis : m_Coords)
         TransferCoords(archive, axis);
-    archive.Transfer(uvwDirty);
-    archive.Transfer(uvwBounds);
-    archive.Transfer(xyzDirty);
-    archive.Transfer(xyzBounds);
+    archive.Transfer(m_UVWDirty);
+    archive.Transfer(m_UVWBounds);
+    archive.Transfer(m_XYZDirty);
+    archive.Transfer(m_XYZBounds);
     if (archive.IsStoring())
         return;
     for (int axis = 0; axis < 3; ++axis)
-        if (coords[axis].size() != GetDims()[axis])
+        if (m_Coords[axis].size() != GetDims()[axis])
             archive.ThrowFormatError("a rectilinear axis of %u nodes has %zu coordinates", GetDims()[axis],
-                                     coords[axis].size());
-    for (int axis = 0; axis < 3; ++axis)
-        m_Coords[axis].swap(coords[axis]);
-    m_UVWDirty = uvwDirty, m_XYZDirty = xyzDirty;
-    m_UVWBounds = uvwBounds, m_XYZBounds = xyzBounds;
+                                     m_Coords[axis].size());
 }
 
 } // namespace core

@@ -56,11 +56,15 @@ protected:
     static double Interpolate(const double* coords, unsigned int lo, unsigned int hi, double value);
 
 private:
+    friend class VdLattice; // SerializeWhole: TransferFields and the move assignment
+
     VdRectilinearLattice(const VdRectilinearLattice& source, const std::deque<bool>& componentMask,
                          unsigned int iFirst, unsigned int iLast, unsigned int iStep, unsigned int jFirst,
                          unsigned int jLast, unsigned int jStep, unsigned int kFirst, unsigned int kLast,
                          unsigned int kStep);
+    VdRectilinearLattice& operator=(VdRectilinearLattice&& other) = default;
 
+    void TransferFields(shr::Archive& archive);
     // Index position to coordinate on one axis.
     double AxisCoord(int axis, double index) const;
 

@@ -1,6 +1,5 @@
 #include "core/data/VdUniformLattice.h"
 
-#include "shr/Archive.h"
 #include "shr/Exception.h"
 
 namespace core {
@@ -100,21 +99,17 @@ shr::Mat4d VdUniformLattice::GetTransform() const
 
 void VdUniformLattice::Serialize(shr::Archive& archive)
 {
-    VdLattice::Serialize(archive);
+    SerializeWhole(*this, archive);
+}
+
+void VdUniformLattice::TransferFields(shr::Archive& archive)
+{
+    VdLattice::TransferFields(archive);
     archive.SyncCheck();
-    shr::Box3d uvwBounds = m_UVWBounds, xyzBounds = m_XYZBounds;
-    bool xyzDirty = m_XYZDirty;
-    shr::Vec3d spacing = m_Spacing;
-    archive.Transfer(uvwBounds);
-    archive.Transfer(xyzDirty);
-    archive.Transfer(xyzBounds);
-    archive.Transfer(spacing);
-    if (archive.IsLoading()) {
-        m_UVWBounds = uvwBounds;
-        m_XYZDirty = xyzDirty;
-        m_XYZBounds = xyzBounds;
-        m_Spacing = spacing;
-    }
+    archive.Transfer(m_UVWBounds);
+    archive.Transfer(m_XYZDirty);
+    archive.Transfer(m_XYZBounds);
+    archive.Transfer(m_Spacing);
 }
 
 } // namespace core

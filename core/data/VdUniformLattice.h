@@ -50,9 +50,14 @@ public:
     shr::Mat4d GetTransform() const;
 
 private:
+    friend class VdLattice; // SerializeWhole: TransferFields and the move assignment
+
     VdUniformLattice(const VdUniformLattice& source, const std::deque<bool>& componentMask, unsigned int iFirst,
                      unsigned int iLast, unsigned int iStep, unsigned int jFirst, unsigned int jLast,
                      unsigned int jStep, unsigned int kFirst, unsigned int kLast, unsigned int kStep);
+    VdUniformLattice& operator=(VdUniformLattice&& other) = default;
+
+    void TransferFields(shr::Archive& archive);
 
     shr::Box3d m_UVWBounds;
     mutable bool m_XYZDirty = true;
