@@ -1,0 +1,161 @@
+// Scene-graph basics around the renderer: finding, bounding, the memory
+// archive, and the plain records (material, vertex data).
+#include "FontTestSupport.h"
+
+#include "core/data/InvModuleSwitch.h"
+#include "core/graphics/InvInterface.h"
+#include "core/graphics/InvMemoryArchive.h"
+#include "core/graphics/VgMaterial.h"
+#include "core/graphics/VgVertexData.h"
+#include "core/network/VoModule.h"
+#include "shr/Archive.h"
+
+#include <Inventor/nodes/SoCube.h>
+#include <Inventor/nodes/SoTranslation.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+
+using core::InvSmartPtr;
+using fonttest::ErrorOf;
+
+namespace {
+
+// A separator holding a 2-unit cube moved to (x, 0, 0).
+SoSeparator* CubeAt(float x, const char* name = nullptr)
+{
+    auto* group = new SoSeparator;
+    auto* move = new SoTranslation;
+    move->translation = SbVec3f(x, 0, 0);
+    group->addChild(move);
+    auto* cube = new SoCube;
+    if (name)
+        cube->setName(name);
+    group->addChild(cube);
+    return group;
+}
+
+TEST(InvInterface, FindNodeReturnsTheFirstMatchOrNull)
+{
+    fonttest::EnsureFontClasses();
+    InvSmartPtr<SoSeparator> root(new SoSeparator);
+    root->addChild(CubeAt(0, "Target"));
+    root->addChild(CubeAt(5, "Target"));
+    SoNode* found = core::InvFindNode("Target", root.get());
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(found, static_cast<SoGroup*>(root->getChild(0))->getChild(1));
+    EXPECT_EQ(core::InvFindNode("Missing", root.get()), nullptr);
+    for (auto bad : {std::function<void()>([&] { core::InvFindNode(nullptr, root.get()); }),
+                     std::function<void()>([&] { core::InvFindNode("", root.get()); }),
+                     std::function<void()>([&] { core::InvFindNode("Target", nullptr); })})
+        EXPECT_EQ(ErrorOf(bad).message, "Invalid call to find operation.");
+}
+
+TEST(InvInterface, BoundingBoxesInDouble)
+{
+    fonttest::EnsureFontClasses();
+    InvSmartPtr<SoNode> cube(CubeAt(10));
+    const shr::Box3d box = core::InvBoundingBox(cube);
+    EXPECT_EQ(box, shr::Box3d(9, -1, -1, 11, 1, 1));
+    EXPECT_EQ(ErrorOf([] { core::InvBoundingBox(InvSmartPtr<SoNode>()); }).message,
+              "Invalid root in bounding box calculation.");
+
+    // Children measured one by one: the translation of one does not move the next.
+    InvSmartPtr<SoGroup> group(new SoGroup);
+    group->addChild(CubeAt(10));
+    auto* looseCube = new SoCube;
+    group->addChild(looseCube);
+    const shr::CTypeInfo* moduleType = core::VoModule::GetClassTypeId();
+    EXPECT_EQ(core::InvChildrenBoundingBox(group, moduleType), shr::Box3d(-1, -1, -1, 11, 1, 1));
+    // A module switch without a module has no owner to exclude it by.
+    core::InvModuleSwitch::initClass();
+    auto* moduleSwitch = new core::InvModuleSwitch;
+    moduleSwitch->whichChild = SO_SWITCH_ALL;
+    moduleSwitch->addChild(CubeAt(-20));
+    group->addChild(moduleSwitch);
+    EXPECT_EQ(core::InvChildrenBoundingBox(group, moduleType).min.x, -21.0);
+    EXPECT_TRUE(core::InvChildrenBoundingBox(InvSmartPtr<SoGroup>(), moduleType).IsEmpty());
+    EXPECT_EQ(ErrorOf([&] { core::InvChildrenBoundingBox(group, nullptr); }).message,
+              "Invalid call to bounding box calculation.");
+}
+
+TEST(InvMemoryArchive, WritesAndReadsBackAGraph)
+{
+    fonttest::EnsureFontClasses();
+    core::InvMemoryArchive archive("some/folder/scene.doc");
+    InvSmartPtr<SoNode> scene(CubeAt(3, "Block"));
+    void* buffer = nullptr;
+    const size_t size = archive.Write(scene.get(), buffer);
+    ASSERT_NE(buffer, nullptr);
+    ASSERT_GT(size, 0u);
+    InvSmartPtr<SoSeparator> copy = archive.Read(buffer, size);
+    ASSERT_TRUE(copy);
+    EXPECT_EQ(core::InvBoundingBox(InvSmartPtr<SoNode>(copy)), core::InvBoundingBox(scene));
+    EXPECT_NE(core::InvFindNode("Block", copy.get()), nullptr);
+
+    // A second write replaces the buffer; garbage reads as nothing.
+    const size_t again = archive.Write(scene.get(), buffer);
+    EXPECT_EQ(again, size);
+    const char garbage[] = "not a scene at all";
+    EXPECT_FALSE(archive.Read(garbage, sizeof garbage));
+    EXPECT_FALSE(archive.Read(nullptr, 0));
+    EXPECT_THROW(archive.Write(nullptr, buffer), shr::Exception);
+}
+
+TEST(VgMaterial, SerializeRoundTripsAndLayout)
+{
+    core::VgMaterial material;
+    material.name = "Granite";
+    material.diffuse = shr::Color4b(10, 20, 30, 40);
+    material.shininess = 0.75f;
+    std::vector<unsigned char> bytes;
+    {
+        shr::Archive out(bytes);
+        material.Serialize(out);
+    }
+    shr::Archive in(bytes.data(), bytes.size());
+    core::VgMaterial loaded;
+    loaded.Serialize(in);
+    EXPECT_EQ(loaded, material);
+    EXPECT_EQ(in.BytesRemaining(), 0u);
+    // The six floats close the record at 4 bytes each, transparency last.
+    float transparency = -1.0f;
+    std::memcpy(&transparency, bytes.data() + bytes.size() - 4, 4);
+    EXPECT_EQ(transparency, 0.0f);
+    float shininess = -1.0f;
+    std::memcpy(&shininess, bytes.data() + bytes.size() - 8, 4);
+    EXPECT_EQ(shininess, 0.75f);
+
+    // A truncated record throws and leaves the target as it was.
+    shr::Archive truncated(bytes.data(), bytes.size() - 3);
+    core::VgMaterial target;
+    EXPECT_THROW(target.Serialize(truncated), shr::Exception);
+    EXPECT_EQ(target, core::VgMaterial());
+}
+
+TEST(VgVertexData, AddAndClear)
+{
+    core::VgVertexData data;
+    EXPECT_EQ(data.normalBinding, 8);
+    EXPECT_EQ(data.materialBinding, 2);
+    EXPECT_EQ(data.textureBinding, 8);
+    const shr::Vec3d points[] = {{1, 2, 3}, {4, 5, 6}};
+    const int indices[] = {0, 1, -1};
+    data.addVertices(points, 2);
+    data.addVertices(nullptr, 0);
+    data.addIndices(indices, 3);
+    data.addColors(&shr::Color4b::Red, 1);
+    data.materialBinding = core::VgVertexData::PER_VERTEX;
+    EXPECT_EQ(data.vertices.size(), 2u);
+    EXPECT_EQ(data.indices.back(), -1);
+    const core::VgVertexData copy = data;
+    data.clear();
+    EXPECT_TRUE(data.vertices.empty() && data.indices.empty() && data.colors.empty());
+    EXPECT_GE(data.vertices.capacity(), 2u);
+    EXPECT_EQ(data.materialBinding, 2);
+    EXPECT_EQ(copy.vertices[1], points[1]);
+    EXPECT_EQ(copy.materialBinding, 7);
+}
+
+} // namespace
