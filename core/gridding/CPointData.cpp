@@ -1,5 +1,8 @@
 #include "core/gridding/CPointData.h"
 
+#include "core/data/PrimConvert.h"
+#include "core/data/VdPoints.h"
+#include "core/properties/LabelStorage.h"
 #include "shr/StringUtil.h"
 
 #include <algorithm>
@@ -129,6 +132,89 @@ void CPointData::Sort()
     for (size_t index : order)
         sorted.push_back(std::move(m_Data[index]));
     m_Data.swap(sorted);
+}
+
+// ---- conversions from and to point sets -------------------------------------
+
+namespace {
+
+// Reads element `index` of a raw block of the given type as a double.
+double ReadAsDouble(shr::PrimType type, const void* block, uint64_t index)
+{
+    return DispatchPrimType(type, [&](auto tag) {
+        using Element = typename decltype(tag)::Type;
+        return PrimConvert<double>(static_cast<const Element*>(block)[index]);
+    });
+}
+
+// The world position of a vertex: the stored coordinates (missing ones 0)
+// through the points' transform.
+shr::Point3<double> WorldPosition(const VdPoints& points, unsigned vertex)
+{
+    const unsigned componentSize = points.GetCoordComponentSize();
+    const unsigned stored =
+        componentSize == 0 ? 0 : std::min<unsigned>(3, static_cast<unsigned>(points.GetCoordTupleSize() / componentSize));
+    shr::Vec3d uvw(0.0, 0.0, 0.0);
+    for (unsigned axis = 0; axis < stored; ++axis)
+        uvw[axis] = ReadAsDouble(points.GetCoordType(), points.GetCoordPtr(), uint64_t(vertex) * stored + axis);
+    const shr::Vec3d xyz = points.UVWToXYZ(uvw);
+    return shr::Point3<double>(xyz[0], xyz[1], xyz[2]);
+}
+
+} // namespace
+
+void Convert(const VdPoints& points, CPointData& data, unsigned component, bool dropBlank)
+{
+    data.clear();
+    const unsigned vertexCount = points.VertexCount();
+    const unsigned components = points.ComponentCount();
+    data.reserve(vertexCount);
+    data.Labels(points.Labels());
+    const void* values = points.DataPtr();
+    for (unsigned vertex = 0; vertex < vertexCount; ++vertex) {
+        CPointDatum row(components);
+        bool skip = false;
+        for (unsigned c = 0; c < components; ++c) {
+            if (points.IsBlank(vertex, c)) {
+                row.Blank(c);
+                skip = skip || (dropBlank && c == component);
+            } else {
+                row.W(c, ReadAsDouble(points.DataType(), values, uint64_t(vertex) * components + c));
+            }
+        }
+        if (skip)
+            continue;
+        static_cast<shr::Point3<double>&>(row) = WorldPosition(points, vertex);
+        row.ID(vertex);
+        data.push_back(std::move(row));
+    }
+}
+
+void Convert(const CPointData& data, VdPoints& points)
+{
+    const size_t rows = data.size();
+    const size_t components = static_cast<size_t>(data.GetComponentCount());
+    std::vector<double> coords(rows * 3);
+    std::vector<double> values(rows * components);
+    for (size_t r = 0; r < rows; ++r) {
+        const CPointDatum& row = data[r];
+        coords[3 * r] = row.X();
+        coords[3 * r + 1] = row.Y();
+        coords[3 * r + 2] = row.Z();
+        for (size_t c = 0; c < components; ++c)
+            values[r * components + c] = row.W(c);
+    }
+    points.Resize(shr::Double, shr::Double, static_cast<unsigned>(rows), coords.data(), values.data(),
+                  static_cast<unsigned>(components));
+    const std::shared_ptr<LabelStorage>& labels = data.Labels();
+    if (!labels || labels->empty())
+        return;
+    points.labels_clear();
+    for (size_t r = 0; r < rows; ++r) {
+        const auto found = labels->FindLabel(data[r].ID());
+        if (found != labels->end())
+            points.AddLabel(LabelStorage::Label(static_cast<unsigned>(r), found->second));
+    }
 }
 
 } // namespace core

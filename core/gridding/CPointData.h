@@ -12,6 +12,7 @@
 namespace core {
 
 class LabelStorage;
+class VdPoints;
 
 class CPointData {
 public:
@@ -78,5 +79,14 @@ private:
     std::vector<shr::GString> m_Names;
     std::shared_ptr<LabelStorage> m_Labels;
 };
+
+// Fills `data` from the points, in world coordinates, one row per vertex
+// whose ID is the vertex index. Blank values become BLANK_VAL; with
+// `dropBlank` a vertex blank in `component` gives no row. The labels are taken
+// over by pointer.
+void Convert(const VdPoints& points, CPointData& data, unsigned component, bool dropBlank);
+// Replaces the points by the rows (double coordinates and values, no
+// transform), with the label of each row's ID when the table has labels.
+void Convert(const CPointData& data, VdPoints& points);
 
 } // namespace core

@@ -1,0 +1,268 @@
+// Node values of the three gridding methods on configurations that can be
+// checked by hand, and the serpentine fill of a lattice.
+#include "core/data/VdUniformLattice.h"
+#include "core/gridding/CPointData.h"
+#include "core/gridding/CSearchRules.h"
+#include "core/gridding/VoGridder3Private.h"
+#include "shr/MathUtil.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <vector>
+
+using namespace core;
+using namespace core::VoGridder3Private;
+
+namespace {
+
+const double kFlt = 1.1754943508222875e-38;
+const double kInf = std::numeric_limits<double>::infinity();
+const double kBlank = CDatum::BLANK_VAL; // stands for "the node is blank" in the tables
+
+CPointDatum Datum(double x, double y, double z, double value)
+{
+    CPointDatum row(1);
+    row.X() = x;
+    row.Y() = y;
+    row.Z() = z;
+    row.W(0, value);
+    return row;
+}
+
+// A table and the neighbour list a search would give for a node at the
+// origin under the transform (the distances are the transformed ones).
+struct Neighbourhood {
+    explicit Neighbourhood(std::vector<CPointDatum> rows, const CAffineTransform& t = CAffineTransform())
+        : data(1)
+    {
+        for (CPointDatum& row : rows)
+            data.push_back(row);
+        for (const CPointDatum& row : data)
+            neighbours.emplace_back(t.SquaredDistance(row, Point(0, 0, 0)), &row);
+    }
+    CPointData data;
+    Neighbors neighbours;
+};
+
+double Evaluate(const std::function<bool(double&)>& value)
+{
+    double v = 0.0;
+    return value(v) ? v : kBlank;
+}
+
+} // namespace
+
+TEST(InverseDistance, WeightingCases)
+{
+    const CAffineTransform halfX(0.5, 1.0, 1.0);
+    struct Case {
+        const char* what;
+        double power, smooth;
+        CAffineTransform anisotropy;
+        std::vector<CPointDatum> rows;
+        double expected;
+    } cases[] = {
+        // Weight 1 / FLT against 1: the datum on the node keeps its value up to rounding.
+        {"a datum on the node dominates", 2.0, 0.0, {}, {Datum(0, 0, 0, 10), Datum(1, 0, 0, 20)}, 10.0 + 10.0 * kFlt},
+        {"smoothing makes it an average", 2.0, 1.0, {}, {Datum(0, 0, 0, 10), Datum(1, 0, 0, 20)}, 20.0 / 1.5},
+        {"power 0 is the mean", 0.0, 0.0, {}, {Datum(0, 0, 0, 10), Datum(3, 0, 0, 20), Datum(0, 9, 0, 60)}, 30.0},
+        {"power 1 weighs by 1/d", 1.0, 0.0, {}, {Datum(1, 0, 0, 20), Datum(0, 2, 0, 5)}, 22.5 / 1.5},
+        {"smooth is added to the powered distance", 1.0, 1.0, {}, {Datum(1, 0, 0, 20), Datum(0, 3, 0, 4)},
+         (20.0 / 2 + 4.0 / 4) / (1.0 / 2 + 1.0 / 4)},
+        {"above 100 the tied nearest are averaged", 101.0, 0.0, {},
+         {Datum(1, 0, 0, 20), Datum(0, 0, 2, 5), Datum(0, 1, 0, 30)}, 25.0},
+        {"isotropic distances", 2.0, 0.0, {}, {Datum(2, 0, 0, 0), Datum(0, 1, 0, 6)}, 6.0 / 1.25},
+        {"anisotropy changes the distances", 2.0, 0.0, halfX, {Datum(2, 0, 0, 0), Datum(0, 1, 0, 6)}, 3.0},
+        {"no neighbours", 2.0, 0.0, {}, {}, kBlank},
+    };
+    for (const Case& c : cases) {
+        Neighbourhood n(c.rows);
+        const CInverseDistanceRules rules(0, c.power, c.smooth, c.anisotropy);
+        const double value = Evaluate([&](double& v) { return InverseDistanceValue(rules, Point(0, 0, 0), n.neighbours, v); });
+        EXPECT_NEAR(value, c.expected, 1e-12 * std::fabs(c.expected)) << c.what;
+    }
+}
+
+TEST(LocalPolynomial, FitsReproducePolynomialsOfTheirOrder)
+{
+    const CAffineTransform search(0.1, 0.1, 0.1); // radius 10
+    auto cubic = [](double x, double y, double z) { return 1 + x - 2 * y * y + x * y * z + 0.5 * z * z * z; };
+    auto plane = [](double x, double y, double z) { return 1 + 2 * x + 3 * y - z; };
+    std::vector<CPointDatum> onPlane, onCubic;
+    for (int i = 0; i < 20; ++i) {
+        // Scattered, well inside the ellipsoid and in general position.
+        const double x = std::sin(1.3 * i) * 4, y = std::cos(2.1 * i) * 4, z = std::sin(0.7 * i + 1) * 4;
+        onPlane.push_back(Datum(x, y, z, plane(x, y, z)));
+        onCubic.push_back(Datum(x, y, z, cubic(x, y, z)));
+    }
+    struct Case {
+        const char* what;
+        int order;
+        double power;
+        std::vector<CPointDatum> rows;
+        double expected;
+    } cases[] = {
+        {"order 0, power 0: the mean", 0, 0.0, {Datum(1, 0, 0, 2), Datum(0, 2, 0, 4), Datum(0, 0, 3, 9)}, 5.0},
+        {"order 1 on a plane", 1, 1.0, onPlane, plane(0, 0, 0)},
+        {"order 3 with 20 neighbours", 3, 2.0, onCubic, cubic(0, 0, 0)},
+        {"order 3 with 19 neighbours", 3, 2.0, std::vector<CPointDatum>(onCubic.begin(), onCubic.end() - 1), kBlank},
+        {"a singular system", 1, 1.0, {Datum(1, 0, 0, 1), Datum(2, 0, 0, 2), Datum(3, 0, 0, 3), Datum(4, 0, 0, 4)},
+         kBlank},
+    };
+    for (const Case& c : cases) {
+        Neighbourhood n(c.rows, search);
+        LocalPolynomialFit fit(CLocalPolynomialRules(0, c.order, c.power), search);
+        const double value = Evaluate([&](double& v) { return fit.Value(Point(0, 0, 0), n.neighbours, v); });
+        EXPECT_NEAR(value, c.expected, 1e-9) << c.what;
+    }
+}
+
+TEST(DataMetric, EachMetricOnFiveNeighbours)
+{
+    // Values 1, 2, 3, 4, 10 at world distances 1 to 5 from the node.
+    Neighbourhood n({Datum(0, 0, 3, 3), Datum(1, 0, 0, 10), Datum(0, 5, 0, 1), Datum(0, -2, 0, 4), Datum(-4, 0, 0, 2)},
+                    CAffineTransform(0.1, 0.1, 0.1));
+    const double expected[] = {
+        1.0,                        // Minimum
+        2.0,                        // Lower quartile: index 1
+        3.0,                        // Median: index 2
+        4.0,                        // Upper quartile: index 3
+        10.0,                       // Maximum
+        9.0,                        // Range
+        5.5,                        // Midrange
+        2.0,                        // Inter-quartile range
+        4.0,                        // Mean
+        std::sqrt(10.0),            // Standard deviation, dividing by n
+        10.0,                       // Variance
+        std::sqrt(10.0) / 4.0,      // Coefficient of variation
+        20.0,                       // Sum
+        1.0,                        // Median absolute deviation: |v - 3| = 2 1 0 1 7
+        std::sqrt(26.0),            // Root mean square
+        5.0,                        // Count
+        5.0 / (shr::ONE_PI * 25.0), // Density: planar, by the largest squared distance
+        1.0,                        // Nearest
+        kInf,                       // Farthest: kept at its start value
+        3.0,                        // Median distance
+        3.0,                        // Average distance
+    };
+    static_assert(sizeof(expected) / sizeof(expected[0]) == 21, "one row per metric");
+    for (int m = 0; m < CDataMetricRules::MetricCount(); ++m) {
+        DataMetric metric(CDataMetricRules(0, static_cast<CDataMetricRules::METRIC>(m)));
+        Neighbors shuffled = n.neighbours;
+        const double value = Evaluate([&](double& v) { return metric.Value(Point(0, 0, 0), shuffled, v); });
+        if (std::isinf(expected[m]))
+            EXPECT_EQ(value, expected[m]) << CDataMetricRules::MetricLabel(m);
+        else
+            EXPECT_NEAR(value, expected[m], 1e-12) << CDataMetricRules::MetricLabel(m);
+    }
+}
+
+TEST(DataMetric, SmallAndDegenerateNeighbourhoods)
+{
+    using M = CDataMetricRules;
+    struct Case {
+        const char* what;
+        M::METRIC metric;
+        std::vector<CPointDatum> rows;
+        double expected;
+    } cases[] = {
+        {"count of nothing", M::Count, {}, 0.0},
+        {"mean of nothing", M::Mean, {}, kBlank},
+        {"farthest of nothing", M::Farthest, {}, kBlank},
+        {"CV over a zero mean", M::CoefficientOfVariation, {Datum(1, 0, 0, -1), Datum(2, 0, 0, 1)}, kBlank},
+        {"CV over a negative mean", M::CoefficientOfVariation, {Datum(1, 0, 0, -1), Datum(2, 0, 0, -3)}, kBlank},
+        {"CV of one", M::CoefficientOfVariation, {Datum(1, 0, 0, -5)}, 0.0},
+        {"deviation of one", M::StandardDeviation, {Datum(1, 0, 0, 5)}, 0.0},
+        {"deviation of equal values", M::StandardDeviation, {Datum(1, 0, 0, 5), Datum(2, 0, 0, 5)}, 0.0},
+        {"MAD of one", M::MedianAbsoluteDeviation, {Datum(1, 0, 0, 5)}, 0.0},
+        {"RMS of zeros", M::RootMeanSquare, {Datum(1, 0, 0, 0), Datum(2, 0, 0, 0)}, 0.0},
+        {"nearest on the node", M::Nearest, {Datum(0, 0, 0, 1), Datum(2, 0, 0, 1)}, 0.0},
+        {"density with all on the node", M::Density, {Datum(0, 0, 0, 1)}, kInf},
+        {"median distance of two", M::MedianDistance, {Datum(3, 0, 0, 1), Datum(0, 4, 0, 1)}, 4.0},
+    };
+    for (const Case& c : cases) {
+        Neighbourhood n(c.rows);
+        DataMetric metric(CDataMetricRules(0, c.metric));
+        const double value = Evaluate([&](double& v) { return metric.Value(Point(0, 0, 0), n.neighbours, v); });
+        EXPECT_EQ(value, c.expected) << c.what;
+    }
+}
+
+namespace {
+
+// A 3 x 2 x 3 lattice over (0..2, 0..1, 0..2) with one datum on each node
+// whose value encodes the node, except node (1, 1, 1).
+struct NodeGrid {
+    NodeGrid() : lattice(shr::Double, dims, nullptr, 1), data(1)
+    {
+        lattice.SetUVWBounds(shr::Box3d(0, 0, 0, 2, 1, 2));
+        for (unsigned k = 0; k < 3; ++k)
+            for (unsigned j = 0; j < 2; ++j)
+                for (unsigned i = 0; i < 3; ++i)
+                    if (!(i == 1 && j == 1 && k == 1))
+                        data.push_back(Datum(i, j, k, Code(i, j, k)));
+    }
+    static double Code(unsigned i, unsigned j, unsigned k) { return 100.0 * k + 10.0 * j + i; }
+    double Value(unsigned i, unsigned j, unsigned k) const
+    {
+        return lattice.IsBlank(i, j, k, 0) ? kBlank : *static_cast<const double*>(lattice.DataPtr(i, j, k));
+    }
+
+    const unsigned dims[3] = {3, 2, 3};
+    VdUniformLattice lattice;
+    CPointData data;
+};
+
+} // namespace
+
+TEST(GriddingFill, EveryNodeGetsTheValueOfItsOwnPlace)
+{
+    const CSearchRules nearOnly(1, 10, 0.1);
+    using FillFunction = std::function<bool(NodeGrid&)>;
+    struct Case {
+        const char* what;
+        FillFunction fill;
+    } cases[] = {
+        {"inverse distance",
+         [&](NodeGrid& g) { return InverseDistanceFill(g.lattice, CInverseDistanceRules(0, 2, 0, {}), nearOnly, g.data); }},
+        {"local polynomial",
+         [&](NodeGrid& g) { return LocalPolynomialFill(g.lattice, CLocalPolynomialRules(0, 0, 1), nearOnly, g.data); }},
+        {"data metric",
+         [&](NodeGrid& g) { return DataMetricFill(g.lattice, CDataMetricRules(0, CDataMetricRules::Maximum), nearOnly, g.data); }},
+    };
+    for (const Case& c : cases) {
+        NodeGrid grid;
+        ASSERT_TRUE(c.fill(grid)) << c.what;
+        for (unsigned k = 0; k < 3; ++k)
+            for (unsigned j = 0; j < 2; ++j)
+                for (unsigned i = 0; i < 3; ++i) {
+                    const double expected = (i == 1 && j == 1 && k == 1) ? kBlank : NodeGrid::Code(i, j, k);
+                    EXPECT_EQ(grid.Value(i, j, k), expected) << c.what << " node " << i << j << k;
+                }
+    }
+}
+
+TEST(GriddingFill, TooFewDataInReachBlanksTheNodeForEveryMethod)
+{
+    // Node (0, 0, 0) reaches two data, the others none: MinData 3 blanks all.
+    const CSearchRules search(3, 10, 1.5);
+    const unsigned dims[3] = {2, 1, 1};
+    std::vector<std::function<bool(VdLattice&, const CPointData&)>> fills = {
+        [&](VdLattice& l, const CPointData& d) { return InverseDistanceFill(l, CInverseDistanceRules(), search, d); },
+        [&](VdLattice& l, const CPointData& d) { return LocalPolynomialFill(l, CLocalPolynomialRules(0, 0, 0), search, d); },
+        [&](VdLattice& l, const CPointData& d) { return DataMetricFill(l, CDataMetricRules(), search, d); },
+    };
+    for (auto& fill : fills) {
+        VdUniformLattice lattice(shr::Double, dims, nullptr, 1);
+        lattice.SetUVWBounds(shr::Box3d(0, 0, 0, 10, 0, 0));
+        CPointData data(1);
+        data.push_back(Datum(0, 1, 0, 1));
+        data.push_back(Datum(1, 0, 0, 2));
+        ASSERT_TRUE(fill(lattice, data));
+        EXPECT_TRUE(lattice.IsBlank(0, 0, 0, 0));
+        EXPECT_TRUE(lattice.IsBlank(1, 0, 0, 0));
+    }
+}
