@@ -2,6 +2,7 @@
 // Shared pieces of the font tests: the scene-graph and font classes set up
 // once, one offscreen context for the program, pixel-space drawing of a
 // GLFont, and pixel predicates.
+#include "core/graphics/InvSmartPtr.h"
 #include "core/graphics/GLFont.h"
 #include "core/graphics/InvFont.h"
 #include "core/graphics/InvText3.h"
@@ -36,17 +37,7 @@ inline render::OffscreenContext& Context()
 }
 
 // Holds a scene for one test.
-class SceneRef {
-public:
-    explicit SceneRef(SoNode* node) : m_Node(node) { m_Node->ref(); }
-    ~SceneRef() { m_Node->unref(); }
-    SceneRef(const SceneRef&) = delete;
-    SceneRef& operator=(const SceneRef&) = delete;
-    SoNode* get() const { return m_Node; }
-
-private:
-    SoNode* m_Node;
-};
+using SceneRef = core::InvSmartPtr<SoNode>;
 
 // Where something other than the background was drawn, in image columns and
 // rows (row 0 at the top); empty when nothing was.

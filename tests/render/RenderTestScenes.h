@@ -1,6 +1,7 @@
 #pragma once
 // Shared pieces of the render tests: one context for the whole test program,
 // small scenes and pixel predicates.
+#include "core/graphics/InvSmartPtr.h"
 #include "render/CoinInit.h"
 #include "render/Image.h"
 #include "render/OffscreenContext.h"
@@ -111,16 +112,6 @@ inline std::string ErrorOf(const std::function<void()>& action)
 }
 
 // Holds a scene for one test.
-class SceneRef {
-public:
-    explicit SceneRef(SoNode* node) : m_Node(node) { m_Node->ref(); }
-    ~SceneRef() { m_Node->unref(); }
-    SceneRef(const SceneRef&) = delete;
-    SceneRef& operator=(const SceneRef&) = delete;
-    SoNode* get() const { return m_Node; }
-
-private:
-    SoNode* m_Node;
-};
+using SceneRef = core::InvSmartPtr<SoNode>;
 
 } // namespace render_test
