@@ -1,0 +1,46 @@
+#pragma once
+// VoLatticeModule: the abstract base of the modules that turn one component of
+// a lattice into colour (isosurface, slices, contours, volume rendering...). It
+// holds the chosen component, the colour map and the legend that shows it.
+#include "core/graphics/VbColorMap.h"
+#include "core/network/VoModule.h"
+#include "core/visual/VbLegend.h"
+#include "shr/Color4b.h"
+
+namespace core {
+
+class VdLattice;
+
+class VoLatticeModule : public VoModule {
+    SHR_DECLARE_TYPE(VoLatticeModule)
+public:
+    VbColorMap& GetColorMap() { return m_ColorMap; }
+    const VbColorMap& GetColorMap() const { return m_ColorMap; }
+    VbLegend& GetLegend() { return m_Legend; }
+    const VbLegend& GetLegend() const { return m_Legend; }
+    // One-based, as the user sees it.
+    unsigned int InputComponent() const { return m_InputComponent; }
+
+protected:
+    VoLatticeModule();
+
+    // The lattice at an input; null when absent or not a lattice.
+    VdLattice* InputLattice(size_t input) const;
+    // The zero-based component: the stored one minus 1, never below 0.
+    unsigned int InputComponentSafe() const;
+    // Stores a one-based component, at least 1.
+    void InputComponentSafe(unsigned int component);
+    // Clips the component to the lattice's count and gives the colour map the
+    // component's limits as its data limits (and its window, while the map
+    // follows the data). A null lattice changes nothing.
+    void UpdateColorMapDataLimits(const VdLattice* lattice);
+    shr::Color4b InterpolateColor(double value) const;
+    // Base, sync mark, component (4 bytes), colour map, legend.
+    void SerializeImpl(shr::Archive& archive);
+
+    unsigned int m_InputComponent = 1;
+    VbColorMap m_ColorMap;
+    VbLegend m_Legend;
+};
+
+} // namespace core

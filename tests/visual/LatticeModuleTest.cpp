@@ -1,0 +1,123 @@
+// The lattice-colouring base: component bookkeeping, colour-map limits from
+// the data, and the stored form shared by every module built on it.
+#include "core/data/VdUniformLattice.h"
+#include "core/network/VbModuleInfo.h"
+#include "core/network/VoNetwork.h"
+#include "core/visual/VoLatticeModule.h"
+#include "shr/Archive.h"
+#include "shr/Exception.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace {
+
+using core::VoLatticeModule;
+
+// Opens the protected interface of the base.
+class ProbeModule : public VoLatticeModule {
+    SHR_DECLARE_CREATABLE_TYPE(ProbeModule)
+public:
+    static const core::VbModuleInfo s_ModuleInfo;
+    const core::VbModuleInfo* GetModuleInfo() const override { return &s_ModuleInfo; }
+    void Serialize(shr::Archive& archive) override { SerializeImpl(archive); }
+
+    using VoLatticeModule::InputComponentSafe;
+    using VoLatticeModule::InterpolateColor;
+    using VoLatticeModule::UpdateColorMapDataLimits;
+};
+
+SHR_IMPLEMENT_CREATABLE_TYPE(ProbeModule, core::VoLatticeModule)
+const core::VbModuleInfo ProbeModule::s_ModuleInfo("Test Modules\\LatticeModuleProbe", ProbeModule::GetClassTypeId(),
+                                                   14, 16, "Opens the lattice module base", -1);
+
+// Two float components on 2 x 2 x 1 nodes: C1 = 1..4, C2 = -8, 0, NaN, 2.
+core::VdUniformLattice MakeLattice()
+{
+    const unsigned int dims[3] = {2, 2, 1};
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const std::vector<float> values = {1, -8, 2, 0, 3, nan, 4, 2};
+    return core::VdUniformLattice(shr::Float, dims, values.data(), 2);
+}
+
+class LatticeModuleTest : public ::testing::Test {
+protected:
+    void SetUp() override { core::VoNetwork::Instance().Init(); }
+};
+
+TEST_F(LatticeModuleTest, ComponentIsOneBasedAndNeverZero)
+{
+    ProbeModule module;
+    EXPECT_EQ(module.InputComponent(), 1u);
+    EXPECT_EQ(module.InputComponentSafe(), 0u);
+    module.InputComponentSafe(0);
+    EXPECT_EQ(module.InputComponent(), 1u);
+    module.InputComponentSafe(3);
+    EXPECT_EQ(module.InputComponentSafe(), 2u);
+}
+
+TEST_F(LatticeModuleTest, ColorMapTakesTheComponentLimitsAndClipsTheComponent)
+{
+    const core::VdUniformLattice lattice = MakeLattice();
+    ProbeModule module;
+    module.InputComponentSafe(5);
+    module.UpdateColorMapDataLimits(&lattice);
+    EXPECT_EQ(module.InputComponent(), 2u);
+    const core::VbColorMap& map = module.GetColorMap();
+    EXPECT_EQ(map.GetDataMin(), -8.0);
+    EXPECT_EQ(map.GetDataMax(), 2.0);
+    EXPECT_EQ(map.GetScaleMin(), -8.0);
+    EXPECT_EQ(map.GetScaleMax(), 2.0);
+    EXPECT_TRUE(map.GetAutoScale());
+    // The ends of the window take the map's end colours.
+    EXPECT_EQ(module.InterpolateColor(-8.0), shr::Color4b(0, 0, 0));
+    EXPECT_EQ(module.InterpolateColor(2.0), shr::Color4b(255, 255, 255));
+
+    module.UpdateColorMapDataLimits(nullptr);
+    EXPECT_EQ(map.GetDataMin(), -8.0);
+}
+
+TEST_F(LatticeModuleTest, FixedWindowStaysWhenTheDataChange)
+{
+    const core::VdUniformLattice lattice = MakeLattice();
+    ProbeModule module;
+    module.GetColorMap().SetScalingLimits(10.0, 20.0);
+    module.UpdateColorMapDataLimits(&lattice);
+    EXPECT_EQ(module.GetColorMap().GetDataMin(), 1.0);
+    EXPECT_EQ(module.GetColorMap().GetScaleMin(), 10.0);
+    EXPECT_FALSE(module.GetColorMap().GetAutoScale());
+}
+
+TEST_F(LatticeModuleTest, RoundTripsComponentMapAndLegend)
+{
+    ProbeModule stored;
+    stored.InputComponentSafe(2);
+    stored.GetColorMap().SetScalingLimits(-1.0, 5.0);
+    stored.GetLegend().Show(true);
+    stored.GetLegend().m_Title = "Grade";
+    std::vector<unsigned char> bytes;
+    {
+        shr::Archive archive(bytes);
+        stored.Serialize(archive);
+    }
+    ProbeModule loaded;
+    {
+        shr::Archive archive(bytes.data(), bytes.size());
+        loaded.Serialize(archive);
+    }
+    EXPECT_EQ(loaded.InputComponent(), 2u);
+    EXPECT_EQ(loaded.GetColorMap().GetScaleMax(), 5.0);
+    EXPECT_TRUE(loaded.GetLegend().Visible());
+    EXPECT_EQ(loaded.GetLegend().m_Title, "Grade");
+    EXPECT_EQ(loaded.GetLegend().GetColorMap(), &loaded.GetColorMap());
+
+    ProbeModule target;
+    shr::Archive truncated(bytes.data(), bytes.size() - 3);
+    EXPECT_THROW(target.Serialize(truncated), shr::Exception);
+    EXPECT_FALSE(target.GetLegend().Visible());
+}
+
+} // namespace
