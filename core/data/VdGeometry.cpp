@@ -25,6 +25,10 @@ using GeometryGuard = std::lock_guard<std::recursive_mutex>;
 
 InvSmartPtr<InvModuleSwitch> NewSwitch(VoModule* module)
 {
+    // Scene nodes exist only once the network has set up the scene library;
+    // a geometry made before that is a host's mistake, reported, not a crash.
+    if (InvModuleSwitch::getClassTypeId().isBad())
+        SHR_THROW(0, "Geometry made before the network was initialised.");
     InvSmartPtr<InvModuleSwitch> root(new InvModuleSwitch);
     root->SetModule(module);
     root->whichChild = SO_SWITCH_NONE;

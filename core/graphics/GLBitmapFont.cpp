@@ -37,7 +37,11 @@ void GLBitmapFont::Draw(const char* line, double x, double y, double z)
     std::lock_guard<std::mutex> lock(Mutex());
     GLRasterScope scope;
     glRasterPos3d(x, y, z);
+    char32_t previous = 0;
     for (char32_t code : Decode(line)) {
+        if (const double kerning = KerningOf(previous, code))
+            GLRasterScope::Move(kerning, 0.0);
+        previous = code;
         const Glyph& glyph = GlyphOf(code);
         glBitmap(glyph.width, glyph.rows, glyph.xorig, glyph.yorig, glyph.advance, 0.0f,
                  glyph.bits.empty() ? nullptr : glyph.bits.data());

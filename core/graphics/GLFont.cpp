@@ -3,6 +3,7 @@
 #include "core/graphics/GLBitmapFont.h"
 #include "core/graphics/GLOutlineFont.h"
 #include "core/graphics/GLPixmapFont.h"
+#include "core/graphics/GLTextureFont.h"
 #include "core/network/CoreError.h"
 #include "shr/StringUtil.h"
 
@@ -67,6 +68,8 @@ std::unique_ptr<GLFont> GLFont::Create(const shr::GString& face, double size, Fo
         return std::make_unique<GLPixmapFont>(face, size, flags);
     case Outline:
         return std::make_unique<GLOutlineFont>(face, size, flags);
+    case Texture:
+        return std::make_unique<GLTextureFont>(face, size, flags);
     }
     CORE_THROW(16, face.c_str(), "Unknown font form.");
     return nullptr;
@@ -74,7 +77,7 @@ std::unique_ptr<GLFont> GLFont::Create(const shr::GString& face, double size, Fo
 
 GLFont::GLFont(const shr::GString& face, double size, Form form, unsigned flags)
     : m_Name(face), m_Size(size), m_Form(form), m_Flags(flags),
-      m_Face(face, CheckedSize(face, size, form), flags, form == Outline)
+      m_Face(face, CheckedSize(face, size, form), flags, form == Outline), m_Kerning(m_Face.HasKerning())
 {
 }
 
@@ -88,12 +91,20 @@ double GLFont::AdvanceOf(char32_t code) const
     return it->second;
 }
 
+double GLFont::KerningOf(char32_t previous, char32_t code) const
+{
+    return m_Kerning && previous != 0 ? m_Face.Kerning(previous, code) : 0.0;
+}
+
 double GLFont::Advance(const char* line) const
 {
     std::lock_guard<std::mutex> lock(m_Mutex);
     double advance = 0.0;
-    for (char32_t code : Decode(line))
-        advance += AdvanceOf(code);
+    char32_t previous = 0;
+    for (char32_t code : Decode(line)) {
+        advance += KerningOf(previous, code) + AdvanceOf(code);
+        previous = code;
+    }
     return advance;
 }
 

@@ -5,11 +5,18 @@
 //   Bitmap   one-bit glyphs through glBitmap, at the raster position, in pixels;
 //   Pixmap   antialiased glyphs through glDrawPixels, blended, in pixels;
 //   Outline  glyph outlines tessellated into triangles, in model units, for
-//            text that lives in the scene (flat or extruded).
+//            text that lives in the scene (flat or extruded);
+//   Texture  antialiased glyphs as textured quads, one model unit a pixel of
+//            the size, blended; text that follows the current transform yet
+//            looks like the pixmap form when drawn one unit to a pixel.
 //
 // Pixel forms are what legends and annotations draw with, inside an
-// orthographic projection of the viewport; the size is then in pixels. For the
-// outline form the size is the em height in model units.
+// orthographic projection of the viewport; the size is then in pixels (for
+// the texture form too). For the outline form the size is the em height in
+// model units.
+//
+// Pairs of characters are kerned where the face has a kerning table: the
+// advance of a line and every form's pen include the correction.
 //
 // Text is UTF-8; a byte that does not start a valid sequence stands for the
 // Latin-1 character of its value. "\n" breaks lines in the multi-line calls.
@@ -32,7 +39,7 @@ namespace core {
 
 class GLFont : private boost::noncopyable {
 public:
-    enum Form { Bitmap, Pixmap, Outline };
+    enum Form { Bitmap, Pixmap, Outline, Texture };
     using Justification = TextFormat::Justification;
 
     // The font of `face` at `size` in the given form, with the style `flags`
@@ -57,7 +64,8 @@ public:
     double Descent() const { return m_Face.Descent(); }
     double LineHeight() const { return m_Face.LineHeight(); }
 
-    // The pen's travel over one line of text (line breaks are not looked at).
+    // The pen's travel over one line of text, kerning included (line breaks
+    // are not looked at).
     double Advance(const char* line) const;
     // Where line `index` of a block starts, for the justification: baselines
     // step down by the line height from y = 0; Left starts at x = 0, Right
@@ -85,6 +93,9 @@ protected:
 
     // The face, for the forms' glyph loading; the caller holds Mutex().
     GLFontFace& FaceOf() const { return m_Face; }
+    // The pen's correction before `code` when it follows `previous` (0 at the
+    // start of a line); the caller holds Mutex().
+    double KerningOf(char32_t previous, char32_t code) const;
     std::mutex& Mutex() const { return m_Mutex; }
 
 private:
@@ -96,6 +107,7 @@ private:
     unsigned m_Flags;
     mutable std::mutex m_Mutex;
     mutable GLFontFace m_Face;
+    bool m_Kerning; // the face has a kerning table
     mutable std::map<char32_t, double> m_Advances;
 };
 

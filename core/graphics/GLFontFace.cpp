@@ -248,6 +248,25 @@ double GLFontFace::Advance(char32_t code)
     return m_Outlines ? advance * m_Scale : advance / 64.0;
 }
 
+bool GLFontFace::HasKerning() const
+{
+    return FT_HAS_KERNING(Face(m_Face));
+}
+
+double GLFontFace::Kerning(char32_t left, char32_t right)
+{
+    FT_Face face = Face(m_Face);
+    if (!FT_HAS_KERNING(face))
+        return 0.0;
+    FT_Vector kerning{0, 0};
+    const FT_UInt mode = m_Outlines ? FT_KERNING_UNSCALED : FT_KERNING_DEFAULT;
+    // A pair the table cannot answer for is simply not kerned.
+    if (FT_Get_Kerning(face, FT_Get_Char_Index(face, FT_ULong(left)), FT_Get_Char_Index(face, FT_ULong(right)),
+                       mode, &kerning) != 0)
+        return 0.0;
+    return m_Outlines ? kerning.x * m_Scale : kerning.x / 64.0;
+}
+
 GLFontFace::Bitmap GLFontFace::Render(char32_t code, bool mono)
 {
     LoadGlyph(code, FT_LOAD_RENDER | (mono ? FT_LOAD_TARGET_MONO : FT_LOAD_TARGET_NORMAL), 19);

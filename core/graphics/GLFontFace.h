@@ -59,6 +59,12 @@ public:
 
     // Horizontal advance of character `code`; error 18 on failure.
     double Advance(char32_t code);
+    // Whether the face has a kerning table; without one Kerning is always 0.
+    bool HasKerning() const;
+    // The correction of the pen between `left` and `right` set next to each
+    // other (negative where they tuck together), in the units of Advance:
+    // whole pixels for raster glyphs, unhinted for outlines.
+    double Kerning(char32_t left, char32_t right);
     // The glyph drawn at the face's size, antialiased or one bit deep (`mono`,
     // coverage 0 or 255); error 19 on failure.
     Bitmap Render(char32_t code, bool mono);

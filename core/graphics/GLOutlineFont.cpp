@@ -32,7 +32,10 @@ void GLOutlineFont::ForEachGlyph(const char* line, float x, Visit visit) const
 {
     std::lock_guard<std::mutex> lock(Mutex());
     double pen = x;
+    char32_t previous = 0;
     for (char32_t code : Decode(line)) {
+        pen += KerningOf(previous, code);
+        previous = code;
         const Glyph& glyph = GlyphOf(code);
         visit(glyph, float(pen));
         pen += glyph.advance;

@@ -35,7 +35,11 @@ void GLPixmapFont::Draw(const char* line, double x, double y, double z)
     GLfloat color[4];
     glGetFloatv(GL_CURRENT_RASTER_COLOR, color);
     std::vector<GLubyte> rgba;
+    char32_t previous = 0;
     for (char32_t code : Decode(line)) {
+        if (const double kerning = KerningOf(previous, code))
+            GLRasterScope::Move(kerning, 0.0);
+        previous = code;
         const GLFontFace::Bitmap& glyph = GlyphOf(code);
         if (glyph.width > 0 && glyph.rows > 0) {
             rgba.resize(glyph.coverage.size() * 4);

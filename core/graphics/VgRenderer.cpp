@@ -4,6 +4,7 @@
 #include "core/graphics/GLFont.h"
 #include "core/graphics/InvInterface.h"
 #include "core/graphics/InvText3.h"
+#include "core/graphics/VgDragger.h"
 #include "core/graphics/VgMaterial.h"
 #include "core/graphics/VgVertexData.h"
 #include "shr/Box3d.h"
@@ -601,6 +602,13 @@ void VgRenderer::addInventorNode(SoNode* node)
 {
     if (node)
         AddNode(node);
+}
+
+void VgRenderer::addDragger(const VgDragger& dragger)
+{
+    const InvSmartPtr<SoNode> node = dragger.GetNode();
+    if (node)
+        AddNode(node.get());
 }
 
 // ---- shapes ----------------------------------------------------------------

@@ -44,6 +44,7 @@ struct Vec3d;
 namespace core {
 
 class VdGeometry;
+class VgDragger;
 class VgMaterial;
 class VgVertexData;
 
@@ -171,6 +172,8 @@ public:
     void setPickStyle(PickStyle style);
     // Null adds nothing.
     void addInventorNode(SoNode* node);
+    // The dragger's root node, unless it has none.
+    void addDragger(const VgDragger& dragger);
 
     // ---- shapes ----------------------------------------------------------
     void drawSphere();

@@ -1,0 +1,144 @@
+#include "core/processing/VoInfo.h"
+
+#include "core/data/VdGeometry.h"
+#include "core/data/VdLattice.h"
+#include "core/data/VdPoints.h"
+#include "core/network/UiProxy.h"
+#include "core/network/VbModuleInfo.h"
+#include "core/network/VbPort.h"
+#include "core/processing/DataInfoRows.h"
+#include "core/properties/VbBoolPropertyConverter.h"
+#include "core/properties/VbPropList.h"
+#include "core/properties/VbPropertyEvent.h"
+#include "core/properties/VbPropertyRegistry.h"
+#include "shr/PrimType.h"
+
+namespace core {
+
+SHR_IMPLEMENT_CREATABLE_TYPE(VoInfo, VoModule)
+
+const VbModuleInfo VoInfo::s_ModuleInfo("General Modules\\Info", VoInfo::GetClassTypeId(), 63, 0,
+                                        "Displays information about the connected module", 14);
+
+namespace VoInfoPrivate {
+
+const VbPropertyRegistrar s_ShowData("InfoShowData", VoInfo::IdShowData, VbBoolPropertyConverter::Key());
+
+// What a worksheet can show: values per vertex.
+bool CanShowData(const VdData& data)
+{
+    return dynamic_cast<const VdPoints*>(&data) || dynamic_cast<const VdLattice*>(&data);
+}
+
+void AddGeometryHeader(const VoModule& module, VbPropList& list)
+{
+    list.AddHeader(module.Id(), VoInfo::IdGeometry, "Geometry", "Geometry", "", "");
+}
+
+} // namespace VoInfoPrivate
+
+using namespace VoInfoPrivate;
+
+VoInfo::VoInfo()
+{
+    AddInput("Input Data", 63);
+    SetGeomFilter(false);
+}
+
+void VoInfo::UpdatePropertiesImpl(VbPropList& list)
+{
+    const VdData* data = GetInputData(0);
+    const VoModule* source = GetInputConnection(0, 0);
+    list.AddHeader(Id(), IdGeneral, NameAndId(), "General", "", "");
+    list.Indent();
+    list.AddStatic(Id(), IdInput, "Input", "The input this module is connected to.",
+                   source ? source->Name().c_str() : "Nothing");
+    if (data) {
+        list.AddStatic(Id(), IdDatasetType, "Dataset type", "The type of data set this module is connected to.",
+                       data->GetTypeName());
+        if (CanShowData(*data)) {
+            list.AddButton(Id(), "InfoShowData", IdShowData, "Worksheet", "Display the data in a worksheet.",
+                           "View Data");
+            list.ReadOnly(IdShowData, true);
+        }
+    }
+    list.Outdent();
+    if (data)
+        DisplayInfoProps(*this, list, *data);
+}
+
+void VoInfo::PropertyEvent(VbPropList&, const VbPropertyEvent& event)
+{
+    if (event.Id() == IdShowData)
+        DataInfoRows::ShowDataView(*this, GetInputData(0));
+}
+
+void VoInfo::OnInputChanged(int, bool)
+{
+    UiProxy::Instance()->UpdatePropertyList(this, -1, true);
+}
+
+void VoInfo::DisplayInfoProps(const VoModule& module, VbPropList& list, const VdData& data)
+{
+    if (const auto* points = dynamic_cast<const VdPoints*>(&data))
+        AddPointRows(module, list, *points);
+    else if (const auto* lattice = dynamic_cast<const VdLattice*>(&data))
+        AddLatticeRows(module, list, *lattice);
+    else if (const auto* geometry = dynamic_cast<const VdGeometry*>(&data))
+        AddGeometryRows(module, list, *geometry);
+    else
+        AddWellDataRows(module, list, data);
+}
+
+void VoInfo::AddPointRows(const VoModule& module, VbPropList& list, const VdPoints& points)
+{
+    list.AddStaticFmt(module.Id(), IdPointCount, "Number of points", "The number of points in the data set.", "%u",
+                      points.VertexCount());
+    list.AddStatic(module.Id(), IdCoordinateType, "Coordinate type", "The type of storage of the point coordinates.",
+                   shr::CPrimType::TypeName[points.GetCoordType()]);
+    DataInfoRows::AddComponents(module.Id(), list, IdComponents, points, true);
+    DataInfoRows::AddLimits(module.Id(), list, IdLimits, "Info", points.GetUVWBounds(), false);
+}
+
+void VoInfo::AddLatticeRows(const VoModule& module, VbPropList& list, const VdLattice& lattice)
+{
+    const shr::Box3d bounds = lattice.GetUVWBounds();
+    AddGeometryHeader(module, list);
+    list.Indent();
+    DataInfoRows::AddLimits(module.Id(), list, IdLimits, "Info", bounds, false);
+    list.AddStatic(module.Id(), IdSpacing, "Spacing", "The distance between nodes in the x, y, z directions.",
+                   DataInfoRows::SpacingText(DataInfoRows::Spacing(lattice, bounds)).c_str());
+    list.Outdent();
+    DataInfoRows::AddComponents(module.Id(), list, IdComponents, lattice, true);
+}
+
+void VoInfo::AddGeometryRows(const VoModule& module, VbPropList& list, const VdGeometry& geometry)
+{
+    VdGeometry::Statistics statistics;
+    geometry.GetStatistics(statistics);
+    const struct {
+        int id;
+        const char* label;
+        const char* help;
+        unsigned int count;
+    } rows[] = {
+        {IdGeometryPoints, "Number of points", "The number of points drawn.", statistics.points},
+        {IdGeometryLines, "Number of lines", "The number of line segments drawn.", statistics.lines},
+        {IdGeometryTriangles, "Number of triangles", "The number of triangles drawn.", statistics.triangles},
+        {IdGeometryTexts, "Number of text", "The number of text strings drawn.", statistics.texts},
+        {IdGeometryImages, "Number of images", "The number of images drawn.", statistics.images},
+    };
+    AddGeometryHeader(module, list);
+    list.Indent();
+    for (const auto& row : rows)
+        list.AddStaticFmt(module.Id(), row.id, row.label, row.help, "%d", static_cast<int>(row.count));
+    DataInfoRows::AddLimits(module.Id(), list, IdLimits, "Info", geometry.GetBoundingBox(), false);
+    list.Outdent();
+}
+
+bool VoInfo::AddWellDataRows(const VoModule&, VbPropList&, const VdData&)
+{
+    return false;
+}
+
+} // namespace core

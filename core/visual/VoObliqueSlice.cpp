@@ -1,0 +1,395 @@
+#include "core/visual/VoObliqueSlice.h"
+
+#include "core/data/LatticeUtility.h"
+#include "core/data/VdGeometry.h"
+#include "core/data/VdLattice.h"
+#include "core/graphics/PlanePolygon.h"
+#include "core/graphics/VgRenderer.h"
+#include "core/graphics/VgVertexData.h"
+#include "core/network/UiProxy.h"
+#include "core/network/VbModuleInfo.h"
+#include "core/network/VbPort.h"
+#include "core/network/VbProgress.h"
+#include "core/properties/VbBoolPropertyConverter.h"
+#include "core/properties/VbColorMapPropertyConverter.h"
+#include "core/properties/VbDoublePropertyConverter.h"
+#include "core/properties/VbPropList.h"
+#include "core/properties/VbPropertyEvent.h"
+#include "core/properties/VbPropertyRegistry.h"
+#include "core/properties/VbUnsignedPropertyConverter.h"
+#include "shr/Archive.h"
+#include "shr/Exception.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+
+namespace core {
+
+SHR_IMPLEMENT_CREATABLE_TYPE(VoObliqueSlice, VoLatticeModule)
+const VbModuleInfo VoObliqueSlice::s_ModuleInfo("Graphics Output\\ObliqueImage", VoObliqueSlice::GetClassTypeId(),
+                                                PortUniformLattice | PortRectilinearLattice | PortCurvilinearLattice,
+                                                PortGeometry, "Displays an arbitrary slice through a lattice", 23);
+
+namespace VoObliqueSlicePrivate {
+
+const unsigned char kBool = VbBoolPropertyConverter::Key();
+const unsigned char kDouble = VbDoublePropertyConverter::Key();
+const unsigned char kUnsigned = VbUnsignedPropertyConverter::Key();
+const int kPlane = VoObliqueSlice::IdPlane;
+const int kMapping = VoObliqueSlice::IdMapping;
+
+const VbPropertyRegistrar s_Registrars[] = {
+    {"ObliqueSliceComponent", VoObliqueSlice::IdComponent, kUnsigned},
+    {"ObliqueSlicePlaneOrientation", kPlane + VbCuttingPlane::RowOrientation, kUnsigned},
+    {"ObliqueSlicePlaneXNormal", kPlane + VbCuttingPlane::RowNormalX, kDouble},
+    {"ObliqueSlicePlaneYNormal", kPlane + VbCuttingPlane::RowNormalY, kDouble},
+    {"ObliqueSlicePlaneZNormal", kPlane + VbCuttingPlane::RowNormalZ, kDouble},
+    {"ObliqueSlicePlaneOffset", kPlane + VbCuttingPlane::RowOffset, kDouble},
+    {"ObliqueSlicePlaneShowDragger", kPlane + VbCuttingPlane::RowShowDragger, kBool},
+    {"ObliqueSliceResolution", VoObliqueSlice::IdResolution, kUnsigned},
+    {"ObliqueSliceInterp", VoObliqueSlice::IdInterp, kBool},
+    {"ObliqueSliceLighting", VoObliqueSlice::IdLighting, kBool},
+    {"ObliqueSliceOpacity", VoObliqueSlice::IdOpacity, kDouble},
+    {"ObliqueSliceMapping", kMapping + SliceMapping::RowMethod, kUnsigned},
+    {"ObliqueSliceMapWidth", kMapping + SliceMapping::RowWidth, kDouble},
+    {"ObliqueSliceMapCenter", kMapping + SliceMapping::RowCentre, kDouble},
+    {"ObliqueSliceColormap", kMapping + SliceMapping::RowColorMap, VbColorMapPropertyConverter::Key()},
+};
+
+const char* const kPrefix = "ObliqueSlice";
+const int kTextureSizes[4] = {128, 256, 512, 1024};
+// The shorter side of the texture never drops below this many texels.
+const int kMinTextureSide = 64;
+
+// A byte from an RGBA component: rounded, and held to the byte's range.
+unsigned char ColorByte(double value)
+{
+    const double rounded = value + 0.5;
+    if (!(rounded > 0.0))
+        return 0;
+    return rounded >= 255.0 ? 255 : static_cast<unsigned char>(rounded);
+}
+
+shr::Mat4d FrameMatrix(const shr::Vec3d& u, const shr::Vec3d& v, const shr::Vec3d& w)
+{
+    return shr::Mat4d(u.x, u.y, u.z, 0.0, v.x, v.y, v.z, 0.0, w.x, w.y, w.z, 0.0, 0.0, 0.0, 0.0, 1.0);
+}
+
+} // namespace VoObliqueSlicePrivate
+
+using namespace VoObliqueSlicePrivate;
+
+VoObliqueSlice::VoObliqueSlice()
+{
+    AddInput("Input Lattice", PortUniformLattice | PortRectilinearLattice | PortCurvilinearLattice);
+    AddOutput("Output Geometry", PortGeometry)->Data(new VdGeometry(this, false));
+    m_Plane.Initialize(this, IdPlane);
+}
+
+void VoObliqueSlice::OnInputChanged(int, bool)
+{
+    const VdLattice* lattice = InputLattice(0);
+    if (!lattice || lattice->GetDimensionality() < 2)
+        return;
+    m_RGBA = IsRGBA(*lattice);
+    m_Plane.UpdateDefaults(lattice->GetDims(), lattice->GetUVWBounds());
+    UpdateData();
+}
+
+void VoObliqueSlice::UpdateData()
+{
+    const VdLattice* lattice = InputLattice(0);
+    if (!lattice || lattice->ComponentCount() == 0)
+        return;
+    UpdateColorMapDataLimits(lattice);
+    const std::pair<double, double> limits = lattice->DataMinMax(InputComponentSafe());
+    m_Mapping.FillWindow(limits.first, limits.second);
+}
+
+void VoObliqueSlice::UpdatePropertiesImpl(VbPropList& list)
+{
+    const VdLattice* lattice = InputLattice(0);
+    const bool haveData = lattice && lattice->ComponentCount() > 0;
+    const VoModule* upstream = GetInputConnection(0, 0);
+    list.AddHeader(Id(), IdGeneral, NameAndId(), "General", "", "");
+    list.Indent();
+    list.AddStatic(Id(), IdInput, "Input", "The input this module is connected to.",
+                   upstream ? upstream->Name().c_str() : "Nothing");
+    if (lattice && lattice->ComponentCount() > 1)
+        list.AddUnsigned(Id(), "ObliqueSliceComponent", IdComponent, "Input component",
+                         "The component of the input data to display.", m_InputComponent, ValCheckMinMax, 1,
+                         lattice->ComponentCount(), 1);
+    m_Plane.GetProperties(list, kPrefix, IdPlane, lattice && lattice->GetDimensionality() < 3);
+    list.Outdent();
+
+    list.AddHeader(Id(), IdRendering, "Rendering", "General", "", "");
+    list.Indent();
+    list.AddCombo(Id(), "ObliqueSliceResolution", IdResolution, "Resolution",
+                  "Specifies the sampling density within the cutting plane.", m_Resolution, "Coarse", "Medium", "Fine",
+                  "Very fine", nullptr);
+    list.AddCheck(Id(), "ObliqueSliceInterp", IdInterp, "Interpolate",
+                  "Use trilinear interpolation to sample the lattice onto the cutting plane.", m_Interpolate);
+    list.AddCheck(Id(), "ObliqueSliceLighting", IdLighting, "Lighting",
+                  "Modulate the image colors according to the current lighting.", m_Lighting);
+    list.AddDouble(Id(), "ObliqueSliceOpacity", IdOpacity, "Opacity", "The opacity of the image.", m_Opacity,
+                   ValCheckMinMax, 0.0, 1.0, 0.1);
+    list.Outdent();
+
+    list.AddHeader(Id(), IdMappingHeader, "Mapping", "General", "", "");
+    list.Indent();
+    const std::pair<double, double> limits =
+        haveData ? lattice->DataMinMax(InputComponentSafe()) : std::make_pair(0.0, 0.0);
+    const std::vector<unsigned int>* histogram = haveData ? &lattice->DataHistogram(InputComponentSafe()) : nullptr;
+    m_Mapping.GetProperties(Id(), list, kPrefix, IdMapping, m_ColorMap, histogram, limits.first, limits.second);
+    list.Outdent();
+
+    m_Legend.GetProperties(Id(), list, kPrefix, IdLegend, "Legend", "Legend");
+    m_Mapping.EnableRows(list, IdMapping, m_Legend, IdLegend);
+}
+
+void VoObliqueSlice::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
+{
+    const int id = event.Id();
+    switch (id) {
+    case IdComponent: {
+        unsigned int component = m_InputComponent;
+        list.GetValue(id, component);
+        InputComponentSafe(component);
+        UpdateColorMapDataLimits(InputLattice(0));
+        break;
+    }
+    case IdResolution:
+        list.GetValue(id, m_Resolution);
+        break;
+    case IdInterp:
+        list.GetValue(id, m_Interpolate);
+        break;
+    case IdLighting:
+        list.GetValue(id, m_Lighting);
+        break;
+    case IdOpacity:
+        list.GetValue(id, m_Opacity);
+        break;
+    default:
+        if (m_Plane.PropertyEvent(list, event, IdPlane)) {
+            break;
+        } else if (m_Mapping.PropertyEvent(list, event, IdMapping, m_ColorMap)) {
+            if (id == IdMapping + SliceMapping::RowColorMap)
+                UpdateColorMapDataLimits(InputLattice(0));
+            m_Mapping.EnableRows(list, IdMapping, m_Legend, IdLegend);
+        } else if (id > IdLegend) {
+            m_Legend.PropertyEvent(Id(), list, event, IdLegend);
+        } else {
+            return;
+        }
+    }
+    SetModified();
+}
+
+int VoObliqueSlice::TextureSize(unsigned int resolution)
+{
+    if (resolution > VeryFine)
+        shr::ThrowSharedError("Core", __FILE__, __LINE__, 2);
+    return kTextureSizes[resolution];
+}
+
+VoObliqueSlice::TexelGrid VoObliqueSlice::MakeTexelGrid(const std::vector<shr::Vec3d>& polygon,
+                                                        const shr::Vec3d& normal, int size)
+{
+    TexelGrid grid;
+    shr::Vec3d u, v, w;
+    PlaneFrame(normal, u, v, w);
+    // The polygon in the plane's frame: its rectangle there.
+    shr::Box3d extent;
+    for (const shr::Vec3d& p : polygon)
+        extent.ExtendBy(shr::Vec3d(p.Dot(u), p.Dot(v), p.Dot(w)));
+    const double across = extent.max.x - extent.min.x, up = extent.max.y - extent.min.y;
+    if (extent.IsEmpty() || !(across > 0.0) || !(up > 0.0))
+        return grid;
+    const auto shorter = [size](double side, double longer) {
+        return std::max(kMinTextureSide, static_cast<int>(std::lround(size * side / longer)));
+    };
+    grid.width = across >= up ? size : shorter(across, up);
+    grid.height = across >= up ? shorter(up, across) : size;
+    grid.toLattice = shr::Mat4d::MakeScale(across / grid.width, up / grid.height, 1.0) *
+                     shr::Mat4d::MakeTranslation(extent.min) * FrameMatrix(u, v, w);
+    grid.toTexels = grid.toLattice;
+    grid.toTexels.Inverse();
+    return grid;
+}
+
+void VoObliqueSlice::FollowInput(const VdLattice& lattice)
+{
+    if (m_Plane.BoundingBox() == lattice.GetUVWBounds() && m_Mapping.width >= 0.0)
+        return;
+    if (lattice.GetDimensionality() >= 2)
+        m_Plane.UpdateDefaults(lattice.GetDims(), lattice.GetUVWBounds());
+    m_RGBA = IsRGBA(lattice);
+    UpdateData();
+    UiProxy::Instance()->UpdatePropertyList(this, -1, true);
+}
+
+// The dragger lives in the lattice's own frame, moved like the rest of the
+// scene by the scene offset.
+void VoObliqueSlice::PlaceDragger(VgRenderer& renderer, const VdLattice& lattice)
+{
+    renderer.UpdateTransform(lattice.GetUVWBounds(), lattice.GetUserTransform());
+    renderer.pushState(VgRenderer::TRANSFORM_SEPARATOR);
+    renderer.multTransform(
+        shr::Mat4d::MakeTranslation(renderer.Transform().XTransform(), renderer.Transform().YTransform(), 0.0));
+    int pushed = 1;
+    if (lattice.HasUserTransform()) {
+        renderer.pushState(VgRenderer::TRANSFORM_SEPARATOR);
+        renderer.multTransform(lattice.GetUserTransform());
+        ++pushed;
+    }
+    m_Plane.Execute(renderer);
+    while (pushed--)
+        renderer.popState();
+}
+
+// A flat lattice shows whole, wherever the offset puts the plane, unless the
+// user has asked for a free plane through it.
+std::vector<shr::Vec3d> VoObliqueSlice::SlicePolygon(const VdLattice& lattice) const
+{
+    const shr::Box3d box = lattice.GetUVWBounds();
+    if (lattice.GetDimensionality() < 3 && !m_Plane.CustomOrientation()) {
+        const std::array<shr::Vec3d, 4> face = m_Plane.PlaneCorners(box);
+        return std::vector<shr::Vec3d>(face.begin(), face.end());
+    }
+    return m_Plane.Polygon(box);
+}
+
+shr::Color4b VoObliqueSlice::Sample(const VdLattice& lattice, const shr::Vec3d& uvw,
+                                    const ColorInterpolator& interp) const
+{
+    const VdLattice::InterpMethod method =
+        m_Interpolate ? VdLattice::INTERP_LINEAR_EXTEND : VdLattice::INTERP_NEAREST_EXTEND;
+    const shr::Vec3d xyz = lattice.UVWToXYZ(uvw);
+    if (m_RGBA) {
+        double rgba[4];
+        if (lattice.Interpolate(method, xyz, rgba, 0, 4) != 0)
+            return m_ColorMap.PosToColor(0.0);
+        return shr::Color4b(ColorByte(rgba[0]), ColorByte(rgba[1]), ColorByte(rgba[2]), ColorByte(rgba[3]));
+    }
+    const unsigned int component = InputComponentSafe();
+    double value = 0.0;
+    // No value here (a blank): the colour of the map's start, under either
+    // mapping, rather than a hole.
+    if (lattice.Interpolate(method, xyz, &value, component, component + 1) != 0)
+        return m_ColorMap.PosToColor(0.0);
+    return interp(value);
+}
+
+bool VoObliqueSlice::FillTexture(const VdLattice& lattice, const TexelGrid& grid,
+                                 std::vector<shr::Color4b>& pixels) const
+{
+    const std::unique_ptr<ColorInterpolator> interp = m_Mapping.MakeInterpolator(m_ColorMap);
+    pixels.assign(static_cast<size_t>(grid.width) * static_cast<size_t>(grid.height), shr::Color4b());
+    VbProgress progress("Fill the oblique slice.", 0, 500, 100);
+    for (int r = 0; r < grid.height; ++r) {
+        if (!progress.Update(static_cast<double>(r) / grid.height))
+            return false;
+        for (int c = 0; c < grid.width; ++c) {
+            const shr::Vec3d uvw = shr::Vec3d(c + 0.5, r + 0.5, 0.0) * grid.toLattice;
+            pixels[static_cast<size_t>(r) * grid.width + c] = Sample(lattice, uvw, *interp);
+        }
+    }
+    return true;
+}
+
+void VoObliqueSlice::DrawPolygon(VgRenderer& renderer, const VdLattice& lattice,
+                                 const std::vector<shr::Vec3d>& polygon, const TexelGrid& grid) const
+{
+    VgVertexData data;
+    for (const shr::Vec3d& p : polygon) {
+        const shr::Vec3d texel = p * grid.toTexels;
+        data.texCoords.emplace_back(float(texel.x / grid.width), float(texel.y / grid.height));
+        data.vertices.push_back(lattice.UVWToXYZ(p));
+    }
+    data.textureBinding = VgVertexData::PER_VERTEX;
+    const std::vector<shr::Vec3d>& v = data.vertices;
+    const shr::Vec3d normal = (v[0] - v[2]).Cross(v[1] - v[2]).Normalized();
+    data.normals.emplace_back(float(normal.x), float(normal.y), float(normal.z));
+    data.normalBinding = VgVertexData::OVERALL;
+    const int counts[] = {static_cast<int>(polygon.size())};
+    renderer.drawFaceSet(data, counts, 1);
+}
+
+VoModule::ModuleStatus VoObliqueSlice::ExecuteImpl(std::shared_ptr<VgRenderer> renderer)
+{
+    if (!renderer)
+        return ModuleOk;
+    renderer->PushNode(OutputGeometry(0), true);
+    const VdLattice* lattice = InputLattice(0);
+    if (!lattice || lattice->ComponentCount() == 0) {
+        renderer->popState();
+        return ModuleOk;
+    }
+    FollowInput(*lattice);
+    UpdateColorMapDataLimits(lattice);
+    PlaceDragger(*renderer, *lattice);
+
+    const std::vector<shr::Vec3d> polygon = SlicePolygon(*lattice);
+    const TexelGrid grid =
+        polygon.size() < 3 ? TexelGrid() : MakeTexelGrid(polygon, m_Plane.Normal(), TextureSize(m_Resolution));
+    if (grid.width == 0) {
+        renderer->popState();
+        return ModuleOk;
+    }
+    std::vector<shr::Color4b> pixels;
+    if (!FillTexture(*lattice, grid, pixels)) {
+        renderer->popState();
+        return ModuleAborted;
+    }
+    renderer->setTextureQuality(m_Interpolate ? 0.6 : 0.1);
+    renderer->setVertexOrdering(VgRenderer::COUNTERCLOCKWISE);
+    renderer->setTexture(grid.width, grid.height, pixels.data(),
+                         m_Lighting ? VgRenderer::MODULATE : VgRenderer::DECAL, VgRenderer::TEX_CLAMP);
+    if (m_Opacity < 1.0)
+        renderer->setTransparency(1.0 - m_Opacity);
+    DrawPolygon(*renderer, *lattice, polygon, grid);
+    if (m_Mapping.method == SliceMapping::Colormap)
+        m_Legend.Execute(*renderer);
+    renderer->popState();
+    return ModuleOk;
+}
+
+void VoObliqueSlice::Serialize(shr::Archive& archive)
+{
+    VoModule::Serialize(archive);
+    archive.SyncCheck();
+    // Loading goes into copies, taken over only once everything has been read;
+    // the cutting plane comes last and is all or nothing by itself.
+    unsigned int component = m_InputComponent, resolution = m_Resolution;
+    bool rgba = m_RGBA, interpolate = m_Interpolate, lighting = m_Lighting;
+    double opacity = m_Opacity;
+    SliceMapping mapping = m_Mapping;
+    VbColorMap colorMap = m_ColorMap;
+    VbLegend legend = m_Legend;
+    archive.Transfer(component);
+    archive.Transfer(resolution);
+    archive.Transfer(rgba);
+    archive.Transfer(interpolate);
+    archive.Transfer(lighting);
+    archive.Transfer(opacity);
+    mapping.Transfer(archive);
+    colorMap.Serialize(archive);
+    legend.Serialize(archive);
+    m_Plane.Serialize(archive);
+    if (archive.IsStoring())
+        return;
+    InputComponentSafe(component);
+    m_Resolution = resolution;
+    m_RGBA = rgba;
+    m_Interpolate = interpolate;
+    m_Lighting = lighting;
+    m_Opacity = opacity;
+    m_Mapping = mapping;
+    m_ColorMap = colorMap;
+    legend.SetColorMap(&m_ColorMap);
+    m_Legend = legend;
+}
+
+} // namespace core

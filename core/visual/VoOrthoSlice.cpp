@@ -1,0 +1,348 @@
+#include "core/visual/VoOrthoSlice.h"
+
+#include "core/data/TextureUtility.h"
+#include "core/data/VdGeometry.h"
+#include "core/data/VdUniformLattice.h"
+#include "core/graphics/VgRenderer.h"
+#include "core/graphics/VgVertexData.h"
+#include "core/network/CoreError.h"
+#include "core/network/UiProxy.h"
+#include "core/network/VbModuleInfo.h"
+#include "core/network/VbPort.h"
+#include "core/properties/VbBoolPropertyConverter.h"
+#include "core/properties/VbColorMapPropertyConverter.h"
+#include "core/properties/VbDoublePropertyConverter.h"
+#include "core/properties/VbIntPropertyConverter.h"
+#include "core/properties/VbPropList.h"
+#include "core/properties/VbPropertyEvent.h"
+#include "core/properties/VbPropertyRegistry.h"
+#include "core/properties/VbUnsignedPropertyConverter.h"
+#include "shr/Archive.h"
+#include "shr/Exception.h"
+
+#include <array>
+
+namespace core {
+
+SHR_IMPLEMENT_CREATABLE_TYPE(VoOrthoSlice, VoLatticeModule)
+const VbModuleInfo VoOrthoSlice::s_ModuleInfo("Graphics Output\\OrthoImage", VoOrthoSlice::GetClassTypeId(),
+                                              PortUniformLattice, PortGeometry,
+                                              "Displays an orthogonal slice through a lattice", 24);
+
+namespace VoOrthoSlicePrivate {
+
+const unsigned char kBool = VbBoolPropertyConverter::Key();
+const unsigned char kDouble = VbDoublePropertyConverter::Key();
+const unsigned char kInt = VbIntPropertyConverter::Key();
+const unsigned char kUnsigned = VbUnsignedPropertyConverter::Key();
+
+const VbPropertyRegistrar s_Registrars[] = {
+    {"OrthoSliceComponent", VoOrthoSlice::IdComponent, kUnsigned},
+    {"OrthoSliceOrientation", VoOrthoSlice::IdOrientation, kUnsigned},
+    {"OrthoSliceSlice", VoOrthoSlice::IdSlice, kInt},
+    {"OrthoSliceLighting", VoOrthoSlice::IdLighting, kBool},
+    {"OrthoSliceQuality", VoOrthoSlice::IdQuality, kDouble},
+    {"OrthoSliceOpacity", VoOrthoSlice::IdOpacity, kDouble},
+    {"OrthoSliceMapping", VoOrthoSlice::IdMapping + SliceMapping::RowMethod, kUnsigned},
+    {"OrthoSliceMapWidth", VoOrthoSlice::IdMapping + SliceMapping::RowWidth, kDouble},
+    {"OrthoSliceMapCenter", VoOrthoSlice::IdMapping + SliceMapping::RowCentre, kDouble},
+    {"OrthoSliceColormap", VoOrthoSlice::IdMapping + SliceMapping::RowColorMap, VbColorMapPropertyConverter::Key()},
+};
+
+const char* const kPrefix = "OrthoSlice";
+
+// The lattice axis across each orientation's slices, and the two axes of the
+// texture (columns, rows).
+const int kSliceAxis[3] = {2, 1, 0};
+const int kTextureAxes[3][2] = {{0, 1}, {0, 2}, {1, 2}};
+
+// A connected lattice of another kind is the user's to fix: the message goes
+// out and the module stays usable.
+void ReportTypeMismatch()
+{
+    try {
+        CORE_THROW(5, "OrthoImage", "uniform lattice");
+    } catch (const shr::Exception& error) {
+        UiProxy::Instance()->ErrorMsg(error);
+    }
+}
+
+shr::Vec3d FaceNormal(const std::vector<shr::Vec3d>& v)
+{
+    return (v[0] - v[2]).Cross(v[1] - v[2]).Normalized();
+}
+
+} // namespace VoOrthoSlicePrivate
+
+using namespace VoOrthoSlicePrivate;
+
+VoOrthoSlice::VoOrthoSlice()
+{
+    AddInput("Input Lattice", PortUniformLattice);
+    AddOutput("Output Geometry", PortGeometry)->Data(new VdGeometry(this, false));
+}
+
+const VdUniformLattice* VoOrthoSlice::InputUniform() const
+{
+    return dynamic_cast<const VdUniformLattice*>(InputLattice(0));
+}
+
+unsigned int VoOrthoSlice::GetSliceCount(const VdUniformLattice* lattice, unsigned int orientation)
+{
+    if (!lattice || orientation > OrientYZ)
+        return 0;
+    return lattice->GetDims()[kSliceAxis[orientation]];
+}
+
+unsigned int VoOrthoSlice::EffectiveSlice(unsigned int count) const
+{
+    if (m_Slice < 0 || static_cast<unsigned int>(m_Slice) >= count)
+        return count / 2;
+    return static_cast<unsigned int>(m_Slice);
+}
+
+void VoOrthoSlice::OnInputChanged(int, bool)
+{
+    if (InputLattice(0))
+        UpdateInput();
+}
+
+void VoOrthoSlice::UpdateInput()
+{
+    const VdLattice* lattice = InputLattice(0);
+    if (!lattice || lattice->ComponentCount() == 0)
+        return;
+    UpdateColorMapDataLimits(lattice);
+    const std::pair<double, double> limits = lattice->DataMinMax(InputComponentSafe());
+    m_Mapping.FillWindow(limits.first, limits.second);
+}
+
+void VoOrthoSlice::UpdatePropertiesImpl(VbPropList& list)
+{
+    const VdUniformLattice* lattice = InputUniform();
+    const VoModule* upstream = GetInputConnection(0, 0);
+    list.AddHeader(Id(), IdGeneral, NameAndId(), "General", "", "");
+    list.Indent();
+    list.AddStatic(Id(), IdInput, "Input", "The input this module is connected to.",
+                   upstream ? upstream->Name().c_str() : "Nothing");
+    if (lattice && lattice->ComponentCount() > 1)
+        list.AddUnsigned(Id(), "OrthoSliceComponent", IdComponent, "Input component",
+                         "The component of the input data to display.", m_InputComponent, ValCheckMinMax, 1,
+                         lattice->ComponentCount(), 1);
+    list.AddCombo(Id(), "OrthoSliceOrientation", IdOrientation, "Orientation", "The plane containing the orthoslice.",
+                  m_Orientation, "XY plane (axial)", "XZ plane (coronal)", "YZ plane (sagittal)", nullptr);
+    list.AddInt(Id(), "OrthoSliceSlice", IdSlice, "Slice number", "The 1-based index of the slice to draw.", 1,
+                ValCheckMinMax, 1, 1, 1);
+    ShowSlice(list);
+    list.Outdent();
+
+    list.AddHeader(Id(), IdRendering, "Rendering", "General", "", "");
+    list.Indent();
+    list.AddCheck(Id(), "OrthoSliceLighting", IdLighting, "Lighting",
+                  "Modulate the image colors according to the current lighting.", m_Lighting);
+    list.AddDouble(Id(), "OrthoSliceQuality", IdQuality, "Quality",
+                   "A value from 0.0 to 1.0 that determines the image quality.", m_Quality, ValCheckMinMax, 0.0, 1.0,
+                   0.1);
+    list.AddDouble(Id(), "OrthoSliceOpacity", IdOpacity, "Opacity", "The opacity of the image.", m_Opacity,
+                   ValCheckMinMax, 0.0, 1.0, 0.1);
+    const std::pair<double, double> limits =
+        lattice && lattice->ComponentCount() ? lattice->DataMinMax(InputComponentSafe()) : std::make_pair(0.0, 0.0);
+    const std::vector<unsigned int>* histogram =
+        lattice && lattice->ComponentCount() ? &lattice->DataHistogram(InputComponentSafe()) : nullptr;
+    m_Mapping.GetProperties(Id(), list, kPrefix, IdMapping, m_ColorMap, histogram, limits.first, limits.second);
+    list.Outdent();
+
+    m_Legend.GetProperties(Id(), list, kPrefix, IdLegend, "Legend", "Legend");
+    m_Mapping.EnableRows(list, IdMapping, m_Legend, IdLegend);
+}
+
+// The slice row counts from 1 and shows the slice that will be drawn.
+void VoOrthoSlice::ShowSlice(VbPropList& list) const
+{
+    const unsigned int count = GetSliceCount(InputUniform(), m_Orientation);
+    const int shown = count ? static_cast<int>(EffectiveSlice(count)) + 1 : 1;
+    list.SetNumLimits(IdSlice, ValCheckMinMax, 1.0, count ? count : 1.0);
+    list.SetNum(IdSlice, shown);
+}
+
+void VoOrthoSlice::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
+{
+    const int id = event.Id();
+    switch (id) {
+    case IdComponent: {
+        unsigned int component = m_InputComponent;
+        list.GetValue(id, component);
+        InputComponentSafe(component);
+        UpdateColorMapDataLimits(InputLattice(0));
+        break;
+    }
+    case IdOrientation:
+        list.GetValue(id, m_Orientation);
+        ShowSlice(list);
+        break;
+    case IdSlice: {
+        int shown = m_Slice + 1;
+        list.GetValue(id, shown);
+        m_Slice = shown - 1;
+        break;
+    }
+    case IdLighting:
+        list.GetValue(id, m_Lighting);
+        break;
+    case IdQuality:
+        list.GetValue(id, m_Quality);
+        break;
+    case IdOpacity:
+        list.GetValue(id, m_Opacity);
+        break;
+    default:
+        if (m_Mapping.PropertyEvent(list, event, IdMapping, m_ColorMap)) {
+            if (id == IdMapping + SliceMapping::RowColorMap)
+                UpdateColorMapDataLimits(InputLattice(0));
+            m_Mapping.EnableRows(list, IdMapping, m_Legend, IdLegend);
+        } else if (id > IdLegend) {
+            m_Legend.PropertyEvent(Id(), list, event, IdLegend);
+        } else {
+            return;
+        }
+    }
+    SetModified();
+}
+
+void VoOrthoSlice::CollectSlice(const VdUniformLattice& lattice, unsigned int orientation, unsigned int slice,
+                                unsigned int component, const ColorInterpolator& interp, int& width, int& height,
+                                std::vector<shr::Color4b>& pixels)
+{
+    if (orientation > OrientYZ)
+        shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "Invalid texture parameter.");
+    const unsigned int* dims = lattice.GetDims();
+    width = static_cast<int>(dims[kTextureAxes[orientation][0]]);
+    height = static_cast<int>(dims[kTextureAxes[orientation][1]]);
+    switch (orientation) {
+    case OrientXY:
+        CollectTextureXY(lattice, slice, component, interp, pixels);
+        break;
+    case OrientXZ:
+        CollectTextureXZ(lattice, slice, component, interp, pixels);
+        break;
+    default:
+        CollectTextureYZ(lattice, slice, component, interp, pixels);
+        break;
+    }
+}
+
+bool VoOrthoSlice::SetTexture(VgRenderer& renderer, const VdUniformLattice& lattice, unsigned int slice, int model)
+{
+    const std::unique_ptr<ColorInterpolator> interp = m_Mapping.MakeInterpolator(m_ColorMap);
+    int width = 0, height = 0;
+    std::vector<shr::Color4b> pixels;
+    CollectSlice(lattice, m_Orientation, slice, InputComponentSafe(), *interp, width, height, pixels);
+    if (pixels.empty() || pixels.size() != static_cast<size_t>(width) * static_cast<size_t>(height))
+        return false;
+    renderer.setTexture(width, height, pixels.data(), static_cast<VgRenderer::TexModel>(model),
+                        VgRenderer::TEX_CLAMP);
+    return true;
+}
+
+// A rectangle across the box at the slice's place on its axis, with the
+// texture stretched over it.
+void VoOrthoSlice::DrawQuad(VgRenderer& renderer, const VdUniformLattice& lattice, unsigned int slice) const
+{
+    const shr::Box3d box = lattice.GetUVWBounds();
+    const int axis = kSliceAxis[m_Orientation];
+    const int a = kTextureAxes[m_Orientation][0], b = kTextureAxes[m_Orientation][1];
+    const unsigned int n = lattice.GetDims()[axis];
+    const double level = n <= 1 ? box.min[axis] : box.min[axis] + (box.max[axis] - box.min[axis]) * slice / (n - 1);
+    const std::array<std::pair<bool, bool>, 4> corners = {{{false, false}, {true, false}, {true, true}, {false, true}}};
+    VgVertexData data;
+    for (const auto& corner : corners) {
+        shr::Vec3d v;
+        v[axis] = level;
+        v[a] = corner.first ? box.max[a] : box.min[a];
+        v[b] = corner.second ? box.max[b] : box.min[b];
+        data.vertices.push_back(lattice.UVWToXYZ(v));
+        data.texCoords.emplace_back(corner.first ? 1.0f : 0.0f, corner.second ? 1.0f : 0.0f);
+    }
+    data.textureBinding = VgVertexData::PER_VERTEX;
+    const shr::Vec3d normal = FaceNormal(data.vertices);
+    data.normals.emplace_back(float(normal.x), float(normal.y), float(normal.z));
+    data.normalBinding = VgVertexData::OVERALL;
+    const int counts[] = {4};
+    renderer.drawFaceSet(data, counts, 1);
+}
+
+VoModule::ModuleStatus VoOrthoSlice::ExecuteImpl(std::shared_ptr<VgRenderer> renderer)
+{
+    if (!renderer)
+        return ModuleOk;
+    renderer->PushNode(OutputGeometry(0), true);
+    const VdUniformLattice* lattice = InputUniform();
+    if (!lattice) {
+        if (InputLattice(0))
+            ReportTypeMismatch();
+        renderer->popState();
+        return ModuleOk;
+    }
+    if (m_Orientation > OrientYZ)
+        shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "Invalid texture parameter.");
+    const unsigned int count = GetSliceCount(lattice, m_Orientation);
+    if (count == 0) {
+        renderer->popState();
+        return ModuleOk;
+    }
+    if (m_Slice < 0 || static_cast<unsigned int>(m_Slice) >= count)
+        m_Slice = static_cast<int>(count / 2);
+    UpdateInput();
+
+    renderer->setTextureQuality(m_Quality);
+    renderer->setVertexOrdering(VgRenderer::COUNTERCLOCKWISE);
+    const int model = m_Lighting ? VgRenderer::MODULATE : VgRenderer::DECAL;
+    if (!SetTexture(*renderer, *lattice, static_cast<unsigned int>(m_Slice), model)) {
+        renderer->popState();
+        return ModuleAborted;
+    }
+    if (m_Opacity < 1.0)
+        renderer->setTransparency(1.0 - m_Opacity);
+    DrawQuad(*renderer, *lattice, static_cast<unsigned int>(m_Slice));
+    if (m_Mapping.method == SliceMapping::Colormap)
+        m_Legend.Execute(*renderer);
+    renderer->popState();
+    return ModuleOk;
+}
+
+void VoOrthoSlice::Serialize(shr::Archive& archive)
+{
+    VoModule::Serialize(archive);
+    archive.SyncCheck();
+    // Loading goes into copies, taken over only once everything has been read.
+    unsigned int component = m_InputComponent, orientation = m_Orientation;
+    int slice = m_Slice;
+    bool lighting = m_Lighting;
+    double quality = m_Quality, opacity = m_Opacity;
+    SliceMapping mapping = m_Mapping;
+    VbColorMap colorMap = m_ColorMap;
+    VbLegend legend = m_Legend;
+    archive.Transfer(component);
+    archive.Transfer(orientation);
+    archive.Transfer(slice);
+    archive.Transfer(lighting);
+    archive.Transfer(quality);
+    archive.Transfer(opacity);
+    mapping.Transfer(archive);
+    colorMap.Serialize(archive);
+    legend.Serialize(archive);
+    if (archive.IsStoring())
+        return;
+    InputComponentSafe(component);
+    m_Orientation = orientation;
+    m_Slice = slice;
+    m_Lighting = lighting;
+    m_Quality = quality;
+    m_Opacity = opacity;
+    m_Mapping = mapping;
+    m_ColorMap = colorMap;
+    legend.SetColorMap(&m_ColorMap);
+    m_Legend = legend;
+}
+
+} // namespace core

@@ -1,0 +1,282 @@
+// The cutting-plane kit: the edge table, the outline of the cut, the handles'
+// placement, the events of a drag, and writing and reading the kit as a file.
+#include "DraggerTestSupport.h"
+
+#include "core/graphics/InvInterface.h"
+#include "core/graphics/InvPlaneDragger.h"
+#include "core/graphics/VgPlaneDragger.h"
+#include "shr/Box3d.h"
+
+#include <Inventor/SoDB.h>
+#include <Inventor/SoInput.h>
+#include <Inventor/SoOutput.h>
+#include <Inventor/actions/SoSearchAction.h>
+#include <Inventor/actions/SoWriteAction.h>
+#include <Inventor/draggers/SoTrackballDragger.h>
+#include <Inventor/draggers/SoTranslate1Dragger.h>
+#include <Inventor/nodes/SoCoordinate3.h>
+#include <Inventor/nodes/SoDrawStyle.h>
+#include <Inventor/nodes/SoFaceSet.h>
+#include <Inventor/nodes/SoRotation.h>
+#include <Inventor/nodes/SoSeparator.h>
+#include <Inventor/nodes/SoSwitch.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace {
+
+using core::InvPlaneDragger;
+using core::InvSmartPtr;
+using core::VgDragger;
+using core::VgPlaneDragger;
+
+std::vector<int> Row(unsigned mask)
+{
+    std::vector<int> row;
+    for (int8_t e : InvPlaneDragger::CutEdges(mask)) {
+        if (e < 0)
+            break;
+        row.push_back(e);
+    }
+    return row;
+}
+
+// The same ring, whatever its start and direction.
+bool SameRing(std::vector<int> a, const std::vector<int>& b)
+{
+    if (a.size() != b.size())
+        return false;
+    for (int pass = 0; pass < 2; ++pass) {
+        for (size_t r = 0; r < a.size(); ++r) {
+            std::rotate(a.begin(), a.begin() + 1, a.end());
+            if (a == b)
+                return true;
+        }
+        std::reverse(a.begin(), a.end());
+    }
+    return false;
+}
+
+TEST(InvPlaneDraggerTable, RowsListTheCrossedEdgesAsOneRing)
+{
+    int empty = 0;
+    for (unsigned mask = 0; mask < 256; ++mask) {
+        const std::vector<int> row = Row(mask);
+        if (row.empty()) {
+            ++empty;
+            continue;
+        }
+        EXPECT_GE(row.size(), 3u) << mask;
+        EXPECT_LE(row.size(), 6u) << mask;
+        int crossed = 0;
+        for (int e = 0; e < 12; ++e) {
+            const bool a = (mask >> InvPlaneDragger::kEdgeStart[e]) & 1, b = (mask >> InvPlaneDragger::kEdgeEnd[e]) & 1;
+            crossed += a != b;
+            EXPECT_EQ(std::count(row.begin(), row.end(), e), a != b ? 1 : 0) << mask << " edge " << e;
+        }
+        EXPECT_EQ(static_cast<int>(row.size()), crossed) << mask;
+    }
+    EXPECT_EQ(empty, 130);
+    for (unsigned mask : {0u, 5u, 255u})
+        EXPECT_TRUE(Row(mask).empty()) << mask;
+    const std::vector<std::pair<unsigned, std::vector<int>>> telling = {
+        {1, {0, 8, 3}},        {3, {1, 9, 8, 3}},      {7, {2, 10, 9, 8, 3}},
+        {15, {9, 8, 11, 10}}, {51, {1, 5, 7, 3}},     {240, {9, 10, 11, 8}},
+    };
+    for (const auto& t : telling)
+        EXPECT_TRUE(SameRing(Row(t.first), t.second)) << t.first;
+}
+
+class InvPlaneDraggerTest : public ::testing::Test {
+protected:
+    void SetUp() override { draggertest::EnsureDraggerClasses(); }
+
+    struct Recorder {
+        std::vector<VgDragger::Event> events;
+        static void Callback(VgDragger::Event event, const VgDragger*, void* data)
+        {
+            static_cast<Recorder*>(data)->events.push_back(event);
+        }
+    };
+
+    static std::vector<shr::Vec3d> Outline(const InvPlaneDragger& node)
+    {
+        std::vector<shr::Vec3d> points;
+        for (int i = 0; i < node.FrameFace()->numVertices[0]; ++i) {
+            const SbVec3f& p = node.FrameCoords()->point[i];
+            points.emplace_back(p[0], p[1], p[2]);
+        }
+        return points;
+    }
+
+    const shr::Box3d box{0, 0, 0, 2, 2, 2};
+};
+
+TEST_F(InvPlaneDraggerTest, BuildsItsPartsAndPlacesItsHandles)
+{
+    VgPlaneDragger dragger(0.25, shr::Vec3d(0, 0, 2), box, 0.5, nullptr, nullptr);
+    const InvPlaneDragger& node = dragger.Node();
+    ASSERT_EQ(dragger.GetNode()->getTypeId(), SoType::fromName("InvPlaneDragger"));
+    ASSERT_NE(node.Rotator(), nullptr);
+    ASSERT_NE(node.Translator(), nullptr);
+    ASSERT_NE(node.FrameStyle(), nullptr);
+    ASSERT_NE(node.FrameCoords(), nullptr);
+    ASSERT_NE(node.FrameFace(), nullptr);
+    EXPECT_EQ(node.FrameStyle()->style.getValue(), SoDrawStyle::INVISIBLE);
+    EXPECT_EQ(dragger.Normal(), shr::Vec3d(0, 0, 1)) << "normalised";
+    EXPECT_EQ(dragger.Offset(), 0.5);
+
+    ASSERT_GT(node.RotatorRadius(), 0.0);
+    const float scale = static_cast<float>(0.25 * box.Diagonal() * 0.5 / node.RotatorRadius());
+    EXPECT_FLOAT_EQ(node.Rotator()->scaleFactor.getValue()[0], scale);
+    SbVec3f turned;
+    node.Rotator()->rotation.getValue().multVec(SbVec3f(0, 1, 0), turned);
+    EXPECT_TRUE(turned.equals(SbVec3f(0, 0, 1), 1e-6f));
+    EXPECT_EQ(node.Translator()->translation.getValue(), SbVec3f(0.5f, 0, 0));
+    SbVec3f along;
+    node.TranslatorRotation()->rotation.getValue().multVec(SbVec3f(1, 0, 0), along);
+    EXPECT_TRUE(along.equals(SbVec3f(0, 0, 1), 1e-6f));
+    const SbMatrix& motion = const_cast<InvPlaneDragger&>(node).getMotionMatrix();
+    EXPECT_TRUE(SbVec3f(motion[3][0], motion[3][1], motion[3][2]).equals(SbVec3f(1, 1, 1.5f), 1e-6f));
+
+    // Two draggers draw two outlines: the frame is not shared.
+    VgPlaneDragger other(0.25, shr::Vec3d(1, 0, 0), box, 0.0, nullptr, nullptr);
+    EXPECT_NE(other.Node().FrameCoords(), node.FrameCoords());
+}
+
+TEST_F(InvPlaneDraggerTest, OutlineIsTheCutOfThePlaneThroughTheBox)
+{
+    struct Case {
+        shr::Vec3d normal;
+        double offset;
+        int count; // -1: hidden
+    };
+    const std::vector<Case> cases = {
+        {{0, 0, 1}, 0.5, 4}, {{1, 1, 1}, 0.0, 6}, {{1, 1, 1}, 1.5, 3}, {{0, 1, 0}, 10.0, -1}, {{0, 1, 0}, -10.0, -1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.normal.x << c.normal.y << c.normal.z << " " << c.offset);
+        VgPlaneDragger dragger(0.25, c.normal, box, c.offset, nullptr, nullptr);
+        const InvPlaneDragger& node = dragger.Node();
+        if (c.count < 0) {
+            EXPECT_EQ(node.FrameSwitch()->whichChild.getValue(), SO_SWITCH_NONE);
+            continue;
+        }
+        EXPECT_EQ(node.FrameSwitch()->whichChild.getValue(), 0);
+        const std::vector<shr::Vec3d> outline = Outline(node);
+        ASSERT_EQ(static_cast<int>(outline.size()), c.count);
+        const shr::Vec3d n = c.normal.Normalized();
+        const double level = n.Dot(box.Center()) + c.offset;
+        for (const shr::Vec3d& p : outline) {
+            EXPECT_NEAR(n.Dot(p), level, 1e-5);
+            EXPECT_TRUE(shr::Box3d(-1e-5, -1e-5, -1e-5, 2 + 1e-5, 2 + 1e-5, 2 + 1e-5).Intersects(p));
+        }
+        // In ring order: no two consecutive points lie on the same box face...
+        // unless they share one: each step stays on one face of the box.
+        for (size_t i = 0; i < outline.size(); ++i) {
+            const shr::Vec3d& a = outline[i];
+            const shr::Vec3d& b = outline[(i + 1) % outline.size()];
+            bool shareFace = false;
+            for (int axis = 0; axis < 3; ++axis)
+                for (double side : {0.0, 2.0})
+                    shareFace = shareFace || (std::abs(a[axis] - side) < 1e-5 && std::abs(b[axis] - side) < 1e-5);
+            EXPECT_TRUE(shareFace) << i;
+        }
+    }
+}
+
+TEST_F(InvPlaneDraggerTest, AnInvertedBoxChangesNeitherScaleNorFrame)
+{
+    VgPlaneDragger dragger(0.25, shr::Vec3d(0, 0, 1), box, 0.0, nullptr, nullptr);
+    const InvPlaneDragger& node = dragger.Node();
+    const SbVec3f scale = node.Rotator()->scaleFactor.getValue();
+    const std::vector<shr::Vec3d> outline = Outline(node);
+    dragger.SetBox(shr::Box3d());
+    dragger.SetScale(0.9);
+    dragger.SetNormal(shr::Vec3d(1, 0, 0));
+    EXPECT_EQ(node.Rotator()->scaleFactor.getValue(), scale);
+    EXPECT_EQ(Outline(node), outline);
+    EXPECT_EQ(node.FrameSwitch()->whichChild.getValue(), 0);
+}
+
+TEST_F(InvPlaneDraggerTest, ADragSendsChangesThenOneFinishAndStartsSendNothing)
+{
+    Recorder recorder;
+    VgPlaneDragger dragger(0.25, shr::Vec3d(0, 0, 1), box, 0.0, &Recorder::Callback, &recorder);
+    InvPlaneDragger& node = dragger.Node();
+    dragger.SetNormal(shr::Vec3d(0, 1, 0));
+    dragger.SetOffset(0.25);
+    dragger.SetBox(box);
+    EXPECT_TRUE(recorder.events.empty()) << "setters are not drags";
+
+    // Turn the trackball to face X.
+    node.DragStarted(node.Rotator()); // the trackball's own start needs a mouse event
+    EXPECT_EQ(node.FrameStyle()->style.getValue(), SoDrawStyle::LINES);
+    EXPECT_TRUE(recorder.events.empty());
+    node.Rotator()->rotation.setValue(SbRotation(SbVec3f(0, 1, 0), SbVec3f(1, 0, 0)));
+    ASSERT_EQ(recorder.events, std::vector<VgDragger::Event>{VgDragger::CHANGED});
+    EXPECT_NEAR(dragger.Normal().x, 1.0, 1e-6);
+    for (const shr::Vec3d& p : Outline(node))
+        EXPECT_NEAR(p.x, 1.25, 1e-5);
+    node.DragFinished(node.Rotator());
+    EXPECT_EQ(recorder.events.back(), VgDragger::FINISHED);
+    EXPECT_EQ(node.FrameStyle()->style.getValue(), SoDrawStyle::INVISIBLE);
+    SbVec3f along;
+    node.TranslatorRotation()->rotation.getValue().multVec(SbVec3f(1, 0, 0), along);
+    EXPECT_TRUE(along.equals(SbVec3f(1, 0, 0), 1e-5f));
+
+    // Slide along the normal.
+    recorder.events.clear();
+    node.DragStarted(node.Translator());
+    node.Translator()->translation.setValue(0.75f, 0, 0);
+    node.Translator()->translation.setValue(0.75f, 0, 0); // no change: no event
+    node.DragFinished(node.Translator());
+    EXPECT_EQ(recorder.events, (std::vector<VgDragger::Event>{VgDragger::CHANGED, VgDragger::FINISHED}));
+    EXPECT_EQ(dragger.Offset(), 0.75);
+    const SbMatrix& motion = node.getMotionMatrix();
+    EXPECT_NEAR(motion[3][0], 1.0 + 0.75, 1e-5);
+}
+
+TEST_F(InvPlaneDraggerTest, WritesAndReadsBackAsAWorkingKit)
+{
+    VgPlaneDragger dragger(0.25, shr::Vec3d(0, 0, 1), box, 0.5, nullptr, nullptr);
+    InvSmartPtr<SoSeparator> scene(new SoSeparator);
+    scene->addChild(dragger.GetNode().get());
+
+    SoOutput out;
+    out.setBuffer(std::malloc(1024), 1024, std::realloc);
+    SoWriteAction write(&out);
+    write.apply(scene.get());
+    void* buffer = nullptr;
+    size_t size = 0;
+    out.getBuffer(buffer, size);
+    const std::string text(static_cast<const char*>(buffer), size);
+    std::free(buffer);
+    EXPECT_NE(text.find("InvPlaneDragger"), std::string::npos);
+
+    SoInput in;
+    in.setBuffer(text.data(), text.size());
+    InvSmartPtr<SoSeparator> read(SoDB::readAll(&in));
+    ASSERT_TRUE(read);
+    SoSearchAction search;
+    search.setType(InvPlaneDragger::getClassTypeId());
+    search.apply(read.get());
+    ASSERT_NE(search.getPath(), nullptr);
+    auto* node = static_cast<InvPlaneDragger*>(search.getPath()->getTail());
+    ASSERT_NE(node->Rotator(), nullptr);
+    ASSERT_NE(node->Translator(), nullptr);
+
+    // The read kit's handles are hooked up.
+    std::vector<int> codes;
+    node->SetNotify([](InvPlaneDragger*, int code, void* data) { static_cast<std::vector<int>*>(data)->push_back(code); },
+                    &codes);
+    node->SetBox(box);
+    node->Translator()->translation.setValue(0.9f, 0, 0);
+    EXPECT_EQ(codes, std::vector<int>{InvPlaneDragger::TRANSLATOR_VALUE});
+}
+
+} // namespace

@@ -1,0 +1,130 @@
+// The info module's rows for each kind of input, read as a host lists them.
+#include "SourceTestSupport.h"
+
+#include "core/data/VdPoints.h"
+#include "core/data/VdUniformLattice.h"
+#include "core/processing/VoGeomSrc.h"
+#include "core/processing/VoInfo.h"
+
+#include <Inventor/nodes/SoCoordinate3.h>
+#include <Inventor/nodes/SoFaceSet.h>
+#include <Inventor/nodes/SoPointSet.h>
+#include <Inventor/nodes/SoSeparator.h>
+
+using namespace core;
+using namespace sourcetest;
+
+namespace {
+
+constexpr int XMinRow = VoInfo::IdLimits + 1, XMaxRow = VoInfo::IdLimits + 2, FirstComponent = VoInfo::IdComponents + 3;
+
+// Three points over (1, 2, 3)..(4, 5, 9); component 1 from 1 to 5, component 2 all blank.
+VdPoints* MakePoints()
+{
+    const float coords[9] = {1, 2, 3, 4, 5, 6, 2, 3, 9};
+    const double data[6] = {1, 0, 5, 0, 3, 0};
+    auto* points = new VdPoints(shr::Float, shr::Double, 3, coords, data, 2);
+    for (unsigned int p = 0; p < 3; ++p)
+        points->SetBlank(p, 1);
+    return points;
+}
+
+// One triangle and three loose points.
+InvSmartPtr<SoNode> MakeShapes()
+{
+    auto* group = new SoSeparator;
+    auto* coords = new SoCoordinate3;
+    const SbVec3f corners[3] = {SbVec3f(0, 0, 0), SbVec3f(2, 0, 0), SbVec3f(0, 4, 1)};
+    coords->point.setValues(0, 3, corners);
+    group->addChild(coords);
+    group->addChild(new SoFaceSet);
+    group->addChild(new SoPointSet);
+    return InvSmartPtr<SoNode>(group);
+}
+
+class InfoModuleTest : public SourceModuleTest {
+protected:
+    VoInfo* AddInfo(VoModule* source)
+    {
+        auto* info = Add(new VoInfo);
+        if (source)
+            Link(info, source, 0);
+        RunPass();
+        return info;
+    }
+};
+
+} // namespace
+
+TEST_F(InfoModuleTest, DisconnectedInputShowsNothingAndNoDataRows)
+{
+    VoInfo* info = AddInfo(nullptr);
+    std::unique_ptr<LabelledList> rows = Rows(*info);
+    EXPECT_EQ(rows->Text(VoInfo::IdInput), "Nothing");
+    for (int id : {int(VoInfo::IdDatasetType), int(VoInfo::IdShowData), int(VoInfo::IdPointCount),
+                   int(VoInfo::IdGeometry), XMinRow, int(VoInfo::IdComponents)})
+        EXPECT_FALSE(rows->IsProp(id)) << id;
+    EXPECT_TRUE(info->IsGeomFilter() == false) << "the info module leaves its input's geometry in the scene";
+}
+
+TEST_F(InfoModuleTest, PointRows)
+{
+    auto* source = Add(new exprtest::DataSource(MakePoints(), PortPoints));
+    source->Name("Wells");
+    VoInfo* info = AddInfo(source);
+    std::unique_ptr<LabelledList> rows = Rows(*info);
+    const std::pair<int, const char*> expected[] = {
+        {VoInfo::IdInput, "Wells"},
+        {VoInfo::IdDatasetType, "Point set"},
+        {VoInfo::IdPointCount, "3"},
+        {VoInfo::IdCoordinateType, "32-bit float"},
+        {VoInfo::IdComponents + 1, "64-bit float"},
+        {VoInfo::IdComponents + 2, "2"},
+        {FirstComponent, "(1, 5)"},
+        {FirstComponent + 1, "No data"},
+    };
+    for (const auto& row : expected)
+        EXPECT_EQ(rows->Text(row.first), row.second) << row.first;
+    EXPECT_EQ(rows->labels[FirstComponent + 1], "Component 2 limits");
+    EXPECT_EQ(rows->Number(XMinRow), 1.0);
+    EXPECT_EQ(rows->Number(XMaxRow), 4.0);
+    EXPECT_FALSE(rows->Enabled(XMinRow)) << "the limits are for reading only";
+    EXPECT_TRUE(rows->IsProp(VoInfo::IdShowData));
+    EXPECT_FALSE(rows->IsProp(VoInfo::IdSpacing));
+
+    Send(*info, *rows, VoInfo::IdShowData);
+    ASSERT_EQ(host().views.size(), 1u);
+    EXPECT_EQ(host().views[0].first, source->GetOutput(0)->Data());
+}
+
+TEST_F(InfoModuleTest, LatticeRows)
+{
+    const unsigned int dims[3] = {3, 2, 1};
+    auto* lattice = new VdUniformLattice(shr::Int16, dims, nullptr, 1);
+    lattice->SetUVWBounds(shr::Box3d(0, 0, 0, 1, 1, 0));
+    VoInfo* info = AddInfo(Add(new exprtest::DataSource(lattice, PortUniformLattice)));
+    std::unique_ptr<LabelledList> rows = Rows(*info);
+    EXPECT_EQ(rows->Text(VoInfo::IdDatasetType), "Uniform lattice");
+    EXPECT_EQ(rows->Text(VoInfo::IdSpacing), "(0.5 x 1 x 0)");
+    EXPECT_EQ(rows->labels[VoInfo::IdSpacing], "Spacing");
+    EXPECT_TRUE(rows->IsProp(VoInfo::IdGeometry));
+    EXPECT_EQ(rows->Number(XMaxRow), 1.0);
+    EXPECT_FALSE(rows->Enabled(XMaxRow));
+    EXPECT_EQ(rows->Text(FirstComponent), "(0, 0)");
+    EXPECT_FALSE(rows->IsProp(VoInfo::IdPointCount));
+}
+
+TEST_F(InfoModuleTest, GeometryRowsCountWhatIsDrawn)
+{
+    VoInfo* info = AddInfo(Add(new VoGeomSrc(false, MakeShapes(), "")));
+    std::unique_ptr<LabelledList> rows = Rows(*info);
+    const std::pair<int, const char*> expected[] = {
+        {VoInfo::IdDatasetType, "Geometry"}, {VoInfo::IdGeometryPoints, "3"},  {VoInfo::IdGeometryLines, "0"},
+        {VoInfo::IdGeometryTriangles, "1"},  {VoInfo::IdGeometryTexts, "0"},   {VoInfo::IdGeometryImages, "0"},
+    };
+    for (const auto& row : expected)
+        EXPECT_EQ(rows->Text(row.first), row.second) << row.first;
+    EXPECT_EQ(rows->labels[VoInfo::IdGeometryTexts], "Number of text");
+    EXPECT_EQ(rows->Number(XMaxRow), 2.0);
+    EXPECT_FALSE(rows->IsProp(VoInfo::IdShowData)) << "geometry cannot be shown in a worksheet";
+}

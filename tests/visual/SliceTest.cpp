@@ -1,0 +1,466 @@
+// The slice modules driven through the network: textures with the colour
+// map's or the grey window's colours at the right texels, the sampling of the
+// oblique plane, and the stored forms.
+#include "core/data/VdGeometry.h"
+#include "core/data/VdRectilinearLattice.h"
+#include "core/data/VdUniformLattice.h"
+#include "core/network/UiProxy.h"
+#include "core/network/VoNetwork.h"
+#include "core/processing/VoLatticeSrc.h"
+#include "core/visual/SliceMapping.h"
+#include "core/visual/VoObliqueSlice.h"
+#include "core/visual/VoOrthoSlice.h"
+#include "render/CoinInit.h"
+#include "render/Image.h"
+#include "render/OffscreenContext.h"
+#include "render/SceneRenderer.h"
+#include "shr/Archive.h"
+#include "shr/Exception.h"
+
+#include <Inventor/actions/SoGetBoundingBoxAction.h>
+#include <Inventor/actions/SoSearchAction.h>
+#include <Inventor/nodes/SoFaceSet.h>
+#include <Inventor/nodes/SoOrthographicCamera.h>
+#include <Inventor/nodes/SoSeparator.h>
+#include <Inventor/nodes/SoTexture2.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+using namespace core;
+using shr::Color4b;
+using shr::Vec3d;
+
+namespace {
+
+class RecordingProxy : public UiProxy {
+public:
+    void ErrorMsg(const shr::Exception& error) override { errors.push_back(error.Message()); }
+    std::vector<std::string> errors;
+};
+
+// Nodes (i, j, k) of a uniform float lattice holding f(i, j, k), spacing 1 from `origin`.
+template <class F>
+VdUniformLattice* Gradient(unsigned int nx, unsigned int ny, unsigned int nz, F f, Vec3d origin = Vec3d(0, 0, 0))
+{
+    const unsigned int dims[3] = {nx, ny, nz};
+    std::vector<float> values;
+    for (unsigned int k = 0; k < nz; ++k)
+        for (unsigned int j = 0; j < ny; ++j)
+            for (unsigned int i = 0; i < nx; ++i)
+                values.push_back(static_cast<float>(f(i, j, k)));
+    auto* lattice = new VdUniformLattice(shr::Float, dims, values.data(), 1);
+    const Vec3d far = origin + Vec3d(nx - 1.0, ny - 1.0, nz - 1.0);
+    lattice->SetUVWBounds(shr::Box3d(origin, far));
+    return lattice;
+}
+
+bool Near(const Color4b& a, const Color4b& b)
+{
+    return std::abs(a.r - b.r) <= 1 && std::abs(a.g - b.g) <= 1 && std::abs(a.b - b.b) <= 1;
+}
+
+std::string Text(const Color4b& c)
+{
+    return std::to_string(c.r) + "," + std::to_string(c.g) + "," + std::to_string(c.b);
+}
+
+SoNode* FindFirst(SoNode* root, SoType type)
+{
+    SoSearchAction search;
+    search.setType(type);
+    search.setInterest(SoSearchAction::FIRST);
+    search.apply(root);
+    return search.getPath() ? search.getPath()->getTail() : nullptr;
+}
+
+// The texels of the first texture under `root`, row by row from the bottom.
+std::vector<Color4b> TextureOf(SoNode* root, int& width, int& height)
+{
+    auto* texture = static_cast<SoTexture2*>(FindFirst(root, SoTexture2::getClassTypeId()));
+    std::vector<Color4b> texels;
+    width = height = 0;
+    if (!texture)
+        return texels;
+    SbVec2s size;
+    int components = 0;
+    const unsigned char* bytes = texture->image.getValue(size, components);
+    width = size[0];
+    height = size[1];
+    for (int t = 0; t < width * height; ++t)
+        texels.emplace_back(bytes[4 * t], bytes[4 * t + 1], bytes[4 * t + 2], bytes[4 * t + 3]);
+    return texels;
+}
+
+class SliceTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        network().Init();
+        network().DeleteAllNodes();
+    }
+    void TearDown() override
+    {
+        network().WaitUntilDone(5000);
+        network().DeleteAllNodes();
+    }
+    static VoNetwork& network() { return VoNetwork::Instance(); }
+
+    // A source holding `lattice` linked to `module`; both owned by the network.
+    template <class Module>
+    Module* Link(VdLattice* lattice, Module* module)
+    {
+        auto* source = new VoLatticeSrc(lattice, "");
+        network().AddNode(source, true);
+        network().AddNode(module, true);
+        EXPECT_TRUE(network().ConnectNodes(*module, source, 0, true));
+        return module;
+    }
+    void RunPass()
+    {
+        network().Update();
+        network().WaitUntilDone(5000);
+    }
+    static SoNode* Output(VoModule& module) { return module.OutputGeometry(0).GetRoot().get(); }
+
+    // The module's geometry seen straight down -Z, `units` scene units across
+    // a 160 x 160 picture centred on the scene origin.
+    static render::Image Picture(VoModule& module, float units)
+    {
+        static render::OffscreenContext context;
+        render::EnsureCoinInit();
+        InvSmartPtr<SoSeparator> root(new SoSeparator);
+        auto* camera = new SoOrthographicCamera;
+        camera->position = SbVec3f(0, 0, 50);
+        camera->height = units;
+        camera->nearDistance = 1.0f;
+        camera->farDistance = 100.0f;
+        root->addChild(camera);
+        root->addChild(Output(module));
+        render::SceneRenderer drawing(context, 160, 160, Color4b::Black);
+        return drawing.Render(root.get());
+    }
+
+    RecordingProxy proxy;
+};
+
+// 4 x 2 x 3 nodes: value i + 10 k, so the XY slice k shows 10 k .. 10 k + 3
+// along X. The default map runs black to white over 0 .. 23.
+TEST_F(SliceTest, OrthoSliceShowsTheMapsColoursAtTheTexels)
+{
+    auto* slice = Link(Gradient(4, 2, 3, [](unsigned i, unsigned, unsigned k) { return i + 10.0 * k; }),
+                       new VoOrthoSlice);
+    slice->Lighting(false);
+    slice->Quality(0.05); // nearest texels; 0 would turn texturing off
+    slice->Slice(1);
+    RunPass();
+    ASSERT_EQ(slice->GetStatus(), VoModule::ModuleOk);
+    const render::Image image = Picture(*slice, 4.0f);
+    // The quad spans 3 x 1 units centred on the origin; 40 pixels a unit.
+    for (int i = 0; i < 4; ++i) {
+        const double x = -1.5 + (i + 0.5) * 0.75;
+        const Color4b expected = slice->GetColorMap().DatToColor(10.0 + i);
+        const Color4b seen = image.At(int(80 + 40 * x), 80);
+        EXPECT_TRUE(Near(seen, expected)) << "texel " << i << ": " << Text(seen) << " not " << Text(expected);
+    }
+    EXPECT_EQ(image.At(80, 10), Color4b::Black) << "nothing above the slice";
+
+    // The grey window: 10 .. 14 spans black to white.
+    slice->Mapping().method = SliceMapping::Linear;
+    slice->Mapping().width = 4.0;
+    slice->Mapping().centre = 12.0;
+    slice->SetModified();
+    RunPass();
+    const render::Image grey = Picture(*slice, 4.0f);
+    const int levels[4] = {0, 63, 127, 191};
+    for (int i = 0; i < 4; ++i) {
+        const double x = -1.5 + (i + 0.5) * 0.75;
+        const Color4b expected(levels[i], levels[i], levels[i]);
+        EXPECT_TRUE(Near(grey.At(int(80 + 40 * x), 80), expected)) << "texel " << i;
+    }
+}
+
+TEST_F(SliceTest, OrthoTexturesHaveTheSliceSizeAndValues)
+{
+    // Value = i + 10 j + 100 k on 4 x 3 x 2 nodes.
+    auto* lattice = Gradient(4, 3, 2, [](unsigned i, unsigned j, unsigned k) { return i + 10.0 * j + 100.0 * k; });
+    std::unique_ptr<VdUniformLattice> owner(lattice);
+    const LinearColorInterpolator identity(0.0, 1.0);
+    struct Case {
+        unsigned int orientation, slice;
+        int width, height;
+        std::vector<int> firstRow;
+    };
+    const Case cases[] = {
+        {VoOrthoSlice::OrientXY, 1, 4, 3, {100, 101, 102, 103}},
+        {VoOrthoSlice::OrientXZ, 2, 4, 2, {20, 21, 22, 23}},
+        {VoOrthoSlice::OrientYZ, 3, 3, 2, {3, 13, 23}},
+    };
+    for (const Case& c : cases) {
+        int width = 0, height = 0;
+        std::vector<Color4b> pixels;
+        VoOrthoSlice::CollectSlice(*lattice, c.orientation, c.slice, 0, identity, width, height, pixels);
+        EXPECT_EQ(width, c.width);
+        EXPECT_EQ(height, c.height);
+        for (size_t t = 0; t < c.firstRow.size(); ++t)
+            EXPECT_EQ(pixels[t].r, std::min(c.firstRow[t], 255)) << c.orientation << " texel " << t;
+        EXPECT_EQ(VoOrthoSlice::GetSliceCount(lattice, c.orientation), (c.orientation == 0 ? 2u : c.orientation == 1 ? 3u : 4u));
+    }
+    int width = 0, height = 0;
+    std::vector<Color4b> pixels;
+    EXPECT_THROW(VoOrthoSlice::CollectSlice(*lattice, 3, 0, 0, identity, width, height, pixels), shr::Exception);
+}
+
+TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
+{
+    auto* flat = Gradient(3, 3, 1, [](unsigned i, unsigned, unsigned) { return double(i); }, Vec3d(0, 0, 5));
+    auto* slice = Link(flat, new VoOrthoSlice);
+    slice->Slice(7);
+    RunPass();
+    EXPECT_EQ(slice->Slice(), 0);
+    SoGetBoundingBoxAction measure(SbViewportRegion(100, 100));
+    measure.apply(Output(*slice));
+    EXPECT_FLOAT_EQ(measure.getBoundingBox().getMin()[2], 5.0f);
+    EXPECT_FLOAT_EQ(measure.getBoundingBox().getMax()[2], 5.0f);
+
+    auto* deep = Link(Gradient(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }), new VoOrthoSlice);
+    deep->Slice(-1);
+    RunPass();
+    EXPECT_EQ(deep->Slice(), 2);
+    EXPECT_TRUE(proxy.errors.empty());
+}
+
+TEST_F(SliceTest, OrthoSliceReportsANonUniformLattice)
+{
+    const unsigned int dims[3] = {2, 2, 2};
+    const float values[8] = {0, 1, 2, 3, 4, 5, 6, 7};
+    auto* lattice = new VdRectilinearLattice(shr::Float, dims, values, 1, std::vector<double>{0, 1},
+                                             std::vector<double>{0, 1}, std::vector<double>{0, 3});
+    auto* source = new VoLatticeSrc(lattice, "");
+    auto* slice = new VoOrthoSlice;
+    network().AddNode(source, true);
+    network().AddNode(slice, true);
+    if (!network().ConnectNodes(*slice, source, 0, true))
+        GTEST_SKIP() << "the port refuses the link itself";
+    RunPass();
+    EXPECT_EQ(slice->GetStatus(), VoModule::ModuleOk);
+    ASSERT_EQ(proxy.errors.size(), 1u);
+    EXPECT_EQ(proxy.errors[0], "Type mismatch: OrthoImage requires a uniform lattice for input.");
+}
+
+TEST_F(SliceTest, ObliqueTextureSizesFollowTheResolution)
+{
+    const int sizes[4] = {128, 256, 512, 1024};
+    for (unsigned int r = 0; r < 4; ++r)
+        EXPECT_EQ(VoObliqueSlice::TextureSize(r), sizes[r]);
+    try {
+        VoObliqueSlice::TextureSize(4);
+        FAIL();
+    } catch (const shr::Exception& e) {
+        EXPECT_EQ(e.Code(), 2);
+    }
+    struct Case {
+        double across, up;
+        int size, width, height;
+    };
+    const Case cases[] = {
+        {2, 2, 256, 256, 256}, {4, 2, 256, 256, 128}, {2, 4, 512, 256, 512},
+        {3, 1, 128, 128, 64},  {100, 1, 1024, 1024, 64}, {3, 2, 128, 128, 85},
+    };
+    for (const Case& c : cases) {
+        const std::vector<Vec3d> rectangle = {{0, 0, 1}, {c.across, 0, 1}, {c.across, c.up, 1}, {0, c.up, 1}};
+        const VoObliqueSlice::TexelGrid grid = VoObliqueSlice::MakeTexelGrid(rectangle, {0, 0, 1}, c.size);
+        EXPECT_EQ(grid.width, c.width) << c.across << " x " << c.up;
+        EXPECT_EQ(grid.height, c.height) << c.across << " x " << c.up;
+        // The texel grid's corners land on the rectangle's, and back.
+        const Vec3d far = Vec3d(grid.width, grid.height, 0) * grid.toLattice;
+        EXPECT_NEAR((far - Vec3d(c.across, c.up, 1)).Length(), 0.0, 1e-9);
+        const Vec3d texel = Vec3d(c.across, c.up, 1) * grid.toTexels;
+        EXPECT_NEAR(texel.x, grid.width, 1e-9);
+        EXPECT_NEAR(texel.y, grid.height, 1e-9);
+    }
+    const std::vector<Vec3d> line = {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}};
+    EXPECT_EQ(VoObliqueSlice::MakeTexelGrid(line, {0, 0, 1}, 128).width, 0);
+}
+
+// A tilted plane through a lattice and through the same lattice moved by its
+// user transform (and, separately, by its own coordinates) samples the same.
+TEST_F(SliceTest, ObliqueSliceOfAMovedLatticeSamplesTheSameValues)
+{
+    const auto f = [](unsigned i, unsigned j, unsigned k) { return std::sin(0.7 * i) + 0.3 * j * j - 0.2 * k; };
+    auto* still = Link(Gradient(9, 7, 5, f), new VoObliqueSlice);
+    auto* moved = Gradient(9, 7, 5, f);
+    moved->SetUserTransform(shr::Mat4d::MakeTranslation(5e5, 4e6, -300.0));
+    auto* carried = Link(moved, new VoObliqueSlice);
+    auto* shifted = Link(Gradient(9, 7, 5, f, Vec3d(-40, 12, 3)), new VoObliqueSlice);
+    for (VoObliqueSlice* slice : {still, carried, shifted}) {
+        slice->Plane().Orientation(3);
+        slice->Plane().Normal(Vec3d(0.3, -0.5, 1.0));
+        slice->Plane().Offset(0.4);
+        slice->Interpolate(true);
+        slice->SetResolution(VoObliqueSlice::Coarse);
+    }
+    RunPass();
+    int w0 = 0, h0 = 0, w1 = 0, h1 = 0, w2 = 0, h2 = 0;
+    const std::vector<Color4b> a = TextureOf(Output(*still), w0, h0);
+    const std::vector<Color4b> b = TextureOf(Output(*carried), w1, h1);
+    const std::vector<Color4b> c = TextureOf(Output(*shifted), w2, h2);
+    ASSERT_EQ(w0, 128);
+    ASSERT_EQ(w1, w0);
+    ASSERT_EQ(h1, h0);
+    ASSERT_EQ(w2, w0);
+    ASSERT_EQ(h2, h0);
+    int differing = 0;
+    for (size_t t = 0; t < a.size(); ++t)
+        differing += !Near(a[t], b[t]) || !Near(a[t], c[t]);
+    EXPECT_EQ(differing, 0);
+    // The texels differ among themselves: the plane really samples the data.
+    EXPECT_NE(a.front(), a[a.size() / 2 + w0 / 2]);
+}
+
+TEST_F(SliceTest, ObliquePlaneThatMissesDrawsNothingAndFlatLatticesDrawWhole)
+{
+    auto* cube = Link(Gradient(3, 3, 3, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
+    auto* flat = Link(Gradient(4, 4, 1, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
+    RunPass();
+    // The new input set the flat lattice's plane; an offset far off changes nothing there.
+    EXPECT_EQ(flat->Plane().Orientation(), 0u);
+    for (VoObliqueSlice* slice : {cube, flat}) {
+        slice->Plane().Offset(5.0);
+        slice->SetModified();
+    }
+    RunPass();
+    EXPECT_EQ(cube->GetStatus(), VoModule::ModuleOk);
+    EXPECT_EQ(cube->Plane().Offset(), 5.0);
+    EXPECT_EQ(FindFirst(Output(*cube), SoFaceSet::getClassTypeId()), nullptr);
+    auto* face = static_cast<SoFaceSet*>(FindFirst(Output(*flat), SoFaceSet::getClassTypeId()));
+    ASSERT_NE(face, nullptr);
+    EXPECT_EQ(face->numVertices[0], 4);
+    EXPECT_TRUE(proxy.errors.empty());
+}
+
+// Blank nodes have no value: their texels take the map's first colour, under
+// the grey window too.
+TEST_F(SliceTest, ObliqueTexelsWithoutDataShowTheMapsStart)
+{
+    auto* lattice = Gradient(2, 2, 2, [](unsigned, unsigned, unsigned) { return 6.0; });
+    for (unsigned int node = 0; node < 8; node += 2)
+        lattice->SetBlank(node, 0); // every node with i = 0
+    auto* slice = Link(lattice, new VoObliqueSlice);
+    VbColorMap& map = slice->GetColorMap();
+    map.ClearColorNodes();
+    map.AddColorNode(0.0, Color4b(255, 0, 0));
+    map.AddColorNode(1.0, Color4b(0, 0, 255));
+    slice->Mapping().method = SliceMapping::Linear;
+    slice->Mapping().width = 4.0;
+    slice->Mapping().centre = 5.0; // 6.0 is three quarters up the window
+    slice->SetResolution(VoObliqueSlice::Coarse);
+    RunPass();
+    int width = 0, height = 0;
+    const std::vector<Color4b> texels = TextureOf(Output(*slice), width, height);
+    ASSERT_EQ(width, 128);
+    EXPECT_EQ(texels[0], Color4b(255, 0, 0));
+    EXPECT_EQ(texels[width - 1], Color4b(191, 191, 191));
+}
+
+TEST(SliceMapping, GreyWindowAndItsThreshold)
+{
+    SliceMapping mapping;
+    mapping.FillWindow(-2.0, 6.0);
+    EXPECT_EQ(mapping.width, 8.0);
+    EXPECT_EQ(mapping.centre, 2.0);
+    mapping.FillWindow(0.0, 1.0); // known already: kept
+    EXPECT_EQ(mapping.width, 8.0);
+
+    mapping.method = SliceMapping::Linear;
+    mapping.width = 0.0;
+    mapping.centre = 5.0;
+    EXPECT_EQ(mapping.Factor(), 2139095040.0);
+    VbColorMap map(nullptr, 0, 256);
+    const std::unique_ptr<ColorInterpolator> grey = mapping.MakeInterpolator(map);
+    EXPECT_EQ((*grey)(4.9).r, 0);
+    EXPECT_EQ((*grey)(5.0).r, 0);
+    EXPECT_EQ((*grey)(5.000001).r, 255);
+    mapping.width = 10.0;
+    EXPECT_EQ((*mapping.MakeInterpolator(map))(2.5).r, 63);
+    mapping.method = SliceMapping::Colormap;
+    map.SetDataLimits(0.0, 10.0);
+    EXPECT_EQ((*mapping.MakeInterpolator(map))(10.0), Color4b(255, 255, 255));
+}
+
+template <class Module>
+std::vector<unsigned char> Store(Module& module)
+{
+    std::vector<unsigned char> bytes;
+    shr::Archive archive(bytes);
+    module.Serialize(archive);
+    return bytes;
+}
+
+template <class Module>
+void Load(Module& module, const std::vector<unsigned char>& bytes, size_t cut = 0)
+{
+    shr::Archive archive(bytes.data(), bytes.size() - cut);
+    module.Serialize(archive);
+}
+
+TEST_F(SliceTest, StoredFormsRoundTripAndFailWhole)
+{
+    VoOrthoSlice ortho;
+    ortho.Orientation(2);
+    ortho.Slice(4);
+    ortho.Lighting(false);
+    ortho.Quality(0.8);
+    ortho.Opacity(0.25);
+    ortho.Mapping().method = SliceMapping::Linear;
+    ortho.Mapping().width = 3.0;
+    ortho.GetColorMap().SetScalingLimits(-1.0, 9.0);
+    const std::vector<unsigned char> orthoBytes = Store(ortho);
+    VoOrthoSlice orthoCopy;
+    Load(orthoCopy, orthoBytes);
+    EXPECT_EQ(orthoCopy.Orientation(), 2u);
+    EXPECT_EQ(orthoCopy.Slice(), 4);
+    EXPECT_FALSE(orthoCopy.Lighting());
+    EXPECT_EQ(orthoCopy.Quality(), 0.8);
+    EXPECT_EQ(orthoCopy.Opacity(), 0.25);
+    EXPECT_EQ(orthoCopy.Mapping().method, SliceMapping::Linear);
+    EXPECT_EQ(orthoCopy.Mapping().width, 3.0);
+    EXPECT_EQ(orthoCopy.GetColorMap().GetScaleMax(), 9.0);
+    EXPECT_EQ(orthoCopy.GetLegend().GetColorMap(), &orthoCopy.GetColorMap());
+
+    VoObliqueSlice oblique;
+    oblique.SetResolution(VoObliqueSlice::VeryFine);
+    oblique.Interpolate(true);
+    oblique.Opacity(0.5);
+    oblique.Mapping().centre = 7.0;
+    oblique.Plane().Normal(Vec3d(1, 1, 0));
+    oblique.Plane().Orientation(3);
+    oblique.Plane().Offset(0.125);
+    const std::vector<unsigned char> obliqueBytes = Store(oblique);
+    VoObliqueSlice obliqueCopy;
+    Load(obliqueCopy, obliqueBytes);
+    EXPECT_EQ(obliqueCopy.GetResolution(), 3u);
+    EXPECT_TRUE(obliqueCopy.Interpolate());
+    EXPECT_EQ(obliqueCopy.Opacity(), 0.5);
+    EXPECT_EQ(obliqueCopy.Mapping().centre, 7.0);
+    EXPECT_EQ(obliqueCopy.Plane().Normal(), Vec3d(1, 1, 0));
+    EXPECT_EQ(obliqueCopy.Plane().Orientation(), 3u);
+    EXPECT_EQ(obliqueCopy.Plane().Offset(), 0.125);
+
+    // A cut anywhere leaves the slice's own settings untouched.
+    for (size_t cut : {size_t(2), size_t(60), obliqueBytes.size() / 2}) {
+        VoObliqueSlice target;
+        EXPECT_THROW(Load(target, obliqueBytes, cut), shr::Exception) << cut;
+        EXPECT_EQ(target.GetResolution(), 1u);
+        EXPECT_EQ(target.Plane().Normal(), Vec3d(0, 0, 1));
+    }
+    VoOrthoSlice target;
+    EXPECT_THROW(Load(target, orthoBytes, 5), shr::Exception);
+    EXPECT_EQ(target.Orientation(), 0u);
+    EXPECT_EQ(target.Slice(), -1);
+}
+
+} // namespace
