@@ -1,0 +1,238 @@
+#include "host/NetworkDocument.h"
+
+#include "core/network/VbPort.h"
+#include "core/network/VoModule.h"
+#include "core/network/VoNetwork.h"
+#include "host/HostError.h"
+#include "shr/Archive.h"
+#include "shr/Color4b.h"
+
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <set>
+#include <cerrno>
+#include <memory>
+#include <vector>
+
+namespace host {
+
+namespace {
+
+struct Link {
+    int32_t consumer = 0;
+    int32_t input = 0;
+    int32_t source = 0;
+    int32_t output = 0;
+};
+
+core::VoNetwork& Network()
+{
+    return core::VoNetwork::Instance();
+}
+
+std::vector<Link> CollectLinks()
+{
+    std::map<const core::VoModule*, int32_t> index;
+    for (size_t i = 0; i < Network().size(); ++i)
+        index[Network().GetNode(i)] = static_cast<int32_t>(i);
+    std::vector<Link> links;
+    for (size_t i = 0; i < Network().size(); ++i) {
+        const core::VoModule& module = *Network().GetNode(i);
+        for (size_t input = 0; input < module.GetInputCount(); ++input) {
+            for (const core::VbPort::Connection& c : module.GetInput(input)->GetConnections())
+                links.push_back(Link{static_cast<int32_t>(i), static_cast<int32_t>(input), index.at(c.module), c.port});
+        }
+    }
+    return links;
+}
+
+void TransferView(shr::Archive& archive, SceneView& view)
+{
+    archive.SyncCheck();
+    int32_t width = view.width;
+    int32_t height = view.height;
+    archive.Transfer(width);
+    archive.Transfer(height);
+    view.width = width;
+    view.height = height;
+    archive.Transfer(view.azimuth);
+    archive.Transfer(view.elevation);
+    archive.Transfer(view.zoom);
+    archive.Transfer(view.hasBackground);
+    archive.Transfer(view.background);
+}
+
+void StoreModules(shr::Archive& archive)
+{
+    archive.SyncCheck();
+    int32_t count = static_cast<int32_t>(Network().size());
+    archive.Transfer(count);
+    for (core::VoModule* module : Network()) {
+        int64_t id = module->Id().Value();
+        archive.Transfer(id);
+        archive.TransferObject(module);
+    }
+    archive.SyncCheck();
+    std::vector<Link> links = CollectLinks();
+    uint32_t linkCount = static_cast<uint32_t>(links.size());
+    archive.Transfer(linkCount);
+    for (Link& link : links) {
+        archive.Transfer(link.consumer);
+        archive.Transfer(link.input);
+        archive.Transfer(link.source);
+        archive.Transfer(link.output);
+    }
+}
+
+// Restores a document into the empty network. Modules belong to `loaded` until
+// the network takes them.
+class DocumentLoader {
+public:
+    DocumentLoader(shr::Archive& archive, const shr::GString& path) : m_Archive(archive), m_Path(path) {}
+
+    ~DocumentLoader()
+    {
+        // A load that failed part way: the modules the archive made and nobody took.
+        for (shr::CTypedObject* object : m_Archive.CreatedObjects()) {
+            auto* module = dynamic_cast<core::VoModule*>(object);
+            if (module && !m_Adopted.count(module))
+                delete module;
+        }
+    }
+
+    SceneView Load()
+    {
+        LoadModules();
+        AddModules();
+        LoadLinks();
+        Network().Serialize(m_Archive);
+        SceneView view;
+        TransferView(m_Archive, view);
+        return view;
+    }
+
+private:
+    [[noreturn]] void Fail(const std::string& message) const
+    {
+        HOST_USER_ERROR("%s: %s", m_Path.c_str(), message.c_str());
+    }
+
+    void LoadModules()
+    {
+        m_Archive.SyncCheck();
+        int32_t count = 0;
+        m_Archive.Transfer(count);
+        if (count < 0)
+            Fail("a negative module count");
+        m_Archive.CheckCount(static_cast<uint64_t>(count), 12);
+        for (int32_t i = 0; i < count; ++i) {
+            int64_t id = 0;
+            m_Archive.Transfer(id);
+            core::VoModule* module = nullptr;
+            m_Archive.TransferObject(module);
+            if (!module)
+                Fail("module " + std::to_string(i + 1) + " is missing");
+            module->RefactorMeSetIdDirectly(core::VbModuleId(id));
+            m_Modules.push_back(module);
+        }
+    }
+
+    void AddModules()
+    {
+        core::VbModuleId largest;
+        for (core::VoModule* module : m_Modules) {
+            if (module->Id().IsBad() || module->Id() < core::VbModuleId())
+                Fail("module \"" + module->Name() + "\" has an invalid id");
+            Network().AddNode(module, false);
+            m_Adopted.insert(module);
+            if (largest < module->Id())
+                largest = module->Id();
+        }
+        Network().CurrentModuleId(largest);
+    }
+
+    void LoadLinks()
+    {
+        m_Archive.SyncCheck();
+        uint32_t count = 0;
+        m_Archive.Transfer(count);
+        m_Archive.CheckCount(count, 16);
+        for (uint32_t k = 0; k < count; ++k) {
+            Link link;
+            m_Archive.Transfer(link.consumer);
+            m_Archive.Transfer(link.input);
+            m_Archive.Transfer(link.source);
+            m_Archive.Transfer(link.output);
+            Connect(link);
+        }
+    }
+
+    void Connect(const Link& link)
+    {
+        const int32_t size = static_cast<int32_t>(m_Modules.size());
+        if (link.consumer < 0 || link.consumer >= size || link.source < 0 || link.source >= size ||
+            link.output != 0 || link.consumer == link.source)
+            Fail("a link between modules that do not exist");
+        core::VoModule& consumer = *m_Modules[static_cast<size_t>(link.consumer)];
+        if (link.input < 0 || static_cast<size_t>(link.input) >= consumer.GetInputCount())
+            Fail("a link to an input module \"" + consumer.Name() + "\" does not have");
+        if (!Network().ConnectNodes(consumer, m_Modules[static_cast<size_t>(link.source)], link.input, false))
+            Fail("the links close a cycle");
+    }
+
+    shr::Archive& m_Archive;
+    shr::GString m_Path;
+    std::vector<core::VoModule*> m_Modules;
+    std::set<const core::VoModule*> m_Adopted;
+};
+
+} // namespace
+
+bool NetworkDocument::IsDocument(const shr::GString& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    char magic[4] = {0, 0, 0, 0};
+    return file.read(magic, sizeof magic) && std::memcmp(magic, "FKDC", sizeof magic) == 0;
+}
+
+void NetworkDocument::Save(const shr::GString& path, const SceneView& view)
+{
+    const shr::GString temporary = path + ".part";
+    try {
+        shr::Archive archive(temporary, shr::Archive::Store);
+        bool withLinks = false;
+        archive.ConnectionsFlag = &withLinks;
+        StoreModules(archive);
+        Network().Serialize(archive);
+        SceneView stored = view;
+        TransferView(archive, stored);
+        archive.Close();
+    } catch (...) {
+        std::remove(temporary.c_str());
+        throw;
+    }
+    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
+        std::remove(temporary.c_str());
+        HOST_USER_ERROR("%s: cannot write the document: %s", path.c_str(), std::strerror(errno));
+    }
+}
+
+SceneView NetworkDocument::Load(const shr::GString& path)
+{
+    try {
+        shr::Archive archive(path, shr::Archive::Load);
+        bool withLinks = false;
+        archive.ConnectionsFlag = &withLinks;
+        DocumentLoader loader(archive, path);
+        return loader.Load();
+    } catch (const shr::Exception& error) {
+        Network().DeleteAllNodes();
+        if (IsUserError(error))
+            throw;
+        HOST_USER_ERROR("%s: cannot read the document: %s", path.c_str(), error.what());
+    }
+}
+
+} // namespace host

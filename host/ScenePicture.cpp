@@ -1,0 +1,48 @@
+#include "host/ScenePicture.h"
+
+#include "core/network/VoNetwork.h"
+#include "host/HostError.h"
+#include "render/CameraFraming.h"
+#include "render/OffscreenContext.h"
+#include "render/SceneRenderer.h"
+
+#include <Inventor/SoOutput.h>
+#include <Inventor/actions/SoWriteAction.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace host {
+
+render::Image ScenePicture::Draw(const SceneView& view)
+{
+    core::VoNetwork& network = core::VoNetwork::Instance();
+    const shr::Color4b background = view.hasBackground ? view.background : network.GetBackgroundColor();
+    core::InvSmartPtr<SoSeparator> root = network.SceneRoot();
+    render::OffscreenContext context;
+    render::SceneRenderer renderer(context, view.width, view.height, background);
+    renderer.SetFraming(render::CameraFraming(view.azimuth, view.elevation, view.zoom));
+    return renderer.Render(root.get());
+}
+
+void ScenePicture::WriteInventor(const shr::GString& path)
+{
+    core::InvSmartPtr<SoSeparator> root = core::VoNetwork::Instance().SceneRoot();
+    const shr::GString temporary = path + ".part";
+    SoOutput output;
+    if (!output.openFile(temporary.c_str()))
+        HOST_USER_ERROR("%s: cannot write the scene graph: %s", path.c_str(), std::strerror(errno));
+    if (root) {
+        SoWriteAction writer(&output);
+        writer.apply(root.get());
+    }
+    output.closeFile();
+    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
+        const int error = errno;
+        std::remove(temporary.c_str());
+        HOST_USER_ERROR("%s: cannot write the scene graph: %s", path.c_str(), std::strerror(error));
+    }
+}
+
+} // namespace host

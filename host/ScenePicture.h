@@ -1,0 +1,21 @@
+#pragma once
+// ScenePicture: the network's scene root as a picture or as a scene-graph file.
+// Call between passes only (after VoNetwork::WaitUntilDone): the scene graph
+// is not safe to read while a pass writes it.
+#include "host/SceneFile.h"
+#include "render/Image.h"
+#include "shr/GString.h"
+
+namespace host {
+
+class ScenePicture {
+public:
+    // Draws the scene root offscreen as the view says; without a background
+    // of its own, on the network's background colour.
+    static render::Image Draw(const SceneView& view);
+    // Writes the scene root as scene-graph ASCII; the file appears complete
+    // or not at all.
+    static void WriteInventor(const shr::GString& path);
+};
+
+} // namespace host

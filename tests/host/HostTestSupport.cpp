@@ -1,0 +1,118 @@
+#include "HostTestSupport.h"
+
+#include "core/network/VoNetwork.h"
+#include "host/PropertiesCommand.h"
+#include "host/RenderCommand.h"
+#include "render/CoinInit.h"
+
+#include <gtest/gtest.h>
+#include <png.h>
+
+#include <dirent.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace hosttest {
+
+ScratchFolder::ScratchFolder()
+{
+    const char* base = std::getenv("TMPDIR");
+    std::string pattern = std::string(base && *base ? base : "/tmp") + "/fenrak-host-XXXXXX";
+    if (!mkdtemp(&pattern[0]))
+        throw std::runtime_error("cannot make a scratch folder");
+    m_Path = pattern;
+}
+
+ScratchFolder::~ScratchFolder()
+{
+    for (const std::string& name : Files())
+        unlink(Path(name).c_str());
+    rmdir(m_Path.c_str());
+}
+
+std::string ScratchFolder::Write(const std::string& name, const std::string& text) const
+{
+    const std::string path = Path(name);
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    if (!file)
+        throw std::runtime_error("cannot write " + path);
+    return path;
+}
+
+std::vector<std::string> ScratchFolder::Files() const
+{
+    std::vector<std::string> names;
+    if (DIR* dir = opendir(m_Path.c_str())) {
+        while (const dirent* entry = readdir(dir)) {
+            const std::string name = entry->d_name;
+            if (name != "." && name != "..")
+                names.push_back(name);
+        }
+        closedir(dir);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+CommandResult Render(const std::vector<std::string>& args)
+{
+    std::ostringstream out;
+    std::ostringstream err;
+    CommandResult result;
+    result.status = host::RenderCommand::Run(args, out, err);
+    result.out = out.str();
+    result.err = err.str();
+    return result;
+}
+
+CommandResult Properties(const std::vector<std::string>& args)
+{
+    std::ostringstream out;
+    std::ostringstream err;
+    CommandResult result;
+    result.status = host::PropertiesCommand::Run(args, out, err);
+    result.out = out.str();
+    result.err = err.str();
+    return result;
+}
+
+render::Image ReadPng(const std::string& path)
+{
+    png_image header{};
+    header.version = PNG_IMAGE_VERSION;
+    if (!png_image_begin_read_from_file(&header, path.c_str()))
+        throw std::runtime_error("cannot read " + path);
+    header.format = PNG_FORMAT_RGBA;
+    std::vector<uint8_t> pixels(PNG_IMAGE_SIZE(header));
+    if (!png_image_finish_read(&header, nullptr, pixels.data(), 0, nullptr)) {
+        png_image_free(&header);
+        throw std::runtime_error("cannot decode " + path);
+    }
+    return render::Image(static_cast<int>(header.width), static_cast<int>(header.height), std::move(pixels));
+}
+
+bool FileExists(const std::string& path)
+{
+    return access(path.c_str(), F_OK) == 0;
+}
+
+namespace {
+
+// Scene-graph library first; the update thread stopped once all tests ran.
+class HostEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override { render::EnsureCoinInit(); }
+    void TearDown() override { core::VoNetwork::Instance().Release(); }
+};
+
+const ::testing::Environment* const s_Environment = ::testing::AddGlobalTestEnvironment(new HostEnvironment);
+
+} // namespace
+
+} // namespace hosttest

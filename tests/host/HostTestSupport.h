@@ -1,0 +1,43 @@
+#pragma once
+// Helpers of the host tests: a scratch folder, files written into it, the
+// render command run in-process with its output captured, PNG files read back.
+#include "render/Image.h"
+
+#include <string>
+#include <vector>
+
+namespace hosttest {
+
+// A fresh folder under the system's temporary folder, removed with its files.
+class ScratchFolder {
+public:
+    ScratchFolder();
+    ~ScratchFolder();
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+    // The path of `name` in the folder.
+    std::string Path(const std::string& name) const { return m_Path + "/" + name; }
+    // Writes `text` to `name` and returns its path.
+    std::string Write(const std::string& name, const std::string& text) const;
+    // The names of the files in the folder, sorted.
+    std::vector<std::string> Files() const;
+
+private:
+    std::string m_Path;
+};
+
+struct CommandResult {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+CommandResult Render(const std::vector<std::string>& args);
+CommandResult Properties(const std::vector<std::string>& args);
+
+// Throws on a missing or unreadable file.
+render::Image ReadPng(const std::string& path);
+bool FileExists(const std::string& path);
+
+} // namespace hosttest

@@ -1,0 +1,176 @@
+// The point-file reader against the shapes of files that survey and modelling
+// packages write.
+#include "host/PointFileReader.h"
+
+#include "shr/Exception.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+using host::PointFile;
+using host::PointFileReader;
+using ::testing::HasSubstr;
+
+namespace {
+
+PointFile Parse(const std::string& text)
+{
+    return PointFileReader::Parse(text, "pts.csv");
+}
+
+std::vector<double> Coords(const PointFile& file)
+{
+    const auto* data = static_cast<const double*>(file.points->GetCoordPtr());
+    return std::vector<double>(data, data + file.points->VertexCount() * 3);
+}
+
+// Values in point order; NaN where the point is blank.
+std::vector<double> Values(const PointFile& file)
+{
+    const core::VdPoints& points = *file.points;
+    std::vector<double> values;
+    for (unsigned p = 0; p < points.VertexCount(); ++p) {
+        for (unsigned c = 0; c < points.ComponentCount(); ++c) {
+            const double value = *static_cast<const double*>(points.DataPtr(p, c));
+            values.push_back(points.IsBlank(p, c) ? NAN : value);
+        }
+    }
+    return values;
+}
+
+std::string LabelOf(const PointFile& file, unsigned index)
+{
+    const auto found = file.points->FindLabel(index);
+    return found == file.points->labels_end() ? std::string() : std::string(found->second);
+}
+
+std::string ErrorOf(const std::string& text)
+{
+    try {
+        Parse(text);
+    } catch (const shr::Exception& error) {
+        return error.Message();
+    }
+    return "no error";
+}
+
+} // namespace
+
+TEST(PointFileReader, SeparatorsQuotesAndLineEndsGiveTheSamePoints)
+{
+    struct Case {
+        const char* what;
+        std::string text;
+    } cases[] = {
+        {"comma", "x,y,z,grade\n1,2,3,0.5\n4,5,6,1.5\n"},
+        {"tab", "x\ty\tz\tgrade\n1\t2\t3\t0.5\n4\t5\t6\t1.5\n"},
+        {"semicolon, decimal comma", "x;y;z;grade\n1;2;3;0,5\n4;5;6;1,5\n"},
+        {"blanks, aligned", "  x    y    z   grade\n  1    2    3   0.5\n  4    5    6   1.5   \n"},
+        {"quoted fields", "\"x\",\"y\",\"z\",\"grade\"\n\"1\",\"2\",\"3\",\"0.5\"\n4, \"5\" ,6,1.5\n"},
+        {"BOM, CRLF, comments, blank lines",
+         "\xEF\xBB\xBF# exported survey\r\nx,y,z,grade\r\n\r\n1,2,3,0.5\r\n  # a remark\r\n4,5,6,1.5\r\n"},
+        {"trailing separators", "x,y,z,grade,\n1,2,3,0.5,\n4,5,6,1.5,\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const PointFile file = Parse(c.text);
+        EXPECT_EQ(Coords(file), (std::vector<double>{1, 2, 3, 4, 5, 6}));
+        EXPECT_EQ(Values(file), (std::vector<double>{0.5, 1.5}));
+        EXPECT_EQ(file.valueNames, std::vector<std::string>{"grade"});
+    }
+}
+
+TEST(PointFileReader, HeaderNamesChooseTheCoordinateColumns)
+{
+    struct Case {
+        const char* what;
+        const char* text;
+        std::vector<double> coords;
+        std::vector<std::string> valueNames;
+    } cases[] = {
+        {"survey names, out of order", "Au,Northing,Easting,Elevation\n7,20,10,30\n", {10, 20, 30}, {"Au"}},
+        {"short names", "E,N,RL,Cu\n10,20,30,7\n", {10, 20, 30}, {"Cu"}},
+        {"units in brackets", "Easting (m);Northing (m);Elev [m];Cu (%)\n10;20;30;7\n", {10, 20, 30}, {"Cu (%)"}},
+        {"depth points down", "X,Y,Depth,Cu\n10,20,30,7\n", {10, 20, -30}, {"Cu"}},
+        {"elevation wins over depth", "X,Y,Depth,Z,Cu\n10,20,5,30,7\n", {10, 20, 30}, {"Depth", "Cu"}},
+        {"unknown names: the first three numbers", "Hole,a,b,c,Cu\nDH1,10,20,30,7\n", {10, 20, 30}, {"Cu"}},
+        {"no header at all", "10 20 30 7\n", {10, 20, 30}, {"column 4"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const PointFile file = Parse(c.text);
+        EXPECT_EQ(Coords(file), c.coords);
+        EXPECT_EQ(file.valueNames, c.valueNames);
+    }
+}
+
+TEST(PointFileReader, NoDataMarkersBecomeBlanks)
+{
+    const PointFile file = Parse("x,y,z,a,b\n"
+                                 "0,0,0,,1\n"
+                                 "1,0,0,NA,-999\n"
+                                 "2,0,0,NaN,-999.25\n"
+                                 "3,0,0,n/a,2\n"
+                                 "4,0,0,3,1e30\n");
+    const std::vector<double> values = Values(file);
+    const std::vector<bool> blank = {true, false, true, true, true, true, true, false, false, true};
+    ASSERT_EQ(values.size(), blank.size());
+    for (size_t i = 0; i < values.size(); ++i)
+        EXPECT_EQ(std::isnan(values[i]), blank[i]) << "value " << i;
+    EXPECT_EQ(values[1], 1.0);
+    EXPECT_EQ(values[8], 3.0);
+}
+
+TEST(PointFileReader, FirstTextColumnBecomesTheLabels)
+{
+    const PointFile file = Parse("Sample,x,y,z,Cu,Lith\n"
+                                 "\"DH-1, top\",1,2,3,0.5,granite\n"
+                                 "\"say \"\"hi\"\"\",4,5,6,1.5,basalt\n"
+                                 ",7,8,9,2.5,shale\n");
+    EXPECT_EQ(file.labelName, "Sample");
+    EXPECT_EQ(file.valueNames, std::vector<std::string>{"Cu"}); // the second text column is dropped
+    EXPECT_EQ(file.points->labels_size(), 2u);
+    EXPECT_EQ(LabelOf(file, 0), "DH-1, top");
+    EXPECT_EQ(LabelOf(file, 1), "say \"hi\"");
+    EXPECT_EQ(LabelOf(file, 2), "");
+}
+
+TEST(PointFileReader, BadRowsNameTheLineAndColumn)
+{
+    struct Case {
+        const char* what;
+        const char* text;
+        const char* message;
+    } cases[] = {
+        {"text in a number column", "x,y,z,grade\n1,2,3,0.5\n\n4,5,6,high\n",
+         "pts.csv: line 4, column 4 (\"grade\"): \"high\" is not a number"},
+        {"text in a coordinate column", "Name,X,Y,Z\nA,1,2,top\n",
+         "pts.csv: line 2, column 4 (\"Z\"): \"top\" is not a number"},
+        {"too few fields", "x,y,z,grade\n1,2,3,0.5\n4,5\n", "pts.csv: line 3: 2 fields where the header has 4"},
+        {"too many fields", "x,y,z\n1,2,3,4,5\n", "pts.csv: line 2: 5 fields where the header has 3"},
+        {"unterminated quote", "x,y,z,name\n1,2,3,\"open\n", "pts.csv: line 2, column 4: unterminated quote"},
+        {"a point without a coordinate", "x,y,z\n1,2,3\n1,NA,3\n",
+         "pts.csv: line 3, column 2 (\"y\"): a point needs a coordinate, found \"NA\""},
+        {"too few numeric columns", "name,x,y\nA,1,2\n", "pts.csv: fewer than three numeric columns"},
+        {"a header only", "# nothing yet\nx,y,z\n", "pts.csv: no points after the header"},
+        {"an empty file", "\xEF\xBB\xBF\r\n", "pts.csv: no points in the file"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_THAT(ErrorOf(c.text), HasSubstr(c.message));
+    }
+}
+
+TEST(PointFileReader, MissingFileIsAnErrorNamingIt)
+{
+    try {
+        PointFileReader::Read("/nonexistent/samples.csv");
+        FAIL() << "no error";
+    } catch (const shr::Exception& error) {
+        EXPECT_THAT(error.Message(), HasSubstr("/nonexistent/samples.csv: cannot open the point file"));
+    }
+}
