@@ -62,15 +62,6 @@ std::string SceneOrDemo(const RenderOptions& options)
     return demo;
 }
 
-SceneView LoadScene(const std::string& path)
-{
-    if (NetworkDocument::IsDocument(path))
-        return NetworkDocument::Load(path);
-    const SceneDescription scene = SceneFile::Read(path);
-    SceneBuilder(scene).Build();
-    return scene.view;
-}
-
 void RunPasses()
 {
     for (int pass = 0; pass < kMaxPasses; ++pass) {
@@ -79,6 +70,23 @@ void RunPasses()
         if (!Network().IsModified())
             break;
     }
+}
+
+// Builds the network from a document or a scene file and brings it up to date.
+SceneView LoadAndRun(const std::string& path)
+{
+    if (NetworkDocument::IsDocument(path)) {
+        const SceneView view = NetworkDocument::Load(path);
+        RunPasses();
+        return view;
+    }
+    const SceneDescription scene = SceneFile::Read(path);
+    SceneBuilder builder(scene);
+    builder.Build();
+    RunPasses();
+    if (builder.RestoreReplacedValues())
+        RunPasses();
+    return scene.view;
 }
 
 // A failed module or pass is an error of the scene: nothing is written then.
@@ -101,12 +109,11 @@ void Execute(const RenderOptions& options, std::ostream& out, const HostUiProxy&
 {
     NetworkSession session;
     const std::string path = SceneOrDemo(options);
-    SceneView view = LoadScene(path);
+    SceneView view = LoadAndRun(path);
     if (options.sizeGiven) {
         view.width = options.width;
         view.height = options.height;
     }
-    RunPasses();
     CheckExecution(path, proxy);
     if (!options.document.empty())
         NetworkDocument::Save(options.document, view);

@@ -123,19 +123,42 @@ void SceneBuilder::SetProperties(const ModuleSpec& spec)
                 deferred.push_back(property);
                 continue;
             }
-            try {
-                editor.Set(property.first, property.second);
-            } catch (const shr::Exception& error) {
-                if (!IsUserError(error))
-                    throw;
-                Fail(spec, error.Message());
-            }
+            SetProperty(spec, editor, property.first, property.second);
         }
         if (deferred.size() == pending.size())
             Fail(spec, "unknown property key \"" + deferred.front().first + "\" (\"fenrak properties " + spec.type +
                            "\" lists the keys)");
         pending.swap(deferred);
     }
+}
+
+void SceneBuilder::SetProperty(const ModuleSpec& spec, PropertyEditor& editor, const std::string& key,
+                               const std::string& text)
+{
+    try {
+        editor.Set(key, text);
+    } catch (const shr::Exception& error) {
+        if (!IsUserError(error))
+            throw;
+        Fail(spec, error.Message());
+    }
+    m_SetValues[spec.name][key] = editor.ValueText(editor.List().FindKey(key));
+}
+
+bool SceneBuilder::RestoreReplacedValues()
+{
+    bool restored = false;
+    for (const ModuleSpec& spec : m_Scene.modules) {
+        PropertyEditor editor(*m_Modules.at(spec.name));
+        for (const auto& property : spec.properties) {
+            const int id = editor.List().FindKey(property.first);
+            if (id < 0 || editor.ValueText(id) == m_SetValues[spec.name][property.first])
+                continue;
+            SetProperty(spec, editor, property.first, property.second);
+            restored = true;
+        }
+    }
+    return restored;
 }
 
 } // namespace host

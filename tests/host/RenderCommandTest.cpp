@@ -2,7 +2,6 @@
 // statistics and the scene-graph file.
 #include "HostTestSupport.h"
 
-#include "core/network/VbModuleRegistry.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
 #include "host/NetworkDocument.h"
@@ -244,8 +243,6 @@ TEST(PropertiesCommand, ListsKeysKindsAndValues)
 // The sample scene of the source tree, drawn by the library's own modules.
 TEST(RenderCommand, SampleSceneDrawsSurfaces)
 {
-    if (!core::VbModuleRegistry::Instance().CanConstruct("Isosurface"))
-        GTEST_SKIP() << "no isosurface module in this build";
     ScratchFolder folder;
     const std::string picture = folder.Path("sample.png");
     const CommandResult result =
@@ -259,4 +256,30 @@ TEST(RenderCommand, SampleSceneDrawsSurfaces)
             drawn += image.At(x, y) != background;
     }
     EXPECT_GT(drawn, 80 * 60 / 20); // the surfaces cover a good part of the view
+}
+
+// The built-in scene: a translucent shell with a core inside, a vertical
+// section behind them, and the shell's legend in the lower left corner, its
+// strip running from the map's blue at the bottom to its red at the top.
+TEST(RenderCommand, DemoSceneShowsSurfacesAndTheirLegend)
+{
+    ScratchFolder folder;
+    const std::string picture = folder.Path("demo.png");
+    const CommandResult result = Render({"-o", picture, "--stats"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_NE(result.out.find("Shell"), std::string::npos) << result.out;
+    const render::Image image = ReadPng(picture);
+    ASSERT_EQ(image.Width(), 1024);
+    const shr::Color4b background = image.At(1000, 20);
+    EXPECT_EQ(background, shr::Color4b(0, 0, 0, 255));
+
+    const shr::Color4b stripBottom = image.At(50, 696), stripTop = image.At(50, 380);
+    EXPECT_GT(stripBottom.b, 200);
+    EXPECT_LT(stripBottom.r, 40);
+    EXPECT_GT(stripTop.r, 200);
+    EXPECT_LT(stripTop.b, 40);
+
+    const shr::Color4b surface = image.At(475, 480);
+    EXPECT_GT(surface.g, 150); // the isovalues map to green and yellow
+    EXPECT_GT(surface.g, surface.b);
 }

@@ -1,0 +1,176 @@
+#pragma once
+// The marching-cubes machinery of the isosurface module: the case tables, the
+// cube index of a cell, node positions, and the sweep that turns a float copy
+// of one lattice component into shared vertices, normals and triangles.
+//
+// Cell geometry. Corner c of the cell with lowest node (i, j, k) and its bit in
+// the cube index:
+//   0 (i, j+1, k) 1    1 (i+1, j+1, k) 2    2 (i+1, j, k) 4    3 (i, j, k) 8
+//   4..7: the same at k+1, bits 16..128.
+// Edges: e0 = 0-1, e1 = 1-2, e2 = 2-3, e3 = 3-0, e4..e7 the same above,
+// e8 = 0-4, e9 = 1-5, e10 = 2-6, e11 = 3-7.
+//
+// The sweep runs in slabs of cell layers on TBB workers. Every lattice edge
+// yields one vertex, made by the first cell in scan order (k, j, i) to touch
+// it, so vertex numbers follow that order. A slab makes exactly the vertices
+// that the single-threaded scan makes in its layers; the bottom face of a slab
+// belongs to the slab below, and its vertices are taken from that slab's last
+// edge records when the slabs are joined in order. The result is thus the same,
+// vertex for vertex and triangle for triangle, whatever the number of slabs.
+#include "core/graphics/VgVertexData.h"
+#include "shr/Vec3.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace core {
+
+class VdLattice;
+class VolumeCalculator;
+
+namespace VoIsoSurfacePrivate {
+
+// Cut edges of each cube index: bit e set when the corners of edge e differ.
+extern const std::array<uint32_t, 256> s_EdgeTable;
+// Edges of the triangles of each cube index, three per triangle, ended by -1.
+extern const int8_t s_TriangleTable[256][16];
+// The three edges at each corner.
+extern const uint8_t s_AdjacentEdgeTable[8][3];
+// The number of set bits of each cube index.
+extern const std::array<uint8_t, 256> s_CornerCount;
+// The corners at the ends of each edge.
+extern const uint8_t s_EdgeCorners[12][2];
+
+// The cube index of a cell from the float copy. A corner's bit is set when it
+// lies on the inner side: isovalue >= value, or with `atOrAbove` value >=
+// isovalue; a node exactly at the isovalue is inside either way.
+class BaseVertexStateCalculator {
+public:
+    BaseVertexStateCalculator(const std::vector<float>& values, float isovalue, int nodesPerRow, int nodesPerLayer,
+                              bool atOrAbove = false);
+
+    // `node` is the cell's lowest node (i, j, k).
+    unsigned int CubeIndex(size_t node) const
+    {
+        const float* v = m_Values + node;
+        return Bit(v[m_Row], 1) | Bit(v[m_Row + 1], 2) | Bit(v[1], 4) | Bit(v[0], 8) |
+               Bit(v[m_Layer + m_Row], 16) | Bit(v[m_Layer + m_Row + 1], 32) | Bit(v[m_Layer + 1], 64) |
+               Bit(v[m_Layer], 128);
+    }
+    // The bits of the four corners at i, and at i + 1, of the cell whose lowest
+    // node is given. Along a row, the next cell's corners at i are these at i + 1.
+    unsigned int LowerXBits(size_t node) const
+    {
+        const float* v = m_Values + node;
+        return Bit(v[0], 8) | Bit(v[m_Row], 1) | Bit(v[m_Layer], 128) | Bit(v[m_Layer + m_Row], 16);
+    }
+    unsigned int UpperXBits(size_t node) const
+    {
+        const float* v = m_Values + node + 1;
+        return Bit(v[0], 4) | Bit(v[m_Row], 2) | Bit(v[m_Layer], 64) | Bit(v[m_Layer + m_Row], 32);
+    }
+    static unsigned int UpperToLowerX(unsigned int upper)
+    {
+        return ((upper & 4u) << 1) | ((upper & 2u) >> 1) | ((upper & 64u) << 1) | ((upper & 32u) >> 1);
+    }
+    bool Inside(float value) const { return m_AtOrAbove ? value >= m_Isovalue : m_Isovalue >= value; }
+    // The offset of each corner's node from the cell's lowest node.
+    size_t CornerOffset(int corner) const { return m_CornerOffsets[corner]; }
+
+private:
+    unsigned int Bit(float value, unsigned int bit) const { return Inside(value) ? bit : 0u; }
+
+    const float* m_Values;
+    float m_Isovalue;
+    size_t m_Column = 1;
+    size_t m_Row;
+    size_t m_Layer;
+    bool m_AtOrAbove;
+    size_t m_CornerOffsets[8];
+};
+
+// Scene positions of nodes, equal to VdLattice::IJKToXYZ. Uniform and
+// rectilinear lattices place each axis independently, so their coordinates
+// are read from per-axis tables; curvilinear ones ask the lattice.
+class NodePositions {
+public:
+    explicit NodePositions(const VdLattice& lattice);
+
+    shr::Vec3d operator()(unsigned int i, unsigned int j, unsigned int k) const;
+    // Whether each scene coordinate depends on its own node index alone, as
+    // Axis(axis, n) gives it: separable and without a user transform.
+    bool AxisAligned() const { return m_Separable && !m_Transformed; }
+    double Axis(int axis, unsigned int n) const { return m_Axis[axis][n]; }
+
+private:
+    const VdLattice* m_Lattice;
+    bool m_Separable;
+    bool m_Transformed;
+    std::vector<double> m_Axis[3];
+};
+
+// What a sweep reads. `gradients` is empty when normals come from the faces
+// afterwards (curvilinear lattices).
+struct SweepInput {
+    const VdLattice* lattice = nullptr;
+    const std::vector<float>* values = nullptr;
+    const std::vector<shr::Vec3f>* gradients = nullptr;
+    double isovalue = 0.0;
+    bool atOrAbove = false; // the inner side is value >= isovalue
+    bool computeVolume = false;
+    const VolumeCalculator* calculator = nullptr;
+};
+
+// The two volume totals: the side of the clear corners and the side of the set
+// corners. A whole cell goes to its side; a cut cell is split between them.
+struct SweepVolumes {
+    double clearSide = 0.0;
+    double setSide = 0.0;
+};
+
+// Called with the fraction done, on the calling thread only; false stops the sweep.
+using SweepProgress = std::function<bool(double)>;
+
+// One slab's output and edge records (vertex numbers of the x, y and z edges
+// at each node of two levels). A caller that sweeps again and again keeps
+// them, so that their memory is reused.
+struct SlabBuffers {
+    std::vector<shr::Vec3d> vertices;
+    std::vector<SbVec3f> normals;
+    std::vector<int> indices;
+    std::vector<std::array<int, 3>> previous, current;
+};
+using SweepWorkspace = std::vector<std::unique_ptr<SlabBuffers>>;
+
+// Fills data.vertices, data.normals (with gradients) and data.indices (three
+// vertex numbers and -1 per triangle); returns false if progress said stop,
+// leaving `data` in an unspecified state. `slabs` 0 picks a count from the
+// number of worker threads; 1 is the plain sequential scan. Volumes are summed
+// per cell layer in scan order and the layer sums added in layer order, so
+// they too do not depend on the slab count.
+// `workspace`, when given, keeps the slabs' memory for the next sweep.
+bool Sweep(const SweepInput& input, size_t slabs, const SweepProgress& progress, VgVertexData& data,
+           SweepVolumes& volumes, int& triangles, SweepWorkspace* workspace = nullptr);
+
+// The volume of the part of a mixed cell on the side of its clear corners:
+// `edgePoints` holds the surface points of the cell's cut edges by edge number,
+// `corners` the eight corners. `points` is scratch space.
+double PolyhedronVolume(const VolumeCalculator& calculator, unsigned int index, const shr::Vec3d* edgePoints,
+                        const std::vector<shr::Vec3d>& corners, std::vector<shr::Vec3d>& points);
+
+// Area-weighted vertex normals from the triangles, for curvilinear lattices.
+void FaceNormals(VgVertexData& data);
+
+// The float copy of a component into `values` (its memory reused): blanks take
+// the component's data minimum.
+void CopyComponent(const VdLattice& lattice, unsigned int component, std::vector<float>& values);
+// Per-node gradient from central differences over node positions (one-sided at
+// the borders), lower minus upper: it points down the field.
+void NodeGradients(const VdLattice& lattice, const std::vector<float>& values, std::vector<shr::Vec3f>& gradients);
+
+} // namespace VoIsoSurfacePrivate
+} // namespace core

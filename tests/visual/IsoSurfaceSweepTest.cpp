@@ -1,0 +1,365 @@
+// The marching sweep of the isosurface: closed, consistently wound surfaces on
+// analytic fields for all three kinds of lattice, exact counts on planes, the
+// cases that give no surface, the volume estimate, and the parallel slabs
+// giving exactly the sequential result.
+#include "IsoSurfaceTestSupport.h"
+
+#include "core/processing/VolumeCalculator.h"
+#include "core/visual/VoIsoSurfacePrivate.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace {
+
+using namespace isotest;
+using namespace core::VoIsoSurfacePrivate;
+using core::VdLattice;
+using core::VgVertexData;
+
+constexpr double kPi = 3.14159265358979323846;
+
+struct Extraction {
+    VgVertexData data;
+    SweepVolumes volumes;
+    int triangles = 0;
+};
+
+struct Options {
+    size_t slabs = 0;
+    bool volume = false;
+    bool atOrAbove = false;
+    SweepWorkspace* workspace = nullptr;
+};
+
+// What the module does for one run: the float copy, gradients or face normals, the sweep.
+Extraction Extract(const VdLattice& lattice, double isovalue, Options options = {})
+{
+    static const core::VolumeCalculator calculator;
+    const bool curvilinear = dynamic_cast<const core::VdCurvilinearLattice*>(&lattice) != nullptr;
+    std::vector<float> values;
+    CopyComponent(lattice, 0, values);
+    std::vector<shr::Vec3f> gradients;
+    if (!curvilinear)
+        NodeGradients(lattice, values, gradients);
+    SweepInput input;
+    input.lattice = &lattice;
+    input.values = &values;
+    input.gradients = &gradients;
+    input.isovalue = isovalue;
+    input.atOrAbove = options.atOrAbove;
+    input.computeVolume = options.volume;
+    input.calculator = &calculator;
+    Extraction result;
+    EXPECT_TRUE(
+        Sweep(input, options.slabs, nullptr, result.data, result.volumes, result.triangles, options.workspace));
+    if (curvilinear)
+        FaceNormals(result.data);
+    return result;
+}
+
+const char* KindName(Kind kind)
+{
+    return kind == Kind::Uniform ? "uniform" : kind == Kind::Rectilinear ? "rectilinear" : "curvilinear";
+}
+
+TEST(IsoSurfaceTables, PublishedRowsAndEdgeMasks)
+{
+    const std::vector<std::vector<int>> rows = {
+        {0, 8, 3}, {0, 1, 9}, {1, 8, 3, 9, 8, 1}, {}, {0, 8, 3, 1, 2, 10}, {}, {2, 8, 3, 2, 10, 8, 10, 9, 8}};
+    for (size_t m = 1; m < rows.size(); ++m) {
+        if (rows[m - 1].empty())
+            continue;
+        for (size_t e = 0; e < rows[m - 1].size(); ++e)
+            EXPECT_EQ(s_TriangleTable[m][e], rows[m - 1][e]) << "row " << m;
+        EXPECT_EQ(s_TriangleTable[m][rows[m - 1].size()], -1) << "row " << m;
+    }
+    const int row15[] = {9, 8, 10, 10, 8, 11, -1};
+    const int row254[] = {0, 3, 8, -1};
+    EXPECT_EQ(0, std::memcmp(std::vector<int8_t>(row15, row15 + 7).data(), s_TriangleTable[15], 7));
+    EXPECT_EQ(0, std::memcmp(std::vector<int8_t>(row254, row254 + 4).data(), s_TriangleTable[254], 4));
+    EXPECT_EQ(s_TriangleTable[0][0], -1);
+    EXPECT_EQ(s_TriangleTable[255][0], -1);
+    const uint32_t start[] = {0, 0x109, 0x203, 0x30a, 0x406, 0x50f, 0x605, 0x70c, 0x80c, 0x905};
+    for (int m = 0; m < 10; ++m)
+        EXPECT_EQ(s_EdgeTable[m], start[m]) << m;
+    // Every row uses exactly the edges its mask cuts, at most five triangles.
+    for (int m = 0; m < 256; ++m) {
+        uint32_t used = 0;
+        int t = 0;
+        for (; t < 16 && s_TriangleTable[m][t] != -1; ++t)
+            used |= 1u << s_TriangleTable[m][t];
+        EXPECT_EQ(used, s_EdgeTable[m]) << "row " << m;
+        EXPECT_EQ(t % 3, 0) << "row " << m;
+        EXPECT_LE(t, 15) << "row " << m;
+        EXPECT_EQ(s_CornerCount[m], __builtin_popcount(m));
+    }
+}
+
+// Closed shapes inside the box: each must come out watertight, wound one way,
+// with the Euler characteristic of its topology, its vertices on the surface,
+// and its normals pointing down the field.
+TEST(IsoSurfaceSweep, ClosedSurfacesOnAnalyticFields)
+{
+    struct Shape {
+        const char* name;
+        Field field;
+        double isovalue;
+        long long euler;
+        double tolerance; // |f(vertex) - isovalue| from linear interpolation
+    } shapes[] = {
+        {"sphere", Sphere, 0.4321, 2, 0.01},
+        {"torus",
+         [](double x, double y, double z) {
+             const double ring = std::sqrt(x * x + y * y) - 0.55;
+             return ring * ring + z * z;
+         },
+         0.04, 0, 0.01},
+        {"two spheres",
+         [](double x, double y, double z) {
+             return std::min(Sphere(x - 0.5, y, z), Sphere(x + 0.5, y + 0.1, z));
+         },
+         0.0961, 4, 0.01},
+    };
+    for (const Shape& shape : shapes) {
+        for (Kind kind : {Kind::Uniform, Kind::Rectilinear, Kind::Curvilinear}) {
+            SCOPED_TRACE(std::string(shape.name) + ", " + KindName(kind));
+            const unsigned int dims[3] = {41, 38, 35};
+            const auto lattice = Sample(kind, dims, shape.field);
+            const Extraction out = Extract(*lattice, shape.isovalue);
+            const MeshReport mesh = Inspect(out.data);
+            EXPECT_GT(out.triangles, 100);
+            EXPECT_EQ(mesh.triangles, size_t(out.triangles));
+            EXPECT_TRUE(mesh.Closed()) << mesh.openEdges << " open, " << mesh.overusedEdges << " overused, "
+                                       << mesh.inconsistentEdges << " inconsistent, " << mesh.badTriangles << " bad";
+            EXPECT_EQ(mesh.Euler(), shape.euler);
+            EXPECT_EQ(mesh.unusedVertices, 0u);
+            ASSERT_EQ(out.data.normals.size(), out.data.vertices.size());
+            size_t offSurface = 0, upward = 0;
+            for (size_t v = 0; v < out.data.vertices.size(); ++v) {
+                const shr::Vec3d& p = out.data.vertices[v];
+                offSurface += std::fabs(shape.field(p.x, p.y, p.z) - shape.isovalue) > shape.tolerance;
+                const double h = 1e-5;
+                const shr::Vec3d gradient(shape.field(p.x + h, p.y, p.z) - shape.field(p.x - h, p.y, p.z),
+                                          shape.field(p.x, p.y + h, p.z) - shape.field(p.x, p.y - h, p.z),
+                                          shape.field(p.x, p.y, p.z + h) - shape.field(p.x, p.y, p.z - h));
+                upward += Normal(out.data, v).Dot(gradient) >= 0.0;
+            }
+            EXPECT_EQ(offSurface, 0u);
+            EXPECT_EQ(upward, 0u) << "normals point down the field";
+            // Seen from the side the normals point to, triangles run clockwise.
+            size_t counter = 0;
+            for (size_t t = 0; t < mesh.triangles; ++t) {
+                const int a = out.data.indices[4 * t];
+                counter += WindingNormal(out.data, t).Dot(Normal(out.data, a)) > 0.0;
+            }
+            EXPECT_EQ(counter, 0u);
+        }
+    }
+}
+
+TEST(IsoSurfaceSweep, PlanesGiveExactCounts)
+{
+    const unsigned int dims[3] = {6, 5, 4};
+    struct Case {
+        const char* name;
+        double isovalue;
+        double expectedZ; // of every vertex
+    } cases[] = {
+        {"between layers", 0.2, 0.2},
+        {"on a layer: its nodes count as inside", -1.0 / 3.0, -1.0 / 3.0},
+    };
+    for (Kind kind : {Kind::Uniform, Kind::Rectilinear, Kind::Curvilinear})
+        for (const Case& c : cases) {
+            SCOPED_TRACE(std::string(c.name) + ", " + KindName(kind));
+            const auto lattice = Sample(kind, dims, [](double, double, double z) { return z; });
+            const Extraction out = Extract(*lattice, c.isovalue);
+            EXPECT_EQ(out.triangles, 2 * 5 * 4);
+            EXPECT_EQ(out.data.vertices.size(), 6u * 5u);
+            const MeshReport mesh = Inspect(out.data);
+            EXPECT_EQ(mesh.badTriangles + mesh.overusedEdges + mesh.inconsistentEdges, 0u);
+            EXPECT_EQ(mesh.openEdges, 2u * (5 + 4)) << "only the rim is open";
+            for (size_t v = 0; v < out.data.vertices.size(); ++v) {
+                EXPECT_NEAR(out.data.vertices[v].z, c.expectedZ, 1e-6);
+                EXPECT_NEAR(Normal(out.data, v).z, -1.0, 1e-6);
+            }
+        }
+}
+
+TEST(IsoSurfaceSweep, NoSurfaceCases)
+{
+    const unsigned int cube[3] = {5, 4, 6}, flat[3] = {5, 4, 1};
+    struct Case {
+        const char* name;
+        const unsigned int* dims;
+        Field field;
+        double isovalue;
+        double setSide; // of the box volume 8
+    } cases[] = {
+        {"constant field at the isovalue", cube, [](double, double, double) { return 2.5; }, 2.5, 8.0},
+        {"constant field above", cube, [](double, double, double) { return 2.5; }, 1.0, 0.0},
+        {"isovalue above the data", cube, Sphere, 4.0, 8.0},
+        {"isovalue below the data", cube, Sphere, -1.0, 0.0},
+        {"flat lattice", flat, Sphere, 0.5, 0.0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto lattice = Sample(Kind::Uniform, c.dims, c.field);
+        const Extraction out = Extract(*lattice, c.isovalue, {0, true, false});
+        EXPECT_EQ(out.triangles, 0);
+        EXPECT_TRUE(out.data.vertices.empty());
+        EXPECT_TRUE(out.data.indices.empty());
+        const double box = c.dims[2] > 1 ? 8.0 : 0.0;
+        EXPECT_NEAR(out.volumes.setSide, c.setSide, 1e-12);
+        EXPECT_NEAR(out.volumes.clearSide, box - c.setSide, 1e-12);
+    }
+}
+
+TEST(IsoSurfaceSweep, NearlyEqualNeighboursPutTheVertexOnTheFirstNode)
+{
+    const unsigned int dims[3] = {2, 2, 2};
+    const float low = 0.5f, high = std::nextafter(0.5f, 1.0f);
+    const float values[8] = {low, low, low, low, high, high, high, high};
+    core::VdUniformLattice lattice(shr::Float, dims, values, 1);
+    // The isovalue narrows to 0.5f, so the edges are cut; unnarrowed it lies
+    // about 2% of the way up, but the difference is below the float epsilon.
+    const Extraction out = Extract(lattice, 0.5 + 1e-9);
+    ASSERT_EQ(out.triangles, 2);
+    for (const shr::Vec3d& p : out.data.vertices)
+        EXPECT_EQ(p.z, 0.0);
+}
+
+TEST(IsoSurfaceSweep, BlankNodesActAsTheDataMinimum)
+{
+    const unsigned int dims[3] = {5, 5, 5};
+    std::vector<float> values(125, 1.0f);
+    values[0] = 0.0f;                   // a corner at the minimum
+    values[(2 * 5 + 2) * 5 + 2] = 9.0f; // the centre, blanked below
+    core::VdUniformLattice lattice(shr::Float, dims, values.data(), 1);
+    lattice.SetBlank(2, 2, 2);
+    const Extraction out = Extract(lattice, 0.5);
+    // One triangle cuts off the corner; the blank centre is wrapped by eight.
+    EXPECT_EQ(out.triangles, 9);
+    for (const shr::Vec3d& p : out.data.vertices) {
+        const double toCorner = (p - shr::Vec3d(0, 0, 0)).Length();
+        const double toCentre = (p - shr::Vec3d(2, 2, 2)).Length();
+        EXPECT_NEAR(std::min(toCorner, toCentre), 0.5, 1e-9);
+    }
+}
+
+TEST(IsoSurfaceSweep, GradientsUseNodePositionsAndPointDownTheField)
+{
+    const unsigned int dims[3] = {7, 6, 5};
+    const auto lattice = Sample(Kind::Rectilinear, dims, [](double x, double y, double z) { return 2 * x - 3 * y + z / 2; },
+                                -1.0, 1.0, 0.7);
+    std::vector<float> values;
+    CopyComponent(*lattice, 0, values);
+    std::vector<shr::Vec3f> gradients;
+    NodeGradients(*lattice, values, gradients);
+    ASSERT_EQ(gradients.size(), 7u * 6u * 5u);
+    for (const shr::Vec3f& g : gradients) {
+        EXPECT_NEAR(g.x, -2.0f, 1e-5f);
+        EXPECT_NEAR(g.y, 3.0f, 1e-5f);
+        EXPECT_NEAR(g.z, -0.5f, 1e-5f);
+    }
+}
+
+TEST(IsoSurfaceSweep, SphereVolumesMatchTheAnalyticValue)
+{
+    const double radius = 0.7;
+    const double sphere = 4.0 / 3.0 * kPi * radius * radius * radius;
+    for (Kind kind : {Kind::Uniform, Kind::Curvilinear}) {
+        const auto lattice = Sample(kind, 24, Sphere);
+        for (bool inverted : {false, true}) {
+            SCOPED_TRACE(std::string(KindName(kind)) + (inverted ? ", inverted" : ""));
+            const Extraction out = Extract(*lattice, radius * radius, {0, true, inverted});
+            // Normally the set corners are those at or below the isovalue (inside);
+            // inverted, those at or above.
+            const double inside = inverted ? out.volumes.clearSide : out.volumes.setSide;
+            const double outside = inverted ? out.volumes.setSide : out.volumes.clearSide;
+            EXPECT_NEAR(inside, sphere, 0.03 * sphere);
+            EXPECT_NEAR(inside + outside, 8.0, 1e-9);
+        }
+    }
+}
+
+// A field cut almost everywhere, on lattices of odd sizes, joined from
+// different numbers of slabs, with slab memory reused from sweep to sweep:
+// vertices, normals and triangles must equal the single-slab scan bit for bit,
+// and so must the volumes.
+TEST(IsoSurfaceSweep, SlabsGiveExactlyTheSequentialResult)
+{
+    const Field waves = [](double x, double y, double z) { return std::sin(9 * x) * std::sin(8 * y) * std::sin(7 * z); };
+    struct Case {
+        Kind kind;
+        unsigned int dims[3];
+        bool volume;
+    } cases[] = {
+        {Kind::Uniform, {33, 29, 41}, false},
+        {Kind::Rectilinear, {30, 31, 27}, false},
+        {Kind::Curvilinear, {21, 18, 23}, false},
+        {Kind::Uniform, {13, 12, 15}, true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(KindName(c.kind));
+        const auto lattice = Sample(c.kind, c.dims, waves, -1.0, 1.0, 0.3);
+        const Extraction sequential = Extract(*lattice, 0.05, {1, c.volume, false});
+        ASSERT_GT(sequential.triangles, 1000);
+        EXPECT_TRUE(Inspect(sequential.data).badTriangles == 0);
+        SweepWorkspace workspace;
+        Extract(*lattice, -0.3, {3, c.volume, false, &workspace}); // leaves other records behind
+        for (size_t slabs : {size_t(2), size_t(5), size_t(0), size_t(c.dims[2] - 1), size_t(1000)}) {
+            SCOPED_TRACE(slabs);
+            const Extraction parallel = Extract(*lattice, 0.05, {slabs, c.volume, false, &workspace});
+            EXPECT_EQ(parallel.triangles, sequential.triangles);
+            EXPECT_EQ(parallel.data.indices, sequential.data.indices);
+            ASSERT_EQ(parallel.data.vertices.size(), sequential.data.vertices.size());
+            EXPECT_EQ(0, std::memcmp(parallel.data.vertices.data(), sequential.data.vertices.data(),
+                                     sequential.data.vertices.size() * sizeof(shr::Vec3d)));
+            ASSERT_EQ(parallel.data.normals.size(), sequential.data.normals.size());
+            EXPECT_EQ(0, std::memcmp(parallel.data.normals.data(), sequential.data.normals.data(),
+                                     sequential.data.normals.size() * sizeof(SbVec3f)));
+            EXPECT_EQ(parallel.volumes.clearSide, sequential.volumes.clearSide);
+            EXPECT_EQ(parallel.volumes.setSide, sequential.volumes.setSide);
+        }
+    }
+}
+
+TEST(IsoSurfaceSweep, ProgressCanStopTheSweep)
+{
+    const auto lattice = Sample(Kind::Uniform, 20, Sphere);
+    std::vector<float> values;
+    CopyComponent(*lattice, 0, values);
+    std::vector<shr::Vec3f> gradients;
+    NodeGradients(*lattice, values, gradients);
+    SweepInput input;
+    input.lattice = lattice.get();
+    input.values = &values;
+    input.gradients = &gradients;
+    input.isovalue = 0.5;
+    for (size_t slabs : {size_t(1), size_t(4)}) {
+        std::vector<double> fractions;
+        VgVertexData data;
+        SweepVolumes volumes;
+        int triangles = 0;
+        const bool finished = Sweep(
+            input, slabs,
+            [&](double fraction) {
+                fractions.push_back(fraction);
+                return fractions.size() < 5;
+            },
+            data, volumes, triangles);
+        EXPECT_FALSE(finished) << slabs;
+        ASSERT_FALSE(fractions.empty());
+        if (slabs == 1) {
+            EXPECT_EQ(fractions.front(), 0.0);
+        }
+        for (double f : fractions)
+            EXPECT_TRUE(f >= 0.0 && f < 1.0);
+    }
+}
+
+} // namespace
