@@ -1,6 +1,7 @@
 #include "core/gridding/CSearchEngine.h"
 
 #include "core/network/VbProgress.h"
+#include "shr/Exception.h"
 
 #include <algorithm>
 #include <cfloat>
@@ -51,7 +52,7 @@ bool BoxesIntersect(const shr::Box3d& a, const shr::Box3d& b)
            a.min.z <= b.max.z && b.min.z <= a.max.z;
 }
 
-double Coordinate(const CPointDatum& p, int axis)
+double Coordinate(const shr::Point3<double>& p, int axis)
 {
     return axis == 0 ? p.X() : axis == 1 ? p.Y() : p.Z();
 }
@@ -64,27 +65,36 @@ double OrderKey(double key)
 // The tree depth whose finished subtrees report progress: 2^7 = 128 reports.
 constexpr int kProgressDepth = 7;
 
+// Subtrees of at most this many rows are read straight through: testing their
+// nodes' boxes costs more than the distances it saves. Rows are offered in
+// another order than the node walk would take, which leaves the answer as it
+// is: it is the best MaxData rows by distance and table position, whatever
+// order they come in.
+constexpr size_t kBucketSize = 16;
+
 } // namespace
 
 CSearchEngine::CSearchEngine(const CSearchRules& rules, const CPointData& data)
     : m_Rules(rules), m_Limit(1.0), m_Progress(nullptr), m_Diagonal(rules.AffineTransform().IsDiagonal()),
-      m_SeedMask(0), m_FirstRow(nullptr), m_EndRow(nullptr)
+      m_Stamp(0), m_FirstRow(data.empty() ? nullptr : &data[0]), m_RowCount(data.size())
 {
+    // Rows are held by 32-bit index; a point set never has more.
+    if (data.size() > std::numeric_limits<uint32_t>::max())
+        shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "Too many rows for the search engine.");
     for (int axis = 0; axis < 3; ++axis)
         m_AxisTransforms[axis] = rules.AffineTransform();
     m_Points.reserve(data.size());
-    for (PointIterator row = data.begin(); row != data.end(); ++row)
-        m_Points.push_back(row);
-    if (!data.empty()) {
-        m_FirstRow = &*data.begin();
-        m_EndRow = m_FirstRow + data.size();
-    }
+    for (size_t r = 0; r < data.size(); ++r)
+        m_Points.push_back({data[r], static_cast<uint32_t>(r), 0});
     if (m_Rules.AllData())
         return;
     VbProgress progress("Initializing the search engine.", 0, 500, 100);
     m_Progress = &progress;
-    MakeTree(m_Points.begin(), m_Points.end(), 0);
+    MakeTree(0, m_Points.size(), 0);
     m_Progress = nullptr;
+    m_TreeIndex.resize(m_Points.size());
+    for (size_t t = 0; t < m_Points.size(); ++t)
+        m_TreeIndex[m_Points[t].row] = static_cast<uint32_t>(t);
 }
 
 CSearchEngine::~CSearchEngine() = default;
@@ -94,14 +104,14 @@ CSearchEngine::~CSearchEngine() = default;
 // never found (its distance is not at most any limit), and finite rows keep
 // their places.
 template <bool Diagonal>
-inline double CSearchEngine::AxisKey(const CPointDatum& p, int axis) const
+inline double CSearchEngine::AxisKey(const Position& p, int axis) const
 {
     const CAffineTransform& t = m_AxisTransforms[axis];
     return OrderKey(Diagonal ? t.Forward()[4 * axis] * Coordinate(p, axis) : t.TransformAxis(p, axis));
 }
 
 template <bool Diagonal>
-inline double CSearchEngine::Distance(const CPointDatum& p) const
+inline double CSearchEngine::Distance(const Position& p) const
 {
     const CAffineTransform& t = m_Rules.AffineTransform();
     if (!Diagonal)
@@ -113,28 +123,29 @@ inline double CSearchEngine::Distance(const CPointDatum& p) const
     return dx * (g[0] * dx) + dy * (g[4] * dy) + dz * (g[8] * dz);
 }
 
-void CSearchEngine::MakeTree(TreeIterator first, TreeIterator last, int depth)
+void CSearchEngine::MakeTree(size_t first, size_t last, int depth)
 {
     if (last - first < 2)
         return;
-    const TreeIterator middle = first + (last - first) / 2;
+    const size_t middle = first + (last - first) / 2;
+    const auto begin = m_Points.begin();
     const int axis = depth % 3;
     const double scale = m_AxisTransforms[axis].Forward()[4 * axis];
     if (m_Diagonal && scale > 0.0) {
         // A positive scale keeps the order of the raw coordinate, which is
         // cheaper to compare; rows of equal key may fall either way.
-        std::nth_element(first, middle, last, [axis](const PointIterator& a, const PointIterator& b) {
-            return OrderKey(Coordinate(*a, axis)) < OrderKey(Coordinate(*b, axis));
+        std::nth_element(begin + first, begin + middle, begin + last, [axis](const Entry& a, const Entry& b) {
+            return OrderKey(Coordinate(a.position, axis)) < OrderKey(Coordinate(b.position, axis));
         });
     } else {
-        std::nth_element(first, middle, last, [this, axis](const PointIterator& a, const PointIterator& b) {
-            return AxisKey<false>(*a, axis) < AxisKey<false>(*b, axis);
+        std::nth_element(begin + first, begin + middle, begin + last, [this, axis](const Entry& a, const Entry& b) {
+            return AxisKey<false>(a.position, axis) < AxisKey<false>(b.position, axis);
         });
     }
     MakeTree(first, middle, depth + 1);
     MakeTree(middle + 1, last, depth + 1);
     if (depth == kProgressDepth && m_Progress)
-        m_Progress->Update(static_cast<double>(last - m_Points.begin()) / static_cast<double>(m_Points.size()));
+        m_Progress->Update(static_cast<double>(last) / static_cast<double>(m_Points.size()));
 }
 
 bool CSearchEngine::Search(const shr::Point3<double>& query, std::vector<CNeighbor>& neighbours)
@@ -156,14 +167,21 @@ bool CSearchEngine::Search(const shr::Point3<double>& query, std::vector<CNeighb
     InsertSeeds(neighbours);
     const size_t maxData = static_cast<size_t>(m_Rules.MaxData());
     SetLimit(m_Neighbors.size() == maxData ? m_Neighbors.front().distance : 1.0);
-    if (!m_Points.empty()) {
-        const shr::Box3d everywhere(-DBL_MAX, -DBL_MAX, -DBL_MAX, DBL_MAX, DBL_MAX, DBL_MAX);
-        Scan(m_Points.begin(), m_Points.end(), 0, everywhere);
+    if (m_Points.empty()) {
+        // nothing to walk
+    } else if (!m_Diagonal) {
+        shr::Box3d everywhere(-DBL_MAX, -DBL_MAX, -DBL_MAX, DBL_MAX, DBL_MAX, DBL_MAX);
+        ScanNode(0, m_Points.size(), 0, everywhere);
+    } else if (std::isfinite(m_TransformedQuery.X()) && std::isfinite(m_TransformedQuery.Y()) &&
+               std::isfinite(m_TransformedQuery.Z())) {
+        // (No row lies at a finite distance from a query that is not finite.)
+        double gap[3] = {0.0, 0.0, 0.0};
+        ScanDiagonal(0, m_Points.size(), 0, gap);
     }
 
     // Farthest first, nearest last.
-    std::sort_heap(m_Neighbors.begin(), m_Neighbors.end(), Better);
-    neighbours.assign(m_Neighbors.rbegin(), m_Neighbors.rend());
+    std::sort(m_Neighbors.begin(), m_Neighbors.end(), [](const CNeighbor& a, const CNeighbor& b) { return Better(b, a); });
+    neighbours.assign(m_Neighbors.begin(), m_Neighbors.end());
     return static_cast<int32_t>(neighbours.size()) >= m_Rules.MinData();
 }
 
@@ -172,63 +190,46 @@ void CSearchEngine::SearchAllData(std::vector<CNeighbor>& neighbours) const
     const CAffineTransform& transform = m_Rules.AffineTransform();
     neighbours.clear();
     neighbours.reserve(m_Points.size());
-    for (const PointIterator& row : m_Points)
-        neighbours.emplace_back(transform.SquaredDistance(*row, m_Query), &*row);
+    for (const Entry& entry : m_Points)
+        neighbours.emplace_back(transform.SquaredDistance(entry.position, m_Query), m_FirstRow + entry.row);
+}
+
+void CSearchEngine::NextStamp()
+{
+    if (++m_Stamp != 0)
+        return;
+    for (Entry& entry : m_Points)
+        entry.stamp = 0;
+    m_Stamp = 1;
 }
 
 void CSearchEngine::InsertSeeds(const std::vector<CNeighbor>& seeds)
 {
     m_Neighbors.clear();
-    size_t tableSize = 0;
-    if (!seeds.empty()) {
-        tableSize = 16;
-        while (tableSize < 2 * seeds.size())
-            tableSize *= 2;
-    }
-    m_SeedTable.assign(tableSize, nullptr);
-    m_SeedMask = tableSize ? tableSize - 1 : 0;
-
+    NextStamp();
     const uintptr_t first = reinterpret_cast<uintptr_t>(m_FirstRow);
-    const uintptr_t end = reinterpret_cast<uintptr_t>(m_EndRow);
+    const uintptr_t end = first + m_RowCount * sizeof(CPointDatum);
     for (const CNeighbor& seed : seeds) {
         // Only rows of this table can seed; anything else is ignored.
         const uintptr_t address = reinterpret_cast<uintptr_t>(seed.datum);
         if (address < first || address >= end || (address - first) % sizeof(CPointDatum) != 0)
             continue;
-        const CPointDatum* row = m_FirstRow + (address - first) / sizeof(CPointDatum);
-        size_t slot = (static_cast<size_t>(row - m_FirstRow) * 0x9E3779B97F4A7C15ull >> 17) & m_SeedMask;
-        while (m_SeedTable[slot] && m_SeedTable[slot] != row)
-            slot = (slot + 1) & m_SeedMask;
-        if (m_SeedTable[slot])
+        Entry& entry = m_Points[m_TreeIndex[(address - first) / sizeof(CPointDatum)]];
+        if (entry.stamp == m_Stamp)
             continue; // the same row twice: a set holds it once
-        m_SeedTable[slot] = row;
-        const double distance = m_Diagonal ? Distance<true>(*row) : Distance<false>(*row);
+        entry.stamp = m_Stamp;
+        const double distance = m_Diagonal ? Distance<true>(entry.position) : Distance<false>(entry.position);
         if (distance <= 1.0)
-            m_Neighbors.emplace_back(distance, row);
+            m_Neighbors.emplace_back(distance, m_FirstRow + entry.row);
     }
-    std::make_heap(m_Neighbors.begin(), m_Neighbors.end(), Better);
     const size_t maxData = static_cast<size_t>(m_Rules.MaxData());
-    while (m_Neighbors.size() > maxData)
-        PopWorst();
-}
-
-inline bool CSearchEngine::IsSeed(const CPointDatum* p) const
-{
-    if (m_SeedTable.empty())
-        return false;
-    size_t slot = (static_cast<size_t>(p - m_FirstRow) * 0x9E3779B97F4A7C15ull >> 17) & m_SeedMask;
-    while (m_SeedTable[slot]) {
-        if (m_SeedTable[slot] == p)
-            return true;
-        slot = (slot + 1) & m_SeedMask;
+    if (m_Neighbors.size() > maxData) {
+        std::nth_element(m_Neighbors.begin(), m_Neighbors.begin() + static_cast<std::ptrdiff_t>(maxData),
+                         m_Neighbors.end(), Better);
+        m_Neighbors.resize(maxData);
     }
-    return false;
-}
-
-void CSearchEngine::PopWorst()
-{
-    std::pop_heap(m_Neighbors.begin(), m_Neighbors.end(), Better);
-    m_Neighbors.pop_back();
+    if (m_Neighbors.size() == maxData)
+        std::make_heap(m_Neighbors.begin(), m_Neighbors.end(), Better);
 }
 
 inline void CSearchEngine::SetLimit(double limit)
@@ -243,11 +244,11 @@ inline void CSearchEngine::SetLimit(double limit)
 // either way meeting it in the tree changes nothing. Once the set is full a
 // newcomer that is not better than the worst would be inserted and dropped at
 // once, so it is not inserted at all.
-inline void CSearchEngine::Offer(const CPointDatum* p, double distance)
+inline void CSearchEngine::Offer(const Entry& entry, double distance)
 {
-    if (!(distance <= m_Limit) || IsSeed(p))
+    if (!(distance <= m_Limit) || entry.stamp == m_Stamp)
         return;
-    const CNeighbor candidate(distance, p);
+    const CNeighbor candidate(distance, m_FirstRow + entry.row);
     const size_t maxData = static_cast<size_t>(m_Rules.MaxData());
     if (m_Neighbors.size() == maxData) {
         if (!Better(candidate, m_Neighbors.front()))
@@ -256,68 +257,114 @@ inline void CSearchEngine::Offer(const CPointDatum* p, double distance)
         SiftDownFromTop(m_Neighbors);
     } else {
         m_Neighbors.push_back(candidate);
-        std::push_heap(m_Neighbors.begin(), m_Neighbors.end(), Better);
         if (m_Neighbors.size() != maxData)
             return;
+        std::make_heap(m_Neighbors.begin(), m_Neighbors.end(), Better);
     }
     SetLimit(m_Neighbors.front().distance);
 }
 
-void CSearchEngine::Scan(TreeIterator first, TreeIterator last, int depth, const shr::Box3d& nodeBox)
-{
-    shr::Box3d box = nodeBox;
-    if (m_Diagonal)
-        ScanNode<true>(first, last, depth, box);
-    else
-        ScanNode<false>(first, last, depth, box);
-}
-
-// Whether the node lies wholly outside the ball of the current limit, which the
-// box test alone cannot see near the corners of the search box. The test
-// leaves a margin far above rounding on every gap and on the sum, so that it
-// never skips a row that the distance test could take: it only saves visits
-// and changes no answer. Used with diagonal transforms, whose tree keys and
-// distances share the same per-axis terms.
-inline bool CSearchEngine::BallMisses(const shr::Box3d& nodeBox) const
-{
-    const double query[3] = {m_TransformedQuery.X(), m_TransformedQuery.Y(), m_TransformedQuery.Z()};
-    double sum = 0.0;
-    for (int axis = 0; axis < 3; ++axis) {
-        double gap = 0.0;
-        if (nodeBox.min[axis] > query[axis])
-            gap = nodeBox.min[axis] - query[axis];
-        else if (query[axis] > nodeBox.max[axis])
-            gap = query[axis] - nodeBox.max[axis];
-        gap -= 1e-12 * (std::fabs(query[axis]) + gap + 1.0);
-        if (gap > 0.0)
-            sum += gap * gap;
-    }
-    return sum > m_Limit * (1.0 + 1e-12);
-}
-
 template <bool Diagonal>
-void CSearchEngine::ScanNode(TreeIterator first, TreeIterator last, int depth, shr::Box3d& nodeBox)
+void CSearchEngine::ScanBucket(size_t first, size_t last)
 {
-    if (!BoxesIntersect(m_SearchBox, nodeBox) || (Diagonal && BallMisses(nodeBox)))
+    if (!Diagonal) {
+        for (size_t i = first; i < last; ++i)
+            Offer(m_Points[i], Distance<false>(m_Points[i].position));
         return;
-    const TreeIterator middle = first + (last - first) / 2;
-    const CPointDatum& row = **middle;
-    Offer(&row, Distance<Diagonal>(row));
+    }
+    // Distance<true> with the query and the gram diagonal held in registers.
+    const double qx = m_Query.X(), qy = m_Query.Y(), qz = m_Query.Z();
+    const double* g = m_Rules.AffineTransform().Gram();
+    const double gx = g[0], gy = g[4], gz = g[8];
+    for (size_t i = first; i < last; ++i) {
+        const Position& p = m_Points[i].position;
+        const double dx = p.X() - qx;
+        const double dy = p.Y() - qy;
+        const double dz = p.Z() - qz;
+        const double distance = dx * (gx * dx) + dy * (gy * dy) + dz * (gz * dz);
+        if (distance <= m_Limit)
+            Offer(m_Points[i], distance);
+    }
+}
+
+void CSearchEngine::ScanNode(size_t first, size_t last, int depth, shr::Box3d& nodeBox)
+{
+    if (!BoxesIntersect(m_SearchBox, nodeBox))
+        return;
+    if (last - first <= kBucketSize) {
+        ScanBucket<false>(first, last);
+        return;
+    }
+    const size_t middle = first + (last - first) / 2;
+    const Entry& entry = m_Points[middle];
+    Offer(entry, Distance<false>(entry.position));
 
     const int axis = depth % 3;
-    const double split = AxisKey<Diagonal>(row, axis);
+    const double split = AxisKey<false>(entry.position, axis);
     if (first != middle) {
         const double saved = nodeBox.max[axis];
         nodeBox.max[axis] = split;
-        ScanNode<Diagonal>(first, middle, depth + 1, nodeBox);
+        ScanNode(first, middle, depth + 1, nodeBox);
         nodeBox.max[axis] = saved;
     }
     if (middle + 1 != last) {
         const double saved = nodeBox.min[axis];
         nodeBox.min[axis] = split;
-        ScanNode<Diagonal>(middle + 1, last, depth + 1, nodeBox);
+        ScanNode(middle + 1, last, depth + 1, nodeBox);
         nodeBox.min[axis] = saved;
     }
+}
+
+// The distance from the query to a node's box along one axis, made smaller by
+// a margin far above rounding, so that pruning by it never skips a row that
+// the distance test could take: it only saves visits and changes no answer.
+// A gap that cannot be computed counts as none.
+inline double CSearchEngine::Gap(double difference, double query) const
+{
+    const double gap = difference - 1e-12 * (std::fabs(query) + difference + 1.0);
+    return gap > 0.0 ? gap : 0.0;
+}
+
+// Whether a node lies wholly outside the ball of the current limit. With a
+// diagonal transform the tree keys and the distances share their per-axis
+// terms, so the ball is a sound test (the margin of Gap and here aside).
+inline bool CSearchEngine::BallMisses(const double gap[3]) const
+{
+    return gap[0] * gap[0] + gap[1] * gap[1] + gap[2] * gap[2] > m_Limit * (1.0 + 1e-12);
+}
+
+// The child on the query's side is walked first: it holds the nearest rows,
+// which shrink the limit before the far side is tested. The order changes
+// which rows are offered, not the answer, which is the best MaxData rows by
+// distance and table position whatever order they come in.
+void CSearchEngine::ScanDiagonal(size_t first, size_t last, int depth, double gap[3])
+{
+    if (last - first <= kBucketSize) {
+        ScanBucket<true>(first, last);
+        return;
+    }
+    const size_t middle = first + (last - first) / 2;
+    const Entry& entry = m_Points[middle];
+    Offer(entry, Distance<true>(entry.position));
+
+    const int axis = depth % 3;
+    const double split = AxisKey<true>(entry.position, axis);
+    const double query = Coordinate(m_TransformedQuery, axis);
+    const double saved = gap[axis];
+    const double leftGap = query > split ? Gap(query - split, query) : saved;
+    const double rightGap = query < split ? Gap(split - query, query) : saved;
+    const bool leftFirst = !(query > split);
+    for (int side = 0; side < 2; ++side) {
+        const bool left = (side == 0) == leftFirst;
+        const size_t from = left ? first : middle + 1;
+        const size_t to = left ? middle : last;
+        if (from == to)
+            continue;
+        gap[axis] = left ? leftGap : rightGap;
+        if (!BallMisses(gap))
+            ScanDiagonal(from, to, depth + 1, gap);
+    }
+    gap[axis] = saved;
 }
 
 } // namespace core

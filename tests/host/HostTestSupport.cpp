@@ -1,6 +1,5 @@
 #include "HostTestSupport.h"
 
-#include "core/network/VoNetwork.h"
 #include "host/PropertiesCommand.h"
 #include "host/RenderCommand.h"
 #include "render/CoinInit.h"
@@ -60,27 +59,29 @@ std::vector<std::string> ScratchFolder::Files() const
     return names;
 }
 
-CommandResult Render(const std::vector<std::string>& args)
+namespace {
+
+template <class Command>
+CommandResult Capture(Command command, const std::vector<std::string>& args)
 {
     std::ostringstream out;
     std::ostringstream err;
     CommandResult result;
-    result.status = host::RenderCommand::Run(args, out, err);
+    result.status = command(args, out, err);
     result.out = out.str();
     result.err = err.str();
     return result;
 }
 
-CommandResult Properties(const std::vector<std::string>& args)
+} // namespace
+
+CommandResult Render(const std::vector<std::string>& args)
 {
-    std::ostringstream out;
-    std::ostringstream err;
-    CommandResult result;
-    result.status = host::PropertiesCommand::Run(args, out, err);
-    result.out = out.str();
-    result.err = err.str();
-    return result;
+    return Capture([](const auto& words, auto& out, auto& err) { return host::RenderCommand::Run(words, out, err); },
+                   args);
 }
+
+CommandResult Properties(const std::vector<std::string>& args) { return Capture(&host::PropertiesCommand::Run, args); }
 
 render::Image ReadPng(const std::string& path)
 {
@@ -104,11 +105,10 @@ bool FileExists(const std::string& path)
 
 namespace {
 
-// Scene-graph library first; the update thread stopped once all tests ran.
+// The scene-graph library with the renderer's message filter, before any test.
 class HostEnvironment : public ::testing::Environment {
 public:
     void SetUp() override { render::EnsureCoinInit(); }
-    void TearDown() override { core::VoNetwork::Instance().Release(); }
 };
 
 const ::testing::Environment* const s_Environment = ::testing::AddGlobalTestEnvironment(new HostEnvironment);

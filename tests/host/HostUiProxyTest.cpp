@@ -2,7 +2,6 @@
 #include "HostTestSupport.h"
 
 #include "core/network/VoModule.h"
-#include "core/network/VoNetwork.h"
 #include "core/processing/VoPointsSrc.h"
 #include "core/data/VdPoints.h"
 #include "host/HostUiProxy.h"
@@ -45,7 +44,6 @@ TEST(HostUiProxy, ProgressIsABarOnATerminalAndLinesElsewhere)
 
 TEST(HostUiProxy, ErrorsAreTiedToTheModuleThatFailed)
 {
-    core::VoNetwork::Instance().Init();
     std::ostringstream stream;
     HostUiProxy proxy(stream, false);
     core::VoPointsSrc module;
@@ -64,7 +62,6 @@ TEST(HostUiProxy, ErrorsAreTiedToTheModuleThatFailed)
 
 TEST(HostUiProxy, ReloadReadsThePointFileAgain)
 {
-    core::VoNetwork::Instance().Init();
     hosttest::ScratchFolder folder;
     const std::string path = folder.Write("pts.csv", "x,y,z,v\n0,0,0,1\n");
     std::unique_ptr<core::VoModule> module = host::PointSetLoader::Create(path, "pts.csv");

@@ -71,8 +71,7 @@ VoModule::ModuleStatus TestModule::ExecuteImpl(std::shared_ptr<core::VgRenderer>
 
 void NetworkTest::SetUp()
 {
-    network().Init();
-    network().DeleteAllNodes();
+    NetworkFixture::SetUp();
     // A pass over the empty network clears an abort left by an earlier test.
     RunPass();
     network().SetModified(false);
@@ -82,15 +81,8 @@ void NetworkTest::SetUp()
 
 void NetworkTest::TearDown()
 {
-    network().WaitUntilDone(2000);
-    network().DeleteAllNodes();
+    NetworkFixture::TearDown();
     proxy.reset();
-}
-
-void NetworkTest::RunPass()
-{
-    network().Update();
-    network().WaitUntilDone(2000);
 }
 
 std::vector<SoNode*> NetworkTest::RootChildren() const
@@ -104,16 +96,3 @@ std::vector<SoNode*> NetworkTest::RootChildren() const
 }
 
 } // namespace nettest
-
-namespace {
-
-// Stops the update thread and frees the modules once all tests have run.
-class NetworkEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override { core::VoNetwork::Instance().Init(); }
-    void TearDown() override { core::VoNetwork::Instance().Release(); }
-};
-
-const ::testing::Environment* const g_Environment = ::testing::AddGlobalTestEnvironment(new NetworkEnvironment);
-
-} // namespace

@@ -15,6 +15,8 @@
 #include "core/properties/VbPropertyEvent.h"
 #include "shr/Exception.h"
 
+#include "NetworkFixture.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -43,28 +45,11 @@ private:
 class TestPropList : public core::SimplePropertyCollection {};
 
 // Records what the library tells the host; calls come from both threads.
-class RecordingProxy : public core::UiProxy {
+class RecordingProxy : public testsupport::ErrorProxy {
 public:
-    void ErrorMsg(const shr::Exception& error) override
-    {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        errors.push_back(error.Message());
-    }
-    void PushProgress(const char* text, bool flag) override
-    {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        events.push_back(std::string("push:") + text + (flag ? ":1" : ":0"));
-    }
-    void PopProgress() override
-    {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        events.push_back("pop");
-    }
-    void ProgressText(const char* text) override
-    {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        events.push_back(std::string("text:") + text);
-    }
+    void PushProgress(const char* text, bool flag) override { Record(std::string("push:") + text + (flag ? ":1" : ":0")); }
+    void PopProgress() override { Record("pop"); }
+    void ProgressText(const char* text) override { Record(std::string("text:") + text); }
     void Progress(double fraction) override
     {
         std::lock_guard<std::mutex> lock(m_Mutex);
@@ -73,20 +58,17 @@ public:
     void BeforeUpdate() override { ++beforeUpdates; }
     void AfterUpdate() override { ++afterUpdates; }
 
-    std::vector<std::string> Errors()
-    {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        return errors;
-    }
-
-    std::vector<std::string> errors;
     std::vector<std::string> events;
     std::vector<double> fractions;
     std::atomic<int> beforeUpdates{0};
     std::atomic<int> afterUpdates{0};
 
 private:
-    std::mutex m_Mutex;
+    void Record(std::string event)
+    {
+        std::lock_guard<std::mutex> lock(m_Mutex);
+        events.push_back(std::move(event));
+    }
 };
 
 // What a test module does when it runs.
@@ -135,7 +117,7 @@ private:
 };
 
 // Installs a recording proxy, starts the network, and leaves it empty.
-class NetworkTest : public ::testing::Test {
+class NetworkTest : public testsupport::NetworkFixture {
 protected:
     void SetUp() override;
     void TearDown() override;
@@ -144,17 +126,8 @@ protected:
     template <class... Args>
     TestModule* Add(Args&&... args)
     {
-        auto* module = new TestModule(std::forward<Args>(args)...);
-        network().AddNode(module, true);
-        return module;
+        return NetworkFixture::Add(new TestModule(std::forward<Args>(args)...));
     }
-    void Link(TestModule* destination, TestModule* source, int input = 0)
-    {
-        ASSERT_TRUE(network().ConnectNodes(*destination, source, input, true));
-    }
-    // One pass, waited for.
-    void RunPass();
-    static core::VoNetwork& network() { return core::VoNetwork::Instance(); }
     // Children of the scene root, as the switches they are.
     std::vector<SoNode*> RootChildren() const;
 

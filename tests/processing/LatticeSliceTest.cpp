@@ -191,21 +191,15 @@ TEST_F(LatticeSliceTest, RoundTripsThroughAnArchiveAndRejectsBadInput)
     VoLatticeSlice stored;
     stored.SetAxis(VoLatticeSlice::AlongY);
     stored.SetIndex(7);
-    std::vector<unsigned char> bytes;
-    {
-        shr::Archive archive(bytes);
-        stored.Serialize(archive);
-    }
+    const std::vector<unsigned char> bytes = testsupport::Store(stored);
     VoLatticeSlice loaded;
-    shr::Archive archive(bytes.data(), bytes.size());
-    loaded.Serialize(archive);
+    testsupport::Load(loaded, bytes);
     EXPECT_EQ(loaded.GetAxis(), static_cast<unsigned int>(VoLatticeSlice::AlongY));
     EXPECT_EQ(loaded.GetIndex(), 7);
 
-    for (size_t cut : {bytes.size() - 1, bytes.size() - 5}) {
+    for (size_t cut : {size_t(1), size_t(5)}) {
         VoLatticeSlice target;
-        shr::Archive truncated(bytes.data(), cut);
-        EXPECT_THROW(target.Serialize(truncated), shr::Exception) << cut;
+        EXPECT_THROW(testsupport::Load(target, bytes, cut), shr::Exception) << cut;
         EXPECT_EQ(target.GetAxis(), static_cast<unsigned int>(VoLatticeSlice::AlongZ)) << cut;
         EXPECT_EQ(target.GetIndex(), -1) << cut;
     }
@@ -214,8 +208,7 @@ TEST_F(LatticeSliceTest, RoundTripsThroughAnArchiveAndRejectsBadInput)
     std::vector<unsigned char> corrupt = bytes;
     corrupt[corrupt.size() - 8] = 9;
     VoLatticeSlice target;
-    shr::Archive bad(corrupt.data(), corrupt.size());
-    EXPECT_THROW(target.Serialize(bad), shr::Exception);
+    EXPECT_THROW(testsupport::Load(target, corrupt), shr::Exception);
     EXPECT_EQ(target.GetAxis(), static_cast<unsigned int>(VoLatticeSlice::AlongZ));
 }
 

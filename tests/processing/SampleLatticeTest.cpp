@@ -135,30 +135,16 @@ TEST_F(SourceModuleTest, SampleLatticeRoundTripsAndRefusesABadFunction)
     s.outType = shr::Int32;
     s.limits = shr::Box3d(-5, 0, 1, 5, 2, 3);
     s.nodes[1] = 77;
-    std::vector<unsigned char> bytes;
-    {
-        shr::Archive archive(bytes);
-        stored.Serialize(archive);
-    }
     VoSampleLattice loaded;
-    {
-        shr::Archive archive(bytes.data(), bytes.size());
-        loaded.Serialize(archive);
-    }
+    testsupport::Load(loaded, testsupport::Store(stored));
     EXPECT_EQ(loaded.GetSettings().function, uint32_t(Sample::Vortex));
     EXPECT_EQ(loaded.GetSettings().outType, shr::Int32);
     EXPECT_EQ(loaded.GetSettings().limits, s.limits);
     EXPECT_EQ(loaded.GetSettings().nodes[1], 77u);
 
     s.function = Sample::FunctionCount;
-    bytes.clear();
-    {
-        shr::Archive archive(bytes);
-        stored.Serialize(archive);
-    }
     VoSampleLattice refused;
-    shr::Archive archive(bytes.data(), bytes.size());
-    EXPECT_THROW(refused.Serialize(archive), shr::Exception);
+    EXPECT_THROW(testsupport::Load(refused, testsupport::Store(stored)), shr::Exception);
     EXPECT_EQ(refused.GetSettings().function, uint32_t(Sample::SphereDistance)) << "left as it was";
 }
 

@@ -82,18 +82,17 @@ InvSmartPtr<SoNode> MakeFarCube()
     return InvSmartPtr<SoNode>(group);
 }
 
-std::vector<unsigned char> Store(VoModule& module, int version)
+const char* const kDocument = "/documents/scene.fdc";
+
+std::vector<unsigned char> Store(VoModule& module)
 {
-    std::vector<unsigned char> bytes;
-    shr::Archive archive(bytes, "/documents/scene.fdc", version);
-    module.Serialize(archive);
-    return bytes;
+    return testsupport::Store(module, shr::Archive::CurrentVersion, kDocument);
 }
 
 // A failed load leaves the objects it made to the caller, as a host would be left them.
 void Load(VoModule& module, const std::vector<unsigned char>& bytes, size_t cut = 0)
 {
-    shr::Archive archive(bytes.data(), bytes.size() - cut, "/documents/scene.fdc");
+    shr::Archive archive(bytes.data(), bytes.size() - cut, kDocument);
     try {
         module.Serialize(archive);
     } catch (const shr::Exception&) {
@@ -238,7 +237,7 @@ namespace {
 std::vector<unsigned char> OldDocument(int version, const std::function<void(shr::Archive&)>& body)
 {
     std::vector<unsigned char> bytes;
-    shr::Archive archive(bytes, "/documents/scene.fdc", version);
+    shr::Archive archive(bytes, kDocument, version);
     archive.SyncCheck();
     int32_t status = VoModule::ModuleOk;
     std::string name("Old");
@@ -357,7 +356,7 @@ TEST_F(SourceModuleTest, SourcesRoundTripThroughEveryVersionGate)
             std::unique_ptr<VoModule> stored(c.make());
             const std::vector<unsigned char> bytes =
                 version == shr::Archive::CurrentVersion
-                    ? Store(*stored, version)
+                    ? Store(*stored)
                     : OldDocument(version, [&](shr::Archive& archive) { c.writeOld(archive, version); });
             // A module that held something else before: loading replaces it.
             std::unique_ptr<VoModule> loaded(c.make());
@@ -375,7 +374,7 @@ TEST_F(SourceModuleTest, TruncatedDocumentsLeaveTheSourcesAsTheyWere)
     };
     for (const auto& make : makers) {
         std::unique_ptr<VoModule> stored(make());
-        const std::vector<unsigned char> bytes = Store(*stored, shr::Archive::CurrentVersion);
+        const std::vector<unsigned char> bytes = Store(*stored);
         std::unique_ptr<VoModule> target(make());
         const VdData* before = target->GetOutput(0)->Data();
         EXPECT_THROW(Load(*target, bytes, 6), shr::Exception);
@@ -384,7 +383,7 @@ TEST_F(SourceModuleTest, TruncatedDocumentsLeaveTheSourcesAsTheyWere)
     VoGeomSrc stored(false, MakeFarCube(), "a.iv");
     VoGeomSrc target(false, InvSmartPtr<SoNode>(new SoCube), "b.iv");
     const InvSmartPtr<SoNode> before = target.GetGeom();
-    EXPECT_THROW(Load(target, Store(stored, shr::Archive::CurrentVersion), 6), shr::Exception);
+    EXPECT_THROW(Load(target, Store(stored), 6), shr::Exception);
     EXPECT_EQ(target.GetGeom().get(), before.get());
     EXPECT_EQ(target.FileName(), "b.iv");
 }
@@ -440,7 +439,6 @@ TEST_F(SourceModuleTest, NonLatticeDataInTheLatticePortIsAnInternalError)
 
 TEST(SourceRegistry, ScenesCreateTheSourcesByTheirNames)
 {
-    VoNetwork::Instance().Init(); // sources with geometry make scene nodes
     struct Case {
         const char* name;
         const shr::CTypeInfo* type;

@@ -85,11 +85,6 @@ protected:
         module.UpdateProperties(*rows);
         return rows;
     }
-    // One event for a row of `list`, with the value that is in the list.
-    void Send(core::VoModule& module, core::VbPropList& rows, int id, bool restoring = false)
-    {
-        network().ModifyNode(module, rows, core::VbPropertyEvent(id, rows.AnyValue(id)), true, restoring);
-    }
 };
 
 } // namespace sourcetest

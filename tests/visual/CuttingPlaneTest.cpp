@@ -1,9 +1,10 @@
 // The cutting plane: orientation from the normal and back, defaults from a
 // new lattice, its property rows, drags, and its stored form.
+#include "NetworkFixture.h"
+
 #include "core/graphics/VgPlaneDragger.h"
 #include "core/graphics/VgRenderer.h"
 #include "core/network/UiProxy.h"
-#include "core/network/VoNetwork.h"
 #include "core/properties/SimplePropertyCollection.h"
 #include "core/properties/VbPropertyEvent.h"
 #include "core/visual/VbCuttingPlane.h"
@@ -41,7 +42,6 @@ class CuttingPlaneTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        core::VoNetwork::Instance().Init();
         owner = std::make_unique<core::VoObliqueSlice>();
         plane.Initialize(owner.get(), kBase);
         plane.GetProperties(list, "Test", kBase, false);
@@ -279,16 +279,9 @@ TEST_F(CuttingPlaneTest, StoredFormRoundTripsAndRejectsBadInput)
     plane.CalcOffsetLimits();
     plane.Offset(0.75);
     plane.ShowDragger(true);
-    std::vector<unsigned char> bytes;
-    {
-        shr::Archive archive(bytes);
-        plane.Serialize(archive);
-    }
+    const std::vector<unsigned char> bytes = testsupport::Store(plane);
     VbCuttingPlane loaded;
-    {
-        shr::Archive archive(bytes.data(), bytes.size());
-        loaded.Serialize(archive);
-    }
+    testsupport::Load(loaded, bytes);
     EXPECT_EQ(loaded.Orientation(), 3u);
     EXPECT_EQ(loaded.Normal(), Vec3d(1, 2, 3));
     EXPECT_EQ(loaded.Offset(), 0.75);
@@ -299,8 +292,7 @@ TEST_F(CuttingPlaneTest, StoredFormRoundTripsAndRejectsBadInput)
     // Truncated, or an orientation out of range: the target stays as it was.
     for (size_t cut : {size_t(3), size_t(20)}) {
         VbCuttingPlane target;
-        shr::Archive archive(bytes.data(), bytes.size() - cut);
-        EXPECT_THROW(target.Serialize(archive), shr::Exception);
+        EXPECT_THROW(testsupport::Load(target, bytes, cut), shr::Exception);
         EXPECT_EQ(target.Normal(), Vec3d(0, 0, 1));
         EXPECT_EQ(target.Orientation(), 0u);
     }
@@ -308,8 +300,7 @@ TEST_F(CuttingPlaneTest, StoredFormRoundTripsAndRejectsBadInput)
     const size_t orientationAt = bad.size() - (4 + 24 + 16 + 1 + 48 + 2);
     bad[orientationAt] = 9;
     VbCuttingPlane target;
-    shr::Archive archive(bad.data(), bad.size());
-    EXPECT_THROW(target.Serialize(archive), shr::Exception);
+    EXPECT_THROW(testsupport::Load(target, bad), shr::Exception);
     EXPECT_EQ(target.Orientation(), 0u);
 }
 

@@ -2,24 +2,15 @@
 // the type mismatch of flat lattices, property rows, the volumes it reports,
 // the stored form through every version gate, and a drawn sphere.
 #include "IsoSurfaceTestSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/VdGeometry.h"
-#include "core/network/UiProxy.h"
-#include "core/network/VoNetwork.h"
-#include "core/processing/VoLatticeSrc.h"
-#include "core/properties/SimplePropertyCollection.h"
 #include "core/properties/VbPropertyEvent.h"
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/visual/VoIsoSurface.h"
-#include "render/CoinInit.h"
 #include "render/Image.h"
-#include "render/OffscreenContext.h"
-#include "render/SceneRenderer.h"
 #include "shr/Archive.h"
 #include "shr/Exception.h"
-
-#include <Inventor/nodes/SoOrthographicCamera.h>
-#include <Inventor/nodes/SoSeparator.h>
 
 #include <gtest/gtest.h>
 
@@ -40,7 +31,7 @@ using core::VoNetwork;
 
 constexpr double kPi = 3.14159265358979323846;
 
-class StatusProxy : public core::UiProxy {
+class StatusProxy : public testsupport::ErrorProxy {
 public:
     void StatusMsg(const char* format, ...) override
     {
@@ -52,60 +43,24 @@ public:
         std::lock_guard<std::mutex> lock(m_Mutex);
         statuses.push_back(text);
     }
-    void ErrorMsg(const shr::Exception& error) override
-    {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        errors.push_back(error.Message());
-    }
     void UpdatePropertyList(const VoModule*, int property, bool) override
     {
         std::lock_guard<std::mutex> lock(m_Mutex);
         refreshed.push_back(property);
     }
 
-    std::vector<std::string> statuses, errors;
+    std::vector<std::string> statuses;
     std::vector<int> refreshed;
-
-private:
-    std::mutex m_Mutex;
 };
-
-class IsoSurfaceModuleTest : public ::testing::Test {
+class IsoSurfaceModuleTest : public testsupport::NetworkFixture {
 protected:
-    void SetUp() override
-    {
-        network().Init();
-        network().DeleteAllNodes();
-    }
-    void TearDown() override
-    {
-        network().WaitUntilDone(5000);
-        network().DeleteAllNodes();
-    }
-    static VoNetwork& network() { return VoNetwork::Instance(); }
-    static void RunPass()
-    {
-        network().Update();
-        network().WaitUntilDone(30000);
-    }
-    // A source holding `lattice` feeding a new isosurface; both owned by the network.
-    VoIsoSurface* Surface(core::VdLattice* lattice)
-    {
-        source = new core::VoLatticeSrc(lattice, "");
-        network().AddNode(source, true);
-        auto* module = new VoIsoSurface;
-        network().AddNode(module, true);
-        EXPECT_TRUE(network().ConnectNodes(*module, source, 0, true));
-        return module;
-    }
+    VoIsoSurface* Surface(core::VdLattice* lattice) { return Feed(lattice, new VoIsoSurface); }
     void Edit(VoIsoSurface& module, int id, const char* text)
     {
         ASSERT_TRUE(list.StringValue(id, text)) << id << " " << text;
         network().ModifyNode(module, list, core::VbPropertyEvent(id, list.AnyValue(id)), true, false);
     }
 
-    core::VoLatticeSrc* source = nullptr;
-    core::SimplePropertyCollection list;
     StatusProxy proxy;
 };
 
@@ -152,10 +107,8 @@ TEST_F(IsoSurfaceModuleTest, IsovalueStartsMidRangeAndFollowsTheInputRange)
 TEST_F(IsoSurfaceModuleTest, FlatLatticesAreATypeMismatch)
 {
     const unsigned int dims[3] = {4, 4, 1};
-    source = new core::VoLatticeSrc(Sample(Kind::Uniform, dims, Sphere).release(), "");
-    network().AddNode(source, true);
-    auto* module = new VoIsoSurface;
-    network().AddNode(module, true);
+    source = Add(new core::VoLatticeSrc(Sample(Kind::Uniform, dims, Sphere).release(), ""));
+    auto* module = Add(new VoIsoSurface);
     try {
         network().ConnectNodes(*module, source, 0, true);
         ADD_FAILURE() << "a 2-D lattice was taken";
@@ -245,13 +198,7 @@ TEST_F(IsoSurfaceModuleTest, AllLatticeKindsGiveTheSameSurface)
 
 // ---- the stored form --------------------------------------------------------------------------
 
-std::vector<unsigned char> Store(VoIsoSurface& module)
-{
-    std::vector<unsigned char> bytes;
-    shr::Archive archive(bytes);
-    module.Serialize(archive);
-    return bytes;
-}
+using testsupport::Store;
 
 std::vector<unsigned char> Header(int version)
 {
@@ -260,13 +207,7 @@ std::vector<unsigned char> Header(int version)
     return bytes;
 }
 
-// Loads `bytes` into `module` and returns the bytes left unread.
-uint64_t Load(VoIsoSurface& module, const std::vector<unsigned char>& bytes)
-{
-    shr::Archive archive(bytes.data(), bytes.size());
-    module.Serialize(archive);
-    return archive.BytesRemaining();
-}
+using testsupport::Load;
 
 TEST_F(IsoSurfaceModuleTest, StoredFormThroughEveryVersionGate)
 {
@@ -347,18 +288,8 @@ TEST_F(IsoSurfaceModuleTest, DrawsTheSphereWhereItLies)
     RunPass();
     ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
 
-    static render::OffscreenContext context;
-    render::EnsureCoinInit();
-    core::InvSmartPtr<SoSeparator> root(new SoSeparator);
-    auto* camera = new SoOrthographicCamera;
-    camera->position = SbVec3f(0, 0, 50);
-    camera->height = 4.0f; // 40 pixels a unit on 160 x 160
-    camera->nearDistance = 1.0f;
-    camera->farDistance = 100.0f;
-    root->addChild(camera);
-    root->addChild(module->OutputGeometry(0).GetRoot().get());
-    render::SceneRenderer drawing(context, 160, 160, shr::Color4b::Black);
-    const render::Image image = drawing.Render(root.get());
+    // 40 pixels a unit.
+    const render::Image image = TopDownPicture(module->OutputGeometry(0).GetRoot().get(), 4.0f);
 
     const auto lit = [&](int x, int y) {
         const shr::Color4b c = image.At(x, y);

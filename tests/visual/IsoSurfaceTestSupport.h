@@ -1,11 +1,20 @@
 #pragma once
-// Fields sampled on the three kinds of lattice, and checks of surface meshes
-// (closed, consistently wound, Euler characteristic), for the isosurface tests.
+// Fields sampled on the three kinds of lattice, checks of surface meshes
+// (closed, consistently wound, Euler characteristic), and pictures of a
+// module's output, for the visual module tests.
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
+#include "core/graphics/InvSmartPtr.h"
 #include "core/graphics/VgVertexData.h"
+#include "render/CoinInit.h"
+#include "render/Image.h"
+#include "render/OffscreenContext.h"
+#include "render/SceneRenderer.h"
 #include "shr/Box3d.h"
+
+#include <Inventor/nodes/SoOrthographicCamera.h>
+#include <Inventor/nodes/SoSeparator.h>
 
 #include <algorithm>
 #include <cmath>
@@ -145,6 +154,24 @@ inline shr::Vec3d Normal(const core::VgVertexData& data, size_t vertex)
 {
     const SbVec3f& n = data.normals[vertex];
     return shr::Vec3d(n[0], n[1], n[2]);
+}
+
+// `scene` seen straight down -Z, `units` scene units across a 160 x 160
+// picture on black centred on the scene origin.
+inline render::Image TopDownPicture(SoNode* scene, float units)
+{
+    static render::OffscreenContext context;
+    render::EnsureCoinInit();
+    core::InvSmartPtr<SoSeparator> root(new SoSeparator);
+    auto* camera = new SoOrthographicCamera;
+    camera->position = SbVec3f(0, 0, 50);
+    camera->height = units;
+    camera->nearDistance = 1.0f;
+    camera->farDistance = 100.0f;
+    root->addChild(camera);
+    root->addChild(scene);
+    render::SceneRenderer drawing(context, 160, 160, shr::Color4b::Black);
+    return drawing.Render(root.get());
 }
 
 } // namespace isotest

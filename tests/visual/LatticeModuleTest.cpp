@@ -1,8 +1,9 @@
 // The lattice-colouring base: component bookkeeping, colour-map limits from
 // the data, and the stored form shared by every module built on it.
+#include "NetworkFixture.h"
+
 #include "core/data/VdUniformLattice.h"
 #include "core/network/VbModuleInfo.h"
-#include "core/network/VoNetwork.h"
 #include "core/visual/VoLatticeModule.h"
 #include "shr/Archive.h"
 #include "shr/Exception.h"
@@ -43,12 +44,7 @@ core::VdUniformLattice MakeLattice()
     return core::VdUniformLattice(shr::Float, dims, values.data(), 2);
 }
 
-class LatticeModuleTest : public ::testing::Test {
-protected:
-    void SetUp() override { core::VoNetwork::Instance().Init(); }
-};
-
-TEST_F(LatticeModuleTest, ComponentIsOneBasedAndNeverZero)
+TEST(LatticeModuleTest, ComponentIsOneBasedAndNeverZero)
 {
     ProbeModule module;
     EXPECT_EQ(module.InputComponent(), 1u);
@@ -59,7 +55,7 @@ TEST_F(LatticeModuleTest, ComponentIsOneBasedAndNeverZero)
     EXPECT_EQ(module.InputComponentSafe(), 2u);
 }
 
-TEST_F(LatticeModuleTest, ColorMapTakesTheComponentLimitsAndClipsTheComponent)
+TEST(LatticeModuleTest, ColorMapTakesTheComponentLimitsAndClipsTheComponent)
 {
     const core::VdUniformLattice lattice = MakeLattice();
     ProbeModule module;
@@ -80,7 +76,7 @@ TEST_F(LatticeModuleTest, ColorMapTakesTheComponentLimitsAndClipsTheComponent)
     EXPECT_EQ(map.GetDataMin(), -8.0);
 }
 
-TEST_F(LatticeModuleTest, FixedWindowStaysWhenTheDataChange)
+TEST(LatticeModuleTest, FixedWindowStaysWhenTheDataChange)
 {
     const core::VdUniformLattice lattice = MakeLattice();
     ProbeModule module;
@@ -91,23 +87,16 @@ TEST_F(LatticeModuleTest, FixedWindowStaysWhenTheDataChange)
     EXPECT_FALSE(module.GetColorMap().GetAutoScale());
 }
 
-TEST_F(LatticeModuleTest, RoundTripsComponentMapAndLegend)
+TEST(LatticeModuleTest, RoundTripsComponentMapAndLegend)
 {
     ProbeModule stored;
     stored.InputComponentSafe(2);
     stored.GetColorMap().SetScalingLimits(-1.0, 5.0);
     stored.GetLegend().Show(true);
     stored.GetLegend().m_Title = "Grade";
-    std::vector<unsigned char> bytes;
-    {
-        shr::Archive archive(bytes);
-        stored.Serialize(archive);
-    }
+    const std::vector<unsigned char> bytes = testsupport::Store(stored);
     ProbeModule loaded;
-    {
-        shr::Archive archive(bytes.data(), bytes.size());
-        loaded.Serialize(archive);
-    }
+    testsupport::Load(loaded, bytes);
     EXPECT_EQ(loaded.InputComponent(), 2u);
     EXPECT_EQ(loaded.GetColorMap().GetScaleMax(), 5.0);
     EXPECT_TRUE(loaded.GetLegend().Visible());
@@ -115,8 +104,7 @@ TEST_F(LatticeModuleTest, RoundTripsComponentMapAndLegend)
     EXPECT_EQ(loaded.GetLegend().GetColorMap(), &loaded.GetColorMap());
 
     ProbeModule target;
-    shr::Archive truncated(bytes.data(), bytes.size() - 3);
-    EXPECT_THROW(target.Serialize(truncated), shr::Exception);
+    EXPECT_THROW(testsupport::Load(target, bytes, 3), shr::Exception);
     EXPECT_FALSE(target.GetLegend().Visible());
 }
 

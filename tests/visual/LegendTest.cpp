@@ -1,4 +1,6 @@
 // The legend's labels, stored form and property rows.
+#include "NetworkFixture.h"
+
 #include "core/graphics/VbColorMap.h"
 #include "core/graphics/VgRenderer.h"
 #include "core/network/VbModuleId.h"
@@ -166,19 +168,8 @@ VbLegend ChangedLegend()
     return legend;
 }
 
-std::vector<unsigned char> Store(VbLegend& legend, int version = shr::Archive::CurrentVersion)
-{
-    std::vector<unsigned char> bytes;
-    shr::Archive archive(bytes, "", version);
-    legend.Serialize(archive);
-    return bytes;
-}
-
-void Load(VbLegend& legend, const std::vector<unsigned char>& bytes, size_t size)
-{
-    shr::Archive archive(bytes.data(), size);
-    legend.Serialize(archive);
-}
+using testsupport::Load;
+using testsupport::Store;
 
 TEST(Legend, RoundTripsEveryStoredField)
 {
@@ -186,7 +177,7 @@ TEST(Legend, RoundTripsEveryStoredField)
     const std::vector<unsigned char> bytes = Store(stored);
     core::VbColorMap map;
     VbLegend loaded(&map);
-    Load(loaded, bytes, bytes.size());
+    Load(loaded, bytes);
     EXPECT_EQ(Store(loaded), bytes);
     EXPECT_EQ(loaded.GetColorMap(), &map); // the map is the owner's, not stored
     EXPECT_TRUE(loaded.Visible());
@@ -195,7 +186,7 @@ TEST(Legend, RoundTripsEveryStoredField)
 
     // A load that fails part way leaves the legend as it was.
     VbLegend target;
-    EXPECT_THROW(Load(target, bytes, bytes.size() - 1), shr::Exception);
+    EXPECT_THROW(Load(target, bytes, 1), shr::Exception);
     VbLegend fresh;
     EXPECT_EQ(Store(target), Store(fresh));
 }
@@ -218,7 +209,7 @@ TEST(Legend, DocumentsBefore109HeldThePositionInPixels)
         stored.m_YPos = c.y;
         const std::vector<unsigned char> bytes = Store(stored, c.version);
         VbLegend loaded;
-        Load(loaded, bytes, bytes.size());
+        Load(loaded, bytes);
         EXPECT_FLOAT_EQ(loaded.m_XPos, c.expectedX);
         EXPECT_FLOAT_EQ(loaded.m_YPos, c.expectedY);
     }

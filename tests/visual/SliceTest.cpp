@@ -1,26 +1,21 @@
 // The slice modules driven through the network: textures with the colour
 // map's or the grey window's colours at the right texels, the sampling of the
 // oblique plane, and the stored forms.
+#include "IsoSurfaceTestSupport.h"
+#include "NetworkFixture.h"
+
 #include "core/data/VdGeometry.h"
 #include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
-#include "core/network/UiProxy.h"
-#include "core/network/VoNetwork.h"
-#include "core/processing/VoLatticeSrc.h"
 #include "core/visual/SliceMapping.h"
 #include "core/visual/VoObliqueSlice.h"
 #include "core/visual/VoOrthoSlice.h"
-#include "render/CoinInit.h"
 #include "render/Image.h"
-#include "render/OffscreenContext.h"
-#include "render/SceneRenderer.h"
-#include "shr/Archive.h"
 #include "shr/Exception.h"
 
 #include <Inventor/actions/SoGetBoundingBoxAction.h>
 #include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoFaceSet.h>
-#include <Inventor/nodes/SoOrthographicCamera.h>
 #include <Inventor/nodes/SoSeparator.h>
 #include <Inventor/nodes/SoTexture2.h>
 #include <gtest/gtest.h>
@@ -35,12 +30,6 @@ using shr::Color4b;
 using shr::Vec3d;
 
 namespace {
-
-class RecordingProxy : public UiProxy {
-public:
-    void ErrorMsg(const shr::Exception& error) override { errors.push_back(error.Message()); }
-    std::vector<std::string> errors;
-};
 
 // Nodes (i, j, k) of a uniform float lattice holding f(i, j, k), spacing 1 from `origin`.
 template <class F>
@@ -95,63 +84,19 @@ std::vector<Color4b> TextureOf(SoNode* root, int& width, int& height)
     return texels;
 }
 
-class SliceTest : public ::testing::Test {
+class SliceTest : public testsupport::NetworkFixture {
 protected:
-    void SetUp() override
-    {
-        network().Init();
-        network().DeleteAllNodes();
-    }
-    void TearDown() override
-    {
-        network().WaitUntilDone(5000);
-        network().DeleteAllNodes();
-    }
-    static VoNetwork& network() { return VoNetwork::Instance(); }
-
-    // A source holding `lattice` linked to `module`; both owned by the network.
-    template <class Module>
-    Module* Link(VdLattice* lattice, Module* module)
-    {
-        auto* source = new VoLatticeSrc(lattice, "");
-        network().AddNode(source, true);
-        network().AddNode(module, true);
-        EXPECT_TRUE(network().ConnectNodes(*module, source, 0, true));
-        return module;
-    }
-    void RunPass()
-    {
-        network().Update();
-        network().WaitUntilDone(5000);
-    }
     static SoNode* Output(VoModule& module) { return module.OutputGeometry(0).GetRoot().get(); }
+    static render::Image Picture(VoModule& module, float units) { return isotest::TopDownPicture(Output(module), units); }
 
-    // The module's geometry seen straight down -Z, `units` scene units across
-    // a 160 x 160 picture centred on the scene origin.
-    static render::Image Picture(VoModule& module, float units)
-    {
-        static render::OffscreenContext context;
-        render::EnsureCoinInit();
-        InvSmartPtr<SoSeparator> root(new SoSeparator);
-        auto* camera = new SoOrthographicCamera;
-        camera->position = SbVec3f(0, 0, 50);
-        camera->height = units;
-        camera->nearDistance = 1.0f;
-        camera->farDistance = 100.0f;
-        root->addChild(camera);
-        root->addChild(Output(module));
-        render::SceneRenderer drawing(context, 160, 160, Color4b::Black);
-        return drawing.Render(root.get());
-    }
-
-    RecordingProxy proxy;
+    testsupport::ErrorProxy proxy;
 };
 
 // 4 x 2 x 3 nodes: value i + 10 k, so the XY slice k shows 10 k .. 10 k + 3
 // along X. The default map runs black to white over 0 .. 23.
 TEST_F(SliceTest, OrthoSliceShowsTheMapsColoursAtTheTexels)
 {
-    auto* slice = Link(Gradient(4, 2, 3, [](unsigned i, unsigned, unsigned k) { return i + 10.0 * k; }),
+    auto* slice = Feed(Gradient(4, 2, 3, [](unsigned i, unsigned, unsigned k) { return i + 10.0 * k; }),
                        new VoOrthoSlice);
     slice->Lighting(false);
     slice->Quality(0.05); // nearest texels; 0 would turn texturing off
@@ -217,7 +162,7 @@ TEST_F(SliceTest, OrthoTexturesHaveTheSliceSizeAndValues)
 TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
 {
     auto* flat = Gradient(3, 3, 1, [](unsigned i, unsigned, unsigned) { return double(i); }, Vec3d(0, 0, 5));
-    auto* slice = Link(flat, new VoOrthoSlice);
+    auto* slice = Feed(flat, new VoOrthoSlice);
     slice->Slice(7);
     RunPass();
     EXPECT_EQ(slice->Slice(), 0);
@@ -226,11 +171,11 @@ TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
     EXPECT_FLOAT_EQ(measure.getBoundingBox().getMin()[2], 5.0f);
     EXPECT_FLOAT_EQ(measure.getBoundingBox().getMax()[2], 5.0f);
 
-    auto* deep = Link(Gradient(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }), new VoOrthoSlice);
+    auto* deep = Feed(Gradient(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }), new VoOrthoSlice);
     deep->Slice(-1);
     RunPass();
     EXPECT_EQ(deep->Slice(), 2);
-    EXPECT_TRUE(proxy.errors.empty());
+    EXPECT_TRUE(proxy.Errors().empty());
 }
 
 TEST_F(SliceTest, OrthoSliceReportsANonUniformLattice)
@@ -239,16 +184,14 @@ TEST_F(SliceTest, OrthoSliceReportsANonUniformLattice)
     const float values[8] = {0, 1, 2, 3, 4, 5, 6, 7};
     auto* lattice = new VdRectilinearLattice(shr::Float, dims, values, 1, std::vector<double>{0, 1},
                                              std::vector<double>{0, 1}, std::vector<double>{0, 3});
-    auto* source = new VoLatticeSrc(lattice, "");
-    auto* slice = new VoOrthoSlice;
-    network().AddNode(source, true);
-    network().AddNode(slice, true);
+    source = Add(new VoLatticeSrc(lattice, ""));
+    auto* slice = Add(new VoOrthoSlice);
     if (!network().ConnectNodes(*slice, source, 0, true))
         GTEST_SKIP() << "the port refuses the link itself";
     RunPass();
     EXPECT_EQ(slice->GetStatus(), VoModule::ModuleOk);
-    ASSERT_EQ(proxy.errors.size(), 1u);
-    EXPECT_EQ(proxy.errors[0], "Type mismatch: OrthoImage requires a uniform lattice for input.");
+    ASSERT_EQ(proxy.Errors().size(), 1u);
+    EXPECT_EQ(proxy.Errors()[0], "Type mismatch: OrthoImage requires a uniform lattice for input.");
 }
 
 TEST_F(SliceTest, ObliqueTextureSizesFollowTheResolution)
@@ -291,11 +234,11 @@ TEST_F(SliceTest, ObliqueTextureSizesFollowTheResolution)
 TEST_F(SliceTest, ObliqueSliceOfAMovedLatticeSamplesTheSameValues)
 {
     const auto f = [](unsigned i, unsigned j, unsigned k) { return std::sin(0.7 * i) + 0.3 * j * j - 0.2 * k; };
-    auto* still = Link(Gradient(9, 7, 5, f), new VoObliqueSlice);
+    auto* still = Feed(Gradient(9, 7, 5, f), new VoObliqueSlice);
     auto* moved = Gradient(9, 7, 5, f);
     moved->SetUserTransform(shr::Mat4d::MakeTranslation(5e5, 4e6, -300.0));
-    auto* carried = Link(moved, new VoObliqueSlice);
-    auto* shifted = Link(Gradient(9, 7, 5, f, Vec3d(-40, 12, 3)), new VoObliqueSlice);
+    auto* carried = Feed(moved, new VoObliqueSlice);
+    auto* shifted = Feed(Gradient(9, 7, 5, f, Vec3d(-40, 12, 3)), new VoObliqueSlice);
     for (VoObliqueSlice* slice : {still, carried, shifted}) {
         slice->Plane().Orientation(3);
         slice->Plane().Normal(Vec3d(0.3, -0.5, 1.0));
@@ -323,8 +266,8 @@ TEST_F(SliceTest, ObliqueSliceOfAMovedLatticeSamplesTheSameValues)
 
 TEST_F(SliceTest, ObliquePlaneThatMissesDrawsNothingAndFlatLatticesDrawWhole)
 {
-    auto* cube = Link(Gradient(3, 3, 3, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
-    auto* flat = Link(Gradient(4, 4, 1, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
+    auto* cube = Feed(Gradient(3, 3, 3, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
+    auto* flat = Feed(Gradient(4, 4, 1, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
     RunPass();
     // The new input set the flat lattice's plane; an offset far off changes nothing there.
     EXPECT_EQ(flat->Plane().Orientation(), 0u);
@@ -339,7 +282,7 @@ TEST_F(SliceTest, ObliquePlaneThatMissesDrawsNothingAndFlatLatticesDrawWhole)
     auto* face = static_cast<SoFaceSet*>(FindFirst(Output(*flat), SoFaceSet::getClassTypeId()));
     ASSERT_NE(face, nullptr);
     EXPECT_EQ(face->numVertices[0], 4);
-    EXPECT_TRUE(proxy.errors.empty());
+    EXPECT_TRUE(proxy.Errors().empty());
 }
 
 // Blank nodes have no value: their texels take the map's first colour, under
@@ -349,7 +292,7 @@ TEST_F(SliceTest, ObliqueTexelsWithoutDataShowTheMapsStart)
     auto* lattice = Gradient(2, 2, 2, [](unsigned, unsigned, unsigned) { return 6.0; });
     for (unsigned int node = 0; node < 8; node += 2)
         lattice->SetBlank(node, 0); // every node with i = 0
-    auto* slice = Link(lattice, new VoObliqueSlice);
+    auto* slice = Feed(lattice, new VoObliqueSlice);
     VbColorMap& map = slice->GetColorMap();
     map.ClearColorNodes();
     map.AddColorNode(0.0, Color4b(255, 0, 0));
@@ -391,21 +334,8 @@ TEST(SliceMapping, GreyWindowAndItsThreshold)
     EXPECT_EQ((*mapping.MakeInterpolator(map))(10.0), Color4b(255, 255, 255));
 }
 
-template <class Module>
-std::vector<unsigned char> Store(Module& module)
-{
-    std::vector<unsigned char> bytes;
-    shr::Archive archive(bytes);
-    module.Serialize(archive);
-    return bytes;
-}
-
-template <class Module>
-void Load(Module& module, const std::vector<unsigned char>& bytes, size_t cut = 0)
-{
-    shr::Archive archive(bytes.data(), bytes.size() - cut);
-    module.Serialize(archive);
-}
+using testsupport::Load;
+using testsupport::Store;
 
 TEST_F(SliceTest, StoredFormsRoundTripAndFailWhole)
 {

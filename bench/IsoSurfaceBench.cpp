@@ -1,0 +1,167 @@
+// Isosurface extraction with normals on 64^3, 128^3 and 256^3 lattices of two
+// fields: a sphere (few cut cells) and a product of sines (many). The float
+// values are generated here and written as raw little-endian floats beside
+// this program, so that the peer script (bench/peers/isosurface_peer.py)
+// contours the very same data. Two workloads, as the module meets them:
+//   isovalue: a new isovalue, only the sweep runs;
+//   input:    new data, the float copy and the gradients are made first.
+// Triangle and vertex counts go out as counters for the peer to compare.
+#include "core/data/VdUniformLattice.h"
+#include "core/visual/VoIsoSurfacePrivate.h"
+#include "shr/Box3d.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using namespace core::VoIsoSurfacePrivate;
+
+constexpr double kPi = 3.14159265358979323846;
+
+// Isovalues chosen away from every node value, so that neither side meets a tie.
+constexpr double kSphereIsovalue = 0.4999;
+constexpr double kWavesIsovalue = 0.0123;
+
+std::string OutputFolder()
+{
+    char path[4096];
+    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
+    std::string exe(path, length > 0 ? static_cast<size_t>(length) : 0);
+    const size_t slash = exe.rfind('/');
+    return slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
+}
+
+void WriteRaw(const std::string& name, const std::vector<float>& values)
+{
+    const std::string path = OutputFolder() + "/" + name;
+    if (FILE* file = std::fopen(path.c_str(), "wb")) {
+        std::fwrite(values.data(), sizeof(float), values.size(), file);
+        std::fclose(file);
+    }
+}
+
+enum FieldKind { SphereField = 0, WavesField = 1 };
+
+const char* FieldName(int field) { return field == SphereField ? "sphere" : "waves"; }
+double Isovalue(int field) { return field == SphereField ? kSphereIsovalue : kWavesIsovalue; }
+
+// n^3 nodes over [-1, 1]^3, node (i, j, k) at -1 + 2 i / (n - 1) and so on.
+struct BenchLattice {
+    std::unique_ptr<core::VdUniformLattice> lattice;
+
+    BenchLattice(int field, unsigned int n)
+    {
+        std::vector<float> values(size_t(n) * n * n);
+        const double step = 2.0 / (n - 1);
+        size_t at = 0;
+        for (unsigned int k = 0; k < n; ++k)
+            for (unsigned int j = 0; j < n; ++j)
+                for (unsigned int i = 0; i < n; ++i) {
+                    const double x = -1.0 + i * step, y = -1.0 + j * step, z = -1.0 + k * step;
+                    values[at++] = static_cast<float>(field == SphereField ? x * x + y * y + z * z
+                                                                           : std::sin(6 * kPi * x) *
+                                                                                 std::sin(6 * kPi * y) *
+                                                                                 std::sin(6 * kPi * z));
+                }
+        const unsigned int dims[3] = {n, n, n};
+        lattice = std::make_unique<core::VdUniformLattice>(shr::Float, dims, values.data(), 1);
+        lattice->SetUVWBounds(shr::Box3d(shr::Vec3d(-1, -1, -1), shr::Vec3d(1, 1, 1)));
+        WriteRaw(std::string("iso_") + FieldName(field) + "_" + std::to_string(n) + ".raw", values);
+    }
+};
+
+// Lattices are kept between the benchmarks of the same size and field.
+const core::VdUniformLattice& Lattice(int field, unsigned int n)
+{
+    static std::map<std::pair<int, unsigned int>, std::unique_ptr<BenchLattice>> made;
+    auto& slot = made[{field, n}];
+    if (!slot)
+        slot = std::make_unique<BenchLattice>(field, n);
+    return *slot->lattice;
+}
+
+struct Extractor {
+    Extractor(const core::VdLattice& l, double value) : lattice(l), isovalue(value) {}
+
+    const core::VdLattice& lattice;
+    double isovalue;
+    std::vector<float> values;
+    std::vector<shr::Vec3f> gradients;
+    core::VgVertexData surface;
+    SweepWorkspace workspace;
+    int triangles = 0;
+
+    void NewInput()
+    {
+        CopyComponent(lattice, 0, values);
+        NodeGradients(lattice, values, gradients);
+    }
+    void Sweep()
+    {
+        SweepInput input;
+        input.lattice = &lattice;
+        input.values = &values;
+        input.gradients = &gradients;
+        input.isovalue = isovalue;
+        SweepVolumes volumes;
+        core::VoIsoSurfacePrivate::Sweep(input, 0, nullptr, surface, volumes, triangles, &workspace);
+    }
+};
+
+void Report(benchmark::State& state, const Extractor& extractor)
+{
+    state.counters["triangles"] = extractor.triangles;
+    state.counters["vertices"] = static_cast<double>(extractor.surface.vertices.size());
+    state.SetLabel(FieldName(static_cast<int>(state.range(0))));
+}
+
+void BM_IsovalueChange(benchmark::State& state)
+{
+    const int field = static_cast<int>(state.range(0));
+    Extractor extractor(Lattice(field, static_cast<unsigned int>(state.range(1))), Isovalue(field));
+    extractor.NewInput();
+    extractor.Sweep(); // the surface's memory is reused from one isovalue to the next
+    for (auto _ : state) {
+        extractor.Sweep();
+        benchmark::DoNotOptimize(extractor.surface.indices.data());
+    }
+    Report(state, extractor);
+}
+
+void BM_InputChange(benchmark::State& state)
+{
+    const int field = static_cast<int>(state.range(0));
+    Extractor extractor(Lattice(field, static_cast<unsigned int>(state.range(1))), Isovalue(field));
+    // As in the module, the copy and the gradients reuse their memory from one
+    // input to the next: the first touch of those pages is not timed.
+    extractor.NewInput();
+    extractor.Sweep();
+    for (auto _ : state) {
+        extractor.NewInput();
+        extractor.Sweep();
+        benchmark::DoNotOptimize(extractor.surface.indices.data());
+    }
+    Report(state, extractor);
+}
+
+void Sizes(benchmark::internal::Benchmark* b)
+{
+    for (int field : {SphereField, WavesField})
+        for (int n : {64, 128, 256})
+            b->Args({field, n});
+    b->ArgNames({"field", "n"});
+}
+
+BENCHMARK(BM_IsovalueChange)->Apply(Sizes)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5);
+BENCHMARK(BM_InputChange)->Apply(Sizes)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5);
+
+} // namespace
+BENCHMARK_MAIN();

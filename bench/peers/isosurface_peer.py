@@ -1,0 +1,131 @@
+"""Peer of bench_isosurface: VTK's contour filters on the same lattices.
+
+bench_isosurface writes each field as raw little-endian floats beside itself
+(iso_<field>_<n>.raw, n^3 nodes over [-1, 1]^3, i fastest) and reports its
+triangle and vertex counts. This script runs it, builds a vtkImageData from
+the same floats, and contours it with vtkFlyingEdges3D, vtkMarchingCubes and
+vtkContourFilter, normals on, at the same isovalue and the same thread count.
+
+Counts first: vertex counts must agree exactly (one vertex per cut edge on
+every side). Triangle counts can differ only through the ambiguous cases,
+where the tables choose different but valid triangulations; VTK counts a node
+at or above the isovalue as inside and we count one at or below, so each peer
+also contours the negated field at the negated isovalue, which puts the same
+corners inside on both sides, and the closer of the two counts is compared.
+
+Times: VTK re-runs the whole filter for a new isovalue and for new data alike;
+ours re-runs only the sweep for a new isovalue and adds the float copy and the
+gradients for new data. Best of several runs on each side.
+"""
+import json
+import os
+import subprocess
+import sys
+import time
+
+import numpy as np
+from vtkmodules.util.numpy_support import numpy_to_vtk
+from vtkmodules.vtkCommonCore import vtkSMPTools
+from vtkmodules.vtkCommonDataModel import vtkImageData
+from vtkmodules.vtkFiltersCore import vtkContourFilter, vtkFlyingEdges3D, vtkMarchingCubes
+
+FIELDS = ("sphere", "waves")
+ISOVALUES = {"sphere": 0.4999, "waves": 0.0123}
+SIZES = (64, 128, 256)
+THREADS = 2
+REPEATS = {64: 7, 128: 5, 256: 3}
+
+
+def ours(build_dir):
+    program = os.path.join(build_dir, "bench", "bench_isosurface")
+    # Ours runs on TBB's default arena: one thread per core, THREADS on the bench machine.
+    output = subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True,
+                            text=True).stdout
+    results = {}
+    for run in json.loads(output)["benchmarks"]:
+        workload = run["name"].split("/")[0].replace("BM_", "")
+        field = FIELDS[int(run["name"].split("field:")[1].split("/")[0])]
+        n = int(run["name"].split("n:")[1].split("/")[0])
+        results[(workload, field, n)] = (run["real_time"] / 1000.0, int(run["triangles"]), int(run["vertices"]))
+    return results
+
+
+def image(bench_dir, field, n, sign):
+    values = np.fromfile(os.path.join(bench_dir, "iso_%s_%d.raw" % (field, n)), dtype="<f4")
+    data = vtkImageData()
+    data.SetDimensions(n, n, n)
+    data.SetOrigin(-1.0, -1.0, -1.0)
+    step = 2.0 / (n - 1)
+    data.SetSpacing(step, step, step)
+    scalars = numpy_to_vtk(sign * values, deep=True)
+    scalars.SetName("value")
+    data.GetPointData().SetScalars(scalars)
+    return data
+
+
+def make_filter(kind):
+    if kind == "FlyingEdges3D":
+        f = vtkFlyingEdges3D()
+        f.ComputeNormalsOn()
+        f.ComputeGradientsOff()
+        f.ComputeScalarsOff()
+    elif kind == "MarchingCubes":
+        f = vtkMarchingCubes()
+        f.ComputeNormalsOn()
+        f.ComputeGradientsOff()
+        f.ComputeScalarsOff()
+    else:
+        f = vtkContourFilter()
+        f.ComputeNormalsOn()
+        f.ComputeScalarsOff()
+    return f
+
+
+def contour(kind, data, isovalue, repeats):
+    f = make_filter(kind)
+    f.SetInputData(data)
+    f.SetValue(0, isovalue)
+    best = float("inf")
+    for _ in range(repeats):
+        f.Modified()
+        start = time.perf_counter()
+        f.Update()
+        best = min(best, time.perf_counter() - start)
+    out = f.GetOutput()
+    return best, out.GetNumberOfPolys(), out.GetNumberOfPoints()
+
+
+def main(build_dir):
+    bench_dir = os.path.join(build_dir, "bench")
+    if not os.path.exists(os.path.join(bench_dir, "bench_isosurface")):
+        print("isosurface peer: skipped, bench_isosurface is not built in %s" % build_dir)
+        return 0
+    vtkSMPTools.Initialize(THREADS)
+    mine = ours(build_dir)
+    status = 0
+    print("%-14s %-14s %10s %10s %10s %10s %10s %12s %12s" % (
+        "lattice", "peer", "ours tris", "peer tris", "verts", "ours iso", "ours input", "peer", "ratio iso/in"))
+    for field in FIELDS:
+        for n in SIZES:
+            iso_time, triangles, vertices = mine[("IsovalueChange", field, n)]
+            input_time = mine[("InputChange", field, n)][0]
+            for kind in ("FlyingEdges3D", "MarchingCubes", "ContourFilter"):
+                plain = contour(kind, image(bench_dir, field, n, 1.0), ISOVALUES[field], REPEATS[n])
+                negated = contour(kind, image(bench_dir, field, n, -1.0), -ISOVALUES[field], REPEATS[n])
+                seconds, peer_triangles, peer_vertices = min(
+                    (plain, negated), key=lambda r: abs(r[1] - triangles))
+                if peer_vertices != vertices:
+                    print("isosurface peer: %s %d^3 %s: %d vertices against our %d" % (
+                        field, n, kind, peer_vertices, vertices))
+                    status = 1
+                print("%-14s %-14s %10d %10d %10d %9.1fms %9.1fms %10.1fms %5.2f/%5.2f" % (
+                    "%s %d^3" % (field, n), kind, triangles, peer_triangles, vertices, iso_time * 1e3,
+                    input_time * 1e3, seconds * 1e3, iso_time / seconds, input_time / seconds))
+                if peer_triangles != triangles:
+                    print("    triangle counts differ by %d (%.4f%%): ambiguous cases triangulated differently"
+                          % (triangles - peer_triangles, 100.0 * (triangles - peer_triangles) / peer_triangles))
+    return status
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1] if len(sys.argv) > 1 else "build/release"))
