@@ -1,0 +1,214 @@
+#include "core/processing/LatticeGradientEvaluator.h"
+
+#include "core/data/LatticeUtility.h"
+#include "core/data/PrimConvert.h"
+#include "core/data/VdRectilinearLattice.h"
+#include "core/data/VdUniformLattice.h"
+#include "core/network/VbPort.h"
+#include "core/processing/ParallelNodes.h"
+#include "shr/Exception.h"
+#include "shr/LeastSquares.h"
+#include "shr/RMatrix.h"
+
+#include <algorithm>
+
+namespace core {
+
+namespace {
+
+// The node and its face neighbours on the three axes, as index offsets.
+constexpr int kStencil[7][3] = {{0, 0, 0}, {-1, 0, 0}, {1, 0, 0}, {0, -1, 0}, {0, 1, 0}, {0, 0, -1}, {0, 0, 1}};
+// The fewest points that fix a plane in three dimensions.
+constexpr size_t kMinFitPoints = 4;
+
+[[noreturn]] void ThrowMismatch(int line)
+{
+    shr::ThrowSharedError("Core", __FILE__, line, 0, "The gradient lattice does not match the input.");
+}
+
+} // namespace
+
+LatticeGradientEvaluator::LatticeGradientEvaluator(const VdLattice& input, unsigned int component, VdLattice& output)
+    : m_Input(input), m_Component(component), m_Output(output),
+      m_Curvilinear(input.GetType() == PortCurvilinearLattice), m_Blanks(input.HasBlanks())
+{
+    if (component >= input.ComponentCount())
+        shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "Component index out of range.");
+    if (output.ComponentCount() != 3 || (output.DataType() != shr::Float && output.DataType() != shr::Double) ||
+        !std::equal(input.GetDims(), input.GetDims() + 3, output.GetDims()))
+        ThrowMismatch(__LINE__);
+    if (const auto* uniform = dynamic_cast<const VdUniformLattice*>(&input)) {
+        m_Spacing = uniform->GetSpacing();
+    } else if (const auto* rectilinear = dynamic_cast<const VdRectilinearLattice*>(&input)) {
+        m_Coords[0] = &rectilinear->GetUCoords();
+        m_Coords[1] = &rectilinear->GetVCoords();
+        m_Coords[2] = &rectilinear->GetWCoords();
+    } else if (!m_Curvilinear) {
+        ThrowMismatch(__LINE__);
+    }
+    if (m_Curvilinear)
+        return;
+    for (int axis = 0; axis < 3; ++axis) {
+        const unsigned int dim = input.GetDims()[axis];
+        m_Steps[axis].resize(dim);
+        for (unsigned int n = 0; n < dim; ++n) {
+            AxisStep& step = m_Steps[axis][n];
+            step.lo = n == 0 ? n : n - 1;
+            step.hi = n + 1 < dim ? n + 1 : n;
+            step.divisor = step.lo != step.hi ? Divisor(axis, step.lo, step.hi) : 0.0;
+        }
+    }
+}
+
+double LatticeGradientEvaluator::Divisor(int axis, unsigned int lo, unsigned int hi) const
+{
+    if (m_Coords[axis])
+        return (*m_Coords[axis])[hi] - (*m_Coords[axis])[lo];
+    return (hi - lo) * m_Spacing[axis];
+}
+
+bool LatticeGradientEvaluator::Run(VbProgress* progress) const
+{
+    const bool completed = ParallelNodes(m_Output.VertexCount(), *this, progress);
+    m_Output.DataModified();
+    return completed;
+}
+
+void LatticeGradientEvaluator::operator()(const tbb::blocked_range<unsigned int>& nodes) const
+{
+    const auto run = [&](auto outputTag) {
+        using O = decltype(outputTag);
+        if (m_Curvilinear) {
+            CurvilinearNodes<O>(nodes.begin(), nodes.end());
+            return;
+        }
+        DispatchPrimType(m_Input.DataType(), [&](auto tag) {
+            using T = typename decltype(tag)::Type;
+            if (m_Blanks)
+                AxisAlignedNodesWithBlanks<T, O>(nodes.begin(), nodes.end());
+            else
+                AxisAlignedRows<T, O>(nodes.begin(), nodes.end());
+        });
+    };
+    if (m_Output.DataType() == shr::Double)
+        run(double());
+    else
+        run(float());
+}
+
+// Without blanks each node's neighbours follow from its indices alone: the
+// steps of the row's j and k hold for the whole row.
+template <class T, class O>
+void LatticeGradientEvaluator::AxisAlignedRows(unsigned int first, unsigned int end) const
+{
+    const T* in = static_cast<const T*>(m_Input.DataPtr());
+    O* out = static_cast<O*>(m_Output.DataWritePtr());
+    const unsigned int stride = m_Input.ComponentCount();
+    const unsigned int component = m_Component;
+    const auto value = [&](uint32_t node) { return PrimConvert<double>(in[uint64_t(node) * stride + component]); };
+    const unsigned int nx = m_Input.GetDims()[0], ny = m_Input.GetDims()[1];
+    for (uint32_t node = first; node < end;) {
+        unsigned int i, j, k;
+        m_Input.IndexToIJK(node, i, j, k);
+        const unsigned int iEnd = static_cast<unsigned int>(std::min<uint64_t>(uint64_t(i) + (end - node), nx));
+        const AxisStep& sy = m_Steps[1][j];
+        const AxisStep& sz = m_Steps[2][k];
+        const bool validY = sy.lo != sy.hi, validZ = sz.lo != sz.hi;
+        const uint32_t row = node - i;
+        const uint32_t rowLoY = (ny * k + sy.lo) * nx, rowHiY = (ny * k + sy.hi) * nx;
+        const uint32_t rowLoZ = (ny * sz.lo + j) * nx, rowHiZ = (ny * sz.hi + j) * nx;
+        for (; i < iEnd; ++i, ++node) {
+            const AxisStep& sx = m_Steps[0][i];
+            const bool validX = sx.lo != sx.hi;
+            Store(out, node, 0, validX, validX ? (value(row + sx.hi) - value(row + sx.lo)) / sx.divisor : 0.0);
+            Store(out, node, 1, validY, validY ? (value(rowHiY + i) - value(rowLoY + i)) / sy.divisor : 0.0);
+            Store(out, node, 2, validZ, validZ ? (value(rowHiZ + i) - value(rowLoZ + i)) / sz.divisor : 0.0);
+        }
+    }
+}
+
+// Per axis: the lower neighbour unless the node is the first or that
+// neighbour is blank, in which case the node itself; the same above. Two
+// distinct nodes, both valid, give the difference; anything else a blank,
+// so a node between two blanks has none.
+template <class T, class O>
+void LatticeGradientEvaluator::AxisAlignedNodesWithBlanks(unsigned int first, unsigned int end) const
+{
+    const T* in = static_cast<const T*>(m_Input.DataPtr());
+    O* out = static_cast<O*>(m_Output.DataWritePtr());
+    const unsigned int stride = m_Input.ComponentCount();
+    const unsigned int* dims = m_Input.GetDims();
+    const uint32_t steps[3] = {1, dims[0], dims[0] * dims[1]};
+    const auto blank = [&](uint32_t node) { return m_Input.IsBlank(node, m_Component); };
+    const auto value = [&](uint32_t node) { return PrimConvert<double>(in[uint64_t(node) * stride + m_Component]); };
+    for (uint32_t node = first; node < end; ++node) {
+        unsigned int index[3];
+        m_Input.IndexToIJK(node, index[0], index[1], index[2]);
+        for (int axis = 0; axis < 3; ++axis) {
+            const unsigned int n = index[axis];
+            const uint32_t step = steps[axis];
+            const unsigned int lo = n == 0 || blank(node - step) ? n : n - 1;
+            const unsigned int hi = n + 1 >= dims[axis] || blank(node + step) ? n : n + 1;
+            const uint32_t loNode = node - (n - lo) * step, hiNode = node + (hi - n) * step;
+            const bool valid = lo != hi && !blank(loNode) && !blank(hiNode);
+            Store(out, node, axis, valid, valid ? (value(hiNode) - value(loNode)) / Divisor(axis, lo, hi) : 0.0);
+        }
+    }
+}
+
+template <class O>
+void LatticeGradientEvaluator::CurvilinearNodes(unsigned int first, unsigned int end) const
+{
+    O* out = static_cast<O*>(m_Output.DataWritePtr());
+    const unsigned int* dims = m_Input.GetDims();
+    shr::RMatrix a;
+    shr::RVector values, solution;
+    shr::Vec3d points[7];
+    double pointValues[7];
+    for (uint32_t node = first; node < end; ++node) {
+        unsigned int index[3];
+        m_Input.IndexToIJK(node, index[0], index[1], index[2]);
+        const shr::Vec3d origin = m_Input.IJKToUVW(index[0], index[1], index[2]);
+        size_t count = 0;
+        for (const int* offset : kStencil) {
+            unsigned int at[3];
+            bool inside = true;
+            for (int axis = 0; axis < 3; ++axis) {
+                at[axis] = index[axis] + offset[axis]; // wraps below 0, and is then out of range
+                inside = inside && at[axis] < dims[axis];
+            }
+            if (!inside)
+                continue;
+            const uint32_t neighbour = m_Input.Index(at[0], at[1], at[2]);
+            if (m_Input.IsBlank(neighbour, m_Component))
+                continue;
+            points[count] = m_Input.IJKToUVW(at[0], at[1], at[2]) - origin;
+            pointValues[count++] = NodeValue(m_Input, neighbour, m_Component);
+        }
+        bool fitted = count >= kMinFitPoints;
+        if (fitted) {
+            a.Resize(count, 4);
+            values.Resize(count);
+            for (size_t p = 0; p < count; ++p) {
+                a(p, 0) = points[p].x;
+                a(p, 1) = points[p].y;
+                a(p, 2) = points[p].z;
+                a(p, 3) = 1.0;
+                values[p] = pointValues[p];
+            }
+            fitted = shr::MGSLeastSquares(a, solution, values);
+        }
+        for (int axis = 0; axis < 3; ++axis)
+            Store(out, node, axis, fitted, fitted ? solution[axis] : 0.0);
+    }
+}
+
+template <class O>
+void LatticeGradientEvaluator::Store(O* out, uint32_t node, int axis, bool valid, double value) const
+{
+    out[uint64_t(node) * 3 + axis] = valid ? PrimConvert<O>(value) : O(0);
+    if (!valid)
+        m_Output.SetBlank(node, static_cast<unsigned int>(axis));
+}
+
+} // namespace core
