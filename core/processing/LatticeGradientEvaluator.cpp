@@ -5,6 +5,7 @@
 #include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/network/VbPort.h"
+#include "core/processing/ConvertedStore.h"
 #include "core/processing/ParallelNodes.h"
 #include "shr/Exception.h"
 #include "shr/LeastSquares.h"
@@ -24,6 +25,29 @@ constexpr size_t kMinFitPoints = 4;
 [[noreturn]] void ThrowMismatch(int line)
 {
     shr::ThrowSharedError("Core", __FILE__, line, 0, "The gradient lattice does not match the input.");
+}
+
+// Nodes of a row differenced together.
+constexpr unsigned int kRun = 256;
+
+// The differences of a run of nodes along the three axes, and each node's
+// divisor along x.
+struct DifferenceRun {
+    double differences[3][kRun];
+    double divisors[kRun];
+};
+
+// The differences become quotients: along x by each node's divisor, along y
+// and z by the row's. Compiled also for AVX2, which gives the same quotients
+// four at a time.
+__attribute__((target_clones("avx2", "default"))) void Quotients(DifferenceRun& run, double yDivisor,
+                                                                  double zDivisor, unsigned int count)
+{
+    for (unsigned int n = 0; n < count; ++n) {
+        run.differences[0][n] /= run.divisors[n];
+        run.differences[1][n] /= yDivisor;
+        run.differences[2][n] /= zDivisor;
+    }
 }
 
 } // namespace
@@ -55,7 +79,8 @@ LatticeGradientEvaluator::LatticeGradientEvaluator(const VdLattice& input, unsig
             AxisStep& step = m_Steps[axis][n];
             step.lo = n == 0 ? n : n - 1;
             step.hi = n + 1 < dim ? n + 1 : n;
-            step.divisor = step.lo != step.hi ? Divisor(axis, step.lo, step.hi) : 0.0;
+            // An axis of one node has no divisor; 1 keeps the blank-free loop from dividing by 0.
+            step.divisor = step.lo != step.hi ? Divisor(axis, step.lo, step.hi) : 1.0;
         }
     }
 }
@@ -97,7 +122,9 @@ void LatticeGradientEvaluator::operator()(const tbb::blocked_range<unsigned int>
 }
 
 // Without blanks each node's neighbours follow from its indices alone: the
-// steps of the row's j and k hold for the whole row.
+// steps of the row's j and k hold for the whole row, and inside the row the
+// x neighbours are the nodes on either side. The differences of a run of
+// nodes are taken first, then divided all together.
 template <class T, class O>
 void LatticeGradientEvaluator::AxisAlignedRows(unsigned int first, unsigned int end) const
 {
@@ -105,24 +132,39 @@ void LatticeGradientEvaluator::AxisAlignedRows(unsigned int first, unsigned int 
     O* out = static_cast<O*>(m_Output.DataWritePtr());
     const unsigned int stride = m_Input.ComponentCount();
     const unsigned int component = m_Component;
-    const auto value = [&](uint32_t node) { return PrimConvert<double>(in[uint64_t(node) * stride + component]); };
+    const auto value = [&](uint64_t node) { return PrimConvert<double>(in[node * stride + component]); };
     const unsigned int nx = m_Input.GetDims()[0], ny = m_Input.GetDims()[1];
+    DifferenceRun run;
     for (uint32_t node = first; node < end;) {
         unsigned int i, j, k;
         m_Input.IndexToIJK(node, i, j, k);
         const unsigned int iEnd = static_cast<unsigned int>(std::min<uint64_t>(uint64_t(i) + (end - node), nx));
         const AxisStep& sy = m_Steps[1][j];
         const AxisStep& sz = m_Steps[2][k];
-        const bool validY = sy.lo != sy.hi, validZ = sz.lo != sz.hi;
-        const uint32_t row = node - i;
-        const uint32_t rowLoY = (ny * k + sy.lo) * nx, rowHiY = (ny * k + sy.hi) * nx;
-        const uint32_t rowLoZ = (ny * sz.lo + j) * nx, rowHiZ = (ny * sz.hi + j) * nx;
-        for (; i < iEnd; ++i, ++node) {
-            const AxisStep& sx = m_Steps[0][i];
-            const bool validX = sx.lo != sx.hi;
-            Store(out, node, 0, validX, validX ? (value(row + sx.hi) - value(row + sx.lo)) / sx.divisor : 0.0);
-            Store(out, node, 1, validY, validY ? (value(rowHiY + i) - value(rowLoY + i)) / sy.divisor : 0.0);
-            Store(out, node, 2, validZ, validZ ? (value(rowHiZ + i) - value(rowLoZ + i)) / sz.divisor : 0.0);
+        const bool valid[3] = {nx > 1, sy.lo != sy.hi, sz.lo != sz.hi};
+        const uint64_t row = node - i;
+        const uint64_t rowLoY = uint64_t(ny * k + sy.lo) * nx, rowHiY = uint64_t(ny * k + sy.hi) * nx;
+        const uint64_t rowLoZ = uint64_t(ny * sz.lo + j) * nx, rowHiZ = uint64_t(ny * sz.hi + j) * nx;
+        for (; i < iEnd; i += kRun, node += kRun) {
+            const unsigned int count = std::min(kRun, iEnd - i);
+            for (unsigned int n = 0; n < count; ++n) {
+                const AxisStep& sx = m_Steps[0][i + n];
+                run.differences[0][n] = value(row + sx.hi) - value(row + sx.lo);
+                run.divisors[n] = sx.divisor;
+            }
+            for (unsigned int n = 0; n < count; ++n)
+                run.differences[1][n] = value(rowHiY + i + n) - value(rowLoY + i + n);
+            for (unsigned int n = 0; n < count; ++n)
+                run.differences[2][n] = value(rowHiZ + i + n) - value(rowLoZ + i + n);
+            Quotients(run, sy.divisor, sz.divisor, count);
+            for (int axis = 0; axis < 3; ++axis) {
+                if (valid[axis]) {
+                    StoreConverted(out + uint64_t(node) * 3 + axis, 3, run.differences[axis], count);
+                    continue;
+                }
+                for (unsigned int n = 0; n < count; ++n)
+                    Store(out, node + n, axis, false, 0.0);
+            }
         }
     }
 }

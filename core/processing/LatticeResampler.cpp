@@ -3,6 +3,7 @@
 #include "core/data/PrimConvert.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/network/VbPort.h"
+#include "core/processing/ConvertedStore.h"
 #include "core/processing/ParallelNodes.h"
 #include "shr/Exception.h"
 
@@ -10,6 +11,58 @@
 #include <bitset>
 
 namespace core {
+
+namespace {
+
+// Nodes of a row taken together by the blank-free linear form.
+constexpr unsigned int kRun = 128;
+
+// The corner values of a run of nodes, corner n of node m in corners[n][m]
+// in Interpolate's corner order, their x fractions, and the sums.
+struct CornerRun {
+    double corners[8][kRun];
+    double fx[kRun];
+    double sums[kRun];
+};
+
+// Component c of the two x corners of each node in the four rows.
+template <class T, class Cell>
+inline void GatherCorners(const T* in, const uint64_t* rows, const Cell* cells, unsigned int count,
+                          unsigned int components, unsigned int c, CornerRun& run)
+{
+    for (unsigned int n = 0; n < count; ++n) {
+        const uint64_t lo = cells[n].lo, hi = cells[n].hi;
+        for (int r = 0; r < 4; ++r) {
+            run.corners[2 * r][n] = PrimConvert<double>(in[(rows[r] + lo) * components + c]);
+            run.corners[2 * r + 1][n] = PrimConvert<double>(in[(rows[r] + hi) * components + c]);
+        }
+    }
+}
+
+// Interpolate's weighted sum for each node of the run: the weight of corner
+// n is the product of its x, y and z factors in that order, and the terms
+// are added in corner order. Compiled also for AVX2 (without fused
+// multiply-add), which gives the same numbers four nodes at a time.
+__attribute__((target_clones("avx2", "default"))) void CornerSums(CornerRun& run, double fy, double fz,
+                                                                   unsigned int count)
+{
+    const double y0 = 1.0 - fy, y1 = fy, z0 = 1.0 - fz, z1 = fz;
+    for (unsigned int n = 0; n < count; ++n) {
+        const double x0 = 1.0 - run.fx[n], x1 = run.fx[n];
+        double sum = 0.0;
+        sum += x0 * y0 * z0 * run.corners[0][n];
+        sum += x1 * y0 * z0 * run.corners[1][n];
+        sum += x0 * y1 * z0 * run.corners[2][n];
+        sum += x1 * y1 * z0 * run.corners[3][n];
+        sum += x0 * y0 * z1 * run.corners[4][n];
+        sum += x1 * y0 * z1 * run.corners[5][n];
+        sum += x0 * y1 * z1 * run.corners[6][n];
+        sum += x1 * y1 * z1 * run.corners[7][n];
+        run.sums[n] = sum;
+    }
+}
+
+} // namespace
 
 LatticeResampler::LatticeResampler(const VdLattice& input, VdUniformLattice& output, VdLattice::InterpMethod method)
     : m_Input(input), m_Output(output), m_Method(method), m_Components(input.ComponentCount()),
@@ -105,7 +158,7 @@ void LatticeResampler::SampleRows(unsigned int first, unsigned int end) const
         if (m_Method == VdLattice::INTERP_NEAREST)
             m_InputBlanks ? NearestRow<T, true>(node, i, iEnd, j, k) : NearestRow<T, false>(node, i, iEnd, j, k);
         else
-            m_InputBlanks ? LinearRow<T, true>(node, i, iEnd, j, k) : LinearRow<T, false>(node, i, iEnd, j, k);
+            m_InputBlanks ? LinearRow<T, true>(node, i, iEnd, j, k) : LinearRowWithoutBlanks<T>(node, i, iEnd, j, k);
         node += iEnd - i;
     }
 }
@@ -156,6 +209,50 @@ void LatticeResampler::LinearRow(uint32_t node, unsigned int i, unsigned int iEn
             values[c] = sum;
         }
         StoreTuple(out, node, values, blankCount);
+    }
+}
+
+// The same without blanks in the input, for speed: the eight corner values of
+// a run of nodes are gathered into columns of doubles first, so that the
+// weighted sums, still in Interpolate's order for each node, run over plain
+// arrays and several nodes at a time. A node outside is left at 0 and
+// blanked, as Interpolate's blank results are.
+template <class T>
+void LatticeResampler::LinearRowWithoutBlanks(uint32_t node, unsigned int i, unsigned int iEnd, unsigned int j,
+                                              unsigned int k) const
+{
+    const AxisCell& cy = m_Cells[1][j];
+    const AxisCell& cz = m_Cells[2][k];
+    if (cy.outside || cz.outside) {
+        for (; i < iEnd; ++i, ++node)
+            StoreBlankTuple(node);
+        return;
+    }
+    const T* in = static_cast<const T*>(m_Input.DataPtr());
+    T* out = static_cast<T*>(m_Output.DataWritePtr());
+    const unsigned int* dims = m_Input.GetDims();
+    const unsigned int components = m_Components;
+    const uint64_t rows[4] = {uint64_t(dims[1] * cz.lo + cy.lo) * dims[0], uint64_t(dims[1] * cz.lo + cy.hi) * dims[0],
+                              uint64_t(dims[1] * cz.hi + cy.lo) * dims[0], uint64_t(dims[1] * cz.hi + cy.hi) * dims[0]};
+    const AxisCell* cells = m_Cells[0].data();
+    CornerRun run;
+    for (; i < iEnd; i += kRun, node += kRun) {
+        const unsigned int count = std::min(kRun, iEnd - i);
+        for (unsigned int n = 0; n < count; ++n)
+            run.fx[n] = cells[i + n].f;
+        for (unsigned int c = 0; c < components; ++c) {
+            if (components == 1)
+                GatherCorners(in, rows, cells + i, count, 1, 0, run);
+            else
+                GatherCorners(in, rows, cells + i, count, components, c, run);
+            CornerSums(run, cy.f, cz.f, count);
+            StoreConverted(out + uint64_t(node) * components + c, components, run.sums, count);
+        }
+        for (unsigned int n = 0; n < count; ++n)
+            if (cells[i + n].outside) {
+                std::fill_n(out + uint64_t(node + n) * components, components, T(0));
+                StoreBlankTuple(node + n);
+            }
     }
 }
 

@@ -55,6 +55,9 @@ private:
     void SampleRows(unsigned int first, unsigned int end) const;
     template <class T, bool Blanks>
     void LinearRow(uint32_t node, unsigned int i, unsigned int iEnd, unsigned int j, unsigned int k) const;
+    template <class T>
+    void LinearRowWithoutBlanks(uint32_t node, unsigned int i, unsigned int iEnd, unsigned int j,
+                                unsigned int k) const;
     template <class T, bool Blanks>
     void NearestRow(uint32_t node, unsigned int i, unsigned int iEnd, unsigned int j, unsigned int k) const;
     // The storing rule for one tuple of `blankCount` blank results.

@@ -238,15 +238,20 @@ shr::GString VoCast::OutputRangeText() const
     return shr::ToString("%.10g, %.10g%s", x2, x1, truncated ? " (truncated!)" : "");
 }
 
-// A range of no width is taken as empty: its scale would be infinite.
 bool VoCast::Stretch()
 {
     const std::pair<double, double> range = InputRange();
-    if (!shr::CPrimType::IsInteger(m_OutputType) || !(range.first < range.second))
+    return StretchParameters(m_OutputType, range.first, range.second, m_Offset, m_Scale);
+}
+
+// A range of no width is taken as empty: its scale would be infinite.
+bool VoCast::StretchParameters(shr::PrimType type, double min, double max, double& offset, double& scale)
+{
+    if (!shr::CPrimType::IsInteger(type) || !(min < max))
         return false;
-    const double low = shr::CPrimType::TypeMin[m_OutputType], high = shr::CPrimType::TypeMax[m_OutputType];
-    m_Scale = (high - low + 1.0) / (range.second - range.first);
-    m_Offset = (low - 0.5) / m_Scale - range.first;
+    const double low = shr::CPrimType::TypeMin[type], high = shr::CPrimType::TypeMax[type];
+    scale = (high - low + 1.0) / (max - min);
+    offset = (low - 0.5) / scale - min;
     return true;
 }
 

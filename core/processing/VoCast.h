@@ -57,6 +57,8 @@ public:
     // width, the offset and scale that map it onto the whole type; false,
     // with nothing changed, otherwise.
     bool Stretch();
+    // The same for a type and the data limits min, max.
+    static bool StretchParameters(shr::PrimType type, double min, double max, double& offset, double& scale);
     // The rows' texts: "%.10g, %.10g" for the input range and
     // "%.10g, %.10g%s" for the output range; "Not available" without data.
     shr::GString InputRangeText() const;
