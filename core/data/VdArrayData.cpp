@@ -24,8 +24,11 @@ unsigned char BitOf(uint32_t index)
     return static_cast<unsigned char>(1u << (index & 7));
 }
 
-// Stores from this size on are mapped from the system rather than taken from the heap.
-constexpr uint64_t kMappedBytes = uint64_t(4) << 20;
+// Stores from this size on are mapped from the system rather than taken from
+// the heap. Below it the C library's heap takes back and hands out again
+// blocks of lattice size, so that their pages stay in use; above it the
+// library maps and unmaps every block itself, in small pages.
+constexpr uint64_t kMappedBytes = uint64_t(32) << 20;
 
 } // namespace
 

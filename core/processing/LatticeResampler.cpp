@@ -9,58 +9,118 @@
 
 #include <algorithm>
 #include <bitset>
+#include <limits>
 
 namespace core {
 
 namespace {
 
-// Nodes of a row taken together by the blank-free linear form.
-constexpr unsigned int kRun = 128;
-
-// The corner values of a run of nodes, corner n of node m in corners[n][m]
-// in Interpolate's corner order, their x fractions, and the sums.
-struct CornerRun {
-    double corners[8][kRun];
-    double fx[kRun];
-    double sums[kRun];
-};
-
-// Component c of the two x corners of each node in the four rows.
-template <class T, class Cell>
-inline void GatherCorners(const T* in, const uint64_t* rows, const Cell* cells, unsigned int count,
-                          unsigned int components, unsigned int c, CornerRun& run)
+// Interpolate's weighted sum for each node of a stretch of a row: the weight
+// of corner n is the product of its x, y and z factors in that order, and the
+// terms are added in corner order; corner n of the stretch's node m is
+// corners[n][m]. Compiled also for AVX2 (without fused multiply-add), which
+// gives the same numbers four nodes at a time.
+__attribute__((target_clones("avx2", "default"))) void CornerSums(const double* const* corners,
+                                                                   const double* __restrict fx, double fy, double fz,
+                                                                   double* __restrict sums, unsigned int count)
 {
-    for (unsigned int n = 0; n < count; ++n) {
-        const uint64_t lo = cells[n].lo, hi = cells[n].hi;
-        for (int r = 0; r < 4; ++r) {
-            run.corners[2 * r][n] = PrimConvert<double>(in[(rows[r] + lo) * components + c]);
-            run.corners[2 * r + 1][n] = PrimConvert<double>(in[(rows[r] + hi) * components + c]);
-        }
-    }
-}
-
-// Interpolate's weighted sum for each node of the run: the weight of corner
-// n is the product of its x, y and z factors in that order, and the terms
-// are added in corner order. Compiled also for AVX2 (without fused
-// multiply-add), which gives the same numbers four nodes at a time.
-__attribute__((target_clones("avx2", "default"))) void CornerSums(CornerRun& run, double fy, double fz,
-                                                                   unsigned int count)
-{
+    const double* __restrict c0 = corners[0];
+    const double* __restrict c1 = corners[1];
+    const double* __restrict c2 = corners[2];
+    const double* __restrict c3 = corners[3];
+    const double* __restrict c4 = corners[4];
+    const double* __restrict c5 = corners[5];
+    const double* __restrict c6 = corners[6];
+    const double* __restrict c7 = corners[7];
     const double y0 = 1.0 - fy, y1 = fy, z0 = 1.0 - fz, z1 = fz;
     for (unsigned int n = 0; n < count; ++n) {
-        const double x0 = 1.0 - run.fx[n], x1 = run.fx[n];
+        const double x0 = 1.0 - fx[n], x1 = fx[n];
         double sum = 0.0;
-        sum += x0 * y0 * z0 * run.corners[0][n];
-        sum += x1 * y0 * z0 * run.corners[1][n];
-        sum += x0 * y1 * z0 * run.corners[2][n];
-        sum += x1 * y1 * z0 * run.corners[3][n];
-        sum += x0 * y0 * z1 * run.corners[4][n];
-        sum += x1 * y0 * z1 * run.corners[5][n];
-        sum += x0 * y1 * z1 * run.corners[6][n];
-        sum += x1 * y1 * z1 * run.corners[7][n];
-        run.sums[n] = sum;
+        sum += x0 * y0 * z0 * c0[n];
+        sum += x1 * y0 * z0 * c1[n];
+        sum += x0 * y1 * z0 * c2[n];
+        sum += x1 * y1 * z0 * c3[n];
+        sum += x0 * y0 * z1 * c4[n];
+        sum += x1 * y0 * z1 * c5[n];
+        sum += x0 * y1 * z1 * c6[n];
+        sum += x1 * y1 * z1 * c7[n];
+        sums[n] = sum;
     }
 }
+
+// One component of an input row taken at the low and high x node of each
+// output column of a stretch, as doubles: what the output rows that share
+// the input row have in common. Four of them are kept, enough for the four
+// input rows of one output row, so that the next output row, which mostly
+// reads the same input rows, finds them ready.
+template <class T>
+class RowExpander {
+public:
+    struct Row {
+        uint64_t start = std::numeric_limits<uint64_t>::max(); // the input row's first node
+        unsigned int component = 0;
+        unsigned int first = 0, end = 0; // the output columns
+        unsigned int use = 0;            // the last caller's stamp
+        std::vector<double> lo, hi;      // by column - first
+    };
+
+    RowExpander(const T* in, unsigned int components, const uint32_t* lo, const uint32_t* hi, unsigned int width)
+        : m_In(in), m_Components(components), m_Lo(lo), m_Hi(hi)
+    {
+        for (Row& row : m_Rows) {
+            row.lo.resize(width);
+            row.hi.resize(width);
+        }
+    }
+
+    // The input row starting at node `start` over the output columns [first,
+    // end). Rows fetched with the same `use` stay until the next use.
+    const Row& Get(uint64_t start, unsigned int component, unsigned int first, unsigned int end, unsigned int use)
+    {
+        Row* free = nullptr;
+        for (Row& row : m_Rows) {
+            if (row.start == start && row.component == component && row.first == first && row.end == end) {
+                row.use = use;
+                return row;
+            }
+            if (row.use != use)
+                free = &row;
+        }
+        Fill(*free, start, component, first, end);
+        free->use = use;
+        return *free;
+    }
+
+private:
+    void Fill(Row& row, uint64_t start, unsigned int component, unsigned int first, unsigned int end) const
+    {
+        row.start = start;
+        row.component = component;
+        row.first = first;
+        row.end = end;
+        const uint32_t* lows = m_Lo + first;
+        const uint32_t* highs = m_Hi + first;
+        const unsigned int count = end - first;
+        if (m_Components == 1) {
+            const T* in = m_In + start;
+            for (unsigned int n = 0; n < count; ++n) {
+                row.lo[n] = PrimConvert<double>(in[lows[n]]);
+                row.hi[n] = PrimConvert<double>(in[highs[n]]);
+            }
+            return;
+        }
+        for (unsigned int n = 0; n < count; ++n) {
+            row.lo[n] = PrimConvert<double>(m_In[(start + lows[n]) * m_Components + component]);
+            row.hi[n] = PrimConvert<double>(m_In[(start + highs[n]) * m_Components + component]);
+        }
+    }
+
+    const T* m_In;
+    unsigned int m_Components;
+    const uint32_t* m_Lo;
+    const uint32_t* m_Hi;
+    Row m_Rows[4];
+};
 
 } // namespace
 
@@ -88,22 +148,24 @@ void LatticeResampler::BuildCells()
     const unsigned int* inDims = m_Input.GetDims();
     const unsigned int* outDims = m_Output.GetDims();
     for (int axis = 0; axis < 3; ++axis) {
-        std::vector<AxisCell>& cells = m_Cells[axis];
-        cells.resize(outDims[axis]);
-        const unsigned int dim = inDims[axis];
-        for (unsigned int n = 0; n < outDims[axis]; ++n) {
+        AxisCells& cells = m_Cells[axis];
+        const unsigned int count = outDims[axis], dim = inDims[axis];
+        cells.lo.resize(count);
+        cells.hi.resize(count);
+        cells.f.resize(count);
+        cells.outside.resize(count);
+        for (unsigned int n = 0; n < count; ++n) {
             unsigned int ijk[3] = {0, 0, 0};
             ijk[axis] = n;
             const double x = m_Input.UVWToIJK(m_Output.IJKToUVW(ijk[0], ijk[1], ijk[2]))[axis];
-            AxisCell& cell = cells[n];
-            cell.outside = VdLattice::OutsideAxis(x, dim);
+            cells.outside[n] = VdLattice::OutsideAxis(x, dim);
             if (m_Method == VdLattice::INTERP_NEAREST) {
-                cell.lo = VdLattice::NearestNode(x, dim);
+                cells.lo[n] = VdLattice::NearestNode(x, dim);
                 continue;
             }
-            cell.lo = dim == 1 ? 0 : VdLattice::LowNode(x, dim);
-            cell.hi = dim == 1 ? 0 : cell.lo + 1;
-            cell.f = x - cell.lo;
+            cells.lo[n] = dim == 1 ? 0 : VdLattice::LowNode(x, dim);
+            cells.hi[n] = dim == 1 ? 0 : cells.lo[n] + 1;
+            cells.f[n] = x - cells.lo[n];
         }
     }
 }
@@ -132,6 +194,12 @@ void LatticeResampler::operator()(const tbb::blocked_range<unsigned int>& nodes)
     });
 }
 
+uint64_t LatticeResampler::InputRow(uint32_t j, uint32_t k) const
+{
+    const unsigned int* dims = m_Input.GetDims();
+    return uint64_t(dims[1] * k + j) * dims[0];
+}
+
 template <class T>
 void LatticeResampler::SampleNodes(unsigned int first, unsigned int end) const
 {
@@ -151,14 +219,19 @@ template <class T>
 void LatticeResampler::SampleRows(unsigned int first, unsigned int end) const
 {
     const unsigned int columns = m_Output.GetDims()[0];
+    const bool linear = m_Method == VdLattice::INTERP_LINEAR;
+    RowExpander<T> expander(static_cast<const T*>(m_Input.DataPtr()), m_Components, m_Cells[0].lo.data(),
+                            m_Cells[0].hi.data(), linear && !m_InputBlanks ? columns : 0);
     for (uint32_t node = first; node < end;) {
         unsigned int i, j, k;
         m_Output.IndexToIJK(node, i, j, k);
         const unsigned int iEnd = static_cast<unsigned int>(std::min<uint64_t>(uint64_t(i) + (end - node), columns));
-        if (m_Method == VdLattice::INTERP_NEAREST)
+        if (!linear)
             m_InputBlanks ? NearestRow<T, true>(node, i, iEnd, j, k) : NearestRow<T, false>(node, i, iEnd, j, k);
+        else if (m_InputBlanks)
+            LinearRow<T, true>(node, i, iEnd, j, k);
         else
-            m_InputBlanks ? LinearRow<T, true>(node, i, iEnd, j, k) : LinearRowWithoutBlanks<T>(node, i, iEnd, j, k);
+            LinearRowWithoutBlanks<T>(expander, node, i, iEnd, j, k);
         node += iEnd - i;
     }
 }
@@ -171,33 +244,33 @@ void LatticeResampler::LinearRow(uint32_t node, unsigned int i, unsigned int iEn
 {
     const T* in = static_cast<const T*>(m_Input.DataPtr());
     T* out = static_cast<T*>(m_Output.DataWritePtr());
-    const unsigned int* dims = m_Input.GetDims();
     const unsigned int components = m_Components;
-    const AxisCell& cy = m_Cells[1][j];
-    const AxisCell& cz = m_Cells[2][k];
+    const AxisCells& x = m_Cells[0];
+    const AxisCells& y = m_Cells[1];
+    const AxisCells& z = m_Cells[2];
     // The first node of the rows of the corner pairs (j lo, k lo), (j hi, k lo), (j lo, k hi), (j hi, k hi).
-    const uint32_t rows[4] = {(dims[1] * cz.lo + cy.lo) * dims[0], (dims[1] * cz.lo + cy.hi) * dims[0],
-                              (dims[1] * cz.hi + cy.lo) * dims[0], (dims[1] * cz.hi + cy.hi) * dims[0]};
-    const double fy = cy.f, fz = cz.f;
+    const uint64_t rows[4] = {InputRow(y.lo[j], z.lo[k]), InputRow(y.hi[j], z.lo[k]), InputRow(y.lo[j], z.hi[k]),
+                              InputRow(y.hi[j], z.hi[k])};
+    const double fy = y.f[j], fz = z.f[k];
+    const bool rowOutside = y.outside[j] || z.outside[k];
     double values[VdLattice::MaxBlankBits];
     for (; i < iEnd; ++i, ++node) {
-        const AxisCell& cx = m_Cells[0][i];
-        if (cx.outside || cy.outside || cz.outside) {
+        if (rowOutside || x.outside[i]) {
             StoreBlankTuple(node);
             continue;
         }
-        const double fx = cx.f;
+        const double fx = x.f[i];
         const double weights[8] = {(1.0 - fx) * (1.0 - fy) * (1.0 - fz), fx * (1.0 - fy) * (1.0 - fz),
                                    (1.0 - fx) * fy * (1.0 - fz),         fx * fy * (1.0 - fz),
                                    (1.0 - fx) * (1.0 - fy) * fz,         fx * (1.0 - fy) * fz,
                                    (1.0 - fx) * fy * fz,                 fx * fy * fz};
-        const uint32_t corners[8] = {rows[0] + cx.lo, rows[0] + cx.hi, rows[1] + cx.lo, rows[1] + cx.hi,
-                                     rows[2] + cx.lo, rows[2] + cx.hi, rows[3] + cx.lo, rows[3] + cx.hi};
+        const uint64_t corners[8] = {rows[0] + x.lo[i], rows[0] + x.hi[i], rows[1] + x.lo[i], rows[1] + x.hi[i],
+                                     rows[2] + x.lo[i], rows[2] + x.hi[i], rows[3] + x.lo[i], rows[3] + x.hi[i]};
         unsigned int blankCount = 0;
         for (unsigned int c = 0; c < components; ++c) {
             bool blank = false;
             for (int n = 0; Blanks && n < 8 && !blank; ++n)
-                blank = m_Input.IsBlank(corners[n], c);
+                blank = m_Input.IsBlank(static_cast<unsigned int>(corners[n]), c);
             if (blank) {
                 values[c] = VdVertexData::BlankVal;
                 ++blankCount;
@@ -205,55 +278,52 @@ void LatticeResampler::LinearRow(uint32_t node, unsigned int i, unsigned int iEn
             }
             double sum = 0.0;
             for (int n = 0; n < 8; ++n)
-                sum += weights[n] * PrimConvert<double>(in[uint64_t(corners[n]) * components + c]);
+                sum += weights[n] * PrimConvert<double>(in[corners[n] * components + c]);
             values[c] = sum;
         }
         StoreTuple(out, node, values, blankCount);
     }
 }
 
-// The same without blanks in the input, for speed: the eight corner values of
-// a run of nodes are gathered into columns of doubles first, so that the
-// weighted sums, still in Interpolate's order for each node, run over plain
-// arrays and several nodes at a time. A node outside is left at 0 and
-// blanked, as Interpolate's blank results are.
-template <class T>
-void LatticeResampler::LinearRowWithoutBlanks(uint32_t node, unsigned int i, unsigned int iEnd, unsigned int j,
-                                              unsigned int k) const
+// The same without blanks in the input, for speed: the corner values come
+// from the expanded input rows, and the weighted sums, still in
+// Interpolate's order for each node, run over plain arrays several nodes at
+// a time. A node outside is left at 0 and blanked, as Interpolate's blank
+// results are.
+template <class T, class Expander>
+void LatticeResampler::LinearRowWithoutBlanks(Expander& expander, uint32_t node, unsigned int i, unsigned int iEnd,
+                                              unsigned int j, unsigned int k) const
 {
-    const AxisCell& cy = m_Cells[1][j];
-    const AxisCell& cz = m_Cells[2][k];
-    if (cy.outside || cz.outside) {
+    const AxisCells& x = m_Cells[0];
+    const AxisCells& y = m_Cells[1];
+    const AxisCells& z = m_Cells[2];
+    if (y.outside[j] || z.outside[k]) {
         for (; i < iEnd; ++i, ++node)
             StoreBlankTuple(node);
         return;
     }
-    const T* in = static_cast<const T*>(m_Input.DataPtr());
-    T* out = static_cast<T*>(m_Output.DataWritePtr());
-    const unsigned int* dims = m_Input.GetDims();
-    const unsigned int components = m_Components;
-    const uint64_t rows[4] = {uint64_t(dims[1] * cz.lo + cy.lo) * dims[0], uint64_t(dims[1] * cz.lo + cy.hi) * dims[0],
-                              uint64_t(dims[1] * cz.hi + cy.lo) * dims[0], uint64_t(dims[1] * cz.hi + cy.hi) * dims[0]};
-    const AxisCell* cells = m_Cells[0].data();
-    CornerRun run;
-    for (; i < iEnd; i += kRun, node += kRun) {
-        const unsigned int count = std::min(kRun, iEnd - i);
-        for (unsigned int n = 0; n < count; ++n)
-            run.fx[n] = cells[i + n].f;
-        for (unsigned int c = 0; c < components; ++c) {
-            if (components == 1)
-                GatherCorners(in, rows, cells + i, count, 1, 0, run);
-            else
-                GatherCorners(in, rows, cells + i, count, components, c, run);
-            CornerSums(run, cy.f, cz.f, count);
-            StoreConverted(out + uint64_t(node) * components + c, components, run.sums, count);
+    T* out = static_cast<T*>(m_Output.DataWritePtr()) + uint64_t(node) * m_Components;
+    const uint64_t rows[4] = {InputRow(y.lo[j], z.lo[k]), InputRow(y.hi[j], z.lo[k]), InputRow(y.lo[j], z.hi[k]),
+                              InputRow(y.hi[j], z.hi[k])};
+    const unsigned int count = iEnd - i;
+    std::vector<double> sums(count);
+    for (unsigned int c = 0; c < m_Components; ++c) {
+        // Stamped by node and component: the four rows of one call stay together.
+        const unsigned int use = node * m_Components + c + 1;
+        const double* corners[8];
+        for (int r = 0; r < 4; ++r) {
+            const auto& row = expander.Get(rows[r], c, i, iEnd, use);
+            corners[2 * r] = row.lo.data();
+            corners[2 * r + 1] = row.hi.data();
         }
-        for (unsigned int n = 0; n < count; ++n)
-            if (cells[i + n].outside) {
-                std::fill_n(out + uint64_t(node + n) * components, components, T(0));
-                StoreBlankTuple(node + n);
-            }
+        CornerSums(corners, x.f.data() + i, y.f[j], z.f[k], sums.data(), count);
+        StoreConverted(out + c, m_Components, sums.data(), count);
     }
+    for (unsigned int n = 0; n < count; ++n)
+        if (x.outside[i + n]) {
+            std::fill_n(out + uint64_t(n) * m_Components, m_Components, T(0));
+            StoreBlankTuple(node + n);
+        }
 }
 
 template <class T, bool Blanks>
@@ -262,26 +332,24 @@ void LatticeResampler::NearestRow(uint32_t node, unsigned int i, unsigned int iE
 {
     const T* in = static_cast<const T*>(m_Input.DataPtr());
     T* out = static_cast<T*>(m_Output.DataWritePtr());
-    const unsigned int* dims = m_Input.GetDims();
     const unsigned int components = m_Components;
-    const AxisCell& cy = m_Cells[1][j];
-    const AxisCell& cz = m_Cells[2][k];
-    const uint32_t row = (dims[1] * cz.lo + cy.lo) * dims[0];
+    const AxisCells& x = m_Cells[0];
+    const uint64_t row = InputRow(m_Cells[1].lo[j], m_Cells[2].lo[k]);
+    const bool rowOutside = m_Cells[1].outside[j] || m_Cells[2].outside[k];
     double values[VdLattice::MaxBlankBits];
     for (; i < iEnd; ++i, ++node) {
-        const AxisCell& cx = m_Cells[0][i];
-        if (cx.outside || cy.outside || cz.outside) {
+        if (rowOutside || x.outside[i]) {
             StoreBlankTuple(node);
             continue;
         }
-        const uint32_t source = row + cx.lo;
+        const uint64_t source = row + x.lo[i];
         unsigned int blankCount = 0;
         for (unsigned int c = 0; c < components; ++c) {
-            if (Blanks && m_Input.IsBlank(source, c)) {
+            if (Blanks && m_Input.IsBlank(static_cast<unsigned int>(source), c)) {
                 values[c] = VdVertexData::BlankVal;
                 ++blankCount;
             } else {
-                values[c] = PrimConvert<double>(in[uint64_t(source) * components + c]);
+                values[c] = PrimConvert<double>(in[source * components + c]);
             }
         }
         StoreTuple(out, node, values, blankCount);

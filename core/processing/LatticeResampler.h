@@ -8,10 +8,11 @@
 //
 // Where positions separate by axis (a uniform or rectilinear input of the
 // output's element type, a ranged method, no user transform on either side)
-// the input node coordinates are worked out once per output row, column and
+// the input node coordinates are worked out once per output column, row and
 // layer, and the interpolation runs row by row on the element type. It does
 // per node what Interpolate does, in the same order, so the values are the
-// same bit for bit; only the repeated position arithmetic is saved.
+// same bit for bit; only the repeated position arithmetic is saved, and the
+// input rows that neighbouring output rows share are read once.
 #include "core/data/VdLattice.h"
 
 #include <tbb/blocked_range.h>
@@ -36,16 +37,17 @@ public:
     bool Run(VbProgress* progress) const;
 
     // Whether the row-by-row form is in use.
-    bool Separable() const { return !m_Cells[0].empty(); }
+    bool Separable() const { return !m_Cells[0].lo.empty(); }
 
 private:
-    // Where one output coordinate falls on one input axis: the nearest node
-    // (`lo`) or the linear cell (`lo`, `hi`, fraction `f`), and the range test.
-    struct AxisCell {
-        uint32_t lo = 0;
-        uint32_t hi = 0;
-        double f = 0.0;
-        bool outside = false;
+    // Where the output nodes of one axis fall on the input's axis, by output
+    // index: the nearest node (`lo`) or the linear cell (`lo`, `hi`, fraction
+    // `f`), and the range test.
+    struct AxisCells {
+        std::vector<uint32_t> lo;
+        std::vector<uint32_t> hi;
+        std::vector<double> f;
+        std::vector<unsigned char> outside;
     };
 
     void BuildCells();
@@ -55,8 +57,8 @@ private:
     void SampleRows(unsigned int first, unsigned int end) const;
     template <class T, bool Blanks>
     void LinearRow(uint32_t node, unsigned int i, unsigned int iEnd, unsigned int j, unsigned int k) const;
-    template <class T>
-    void LinearRowWithoutBlanks(uint32_t node, unsigned int i, unsigned int iEnd, unsigned int j,
+    template <class T, class Expander>
+    void LinearRowWithoutBlanks(Expander& expander, uint32_t node, unsigned int i, unsigned int iEnd, unsigned int j,
                                 unsigned int k) const;
     template <class T, bool Blanks>
     void NearestRow(uint32_t node, unsigned int i, unsigned int iEnd, unsigned int j, unsigned int k) const;
@@ -64,15 +66,16 @@ private:
     template <class T>
     void StoreTuple(T* out, uint32_t node, const double* values, unsigned int blankCount) const;
     void StoreBlankTuple(uint32_t node) const;
+    // The first node of input row (j, k).
+    uint64_t InputRow(uint32_t j, uint32_t k) const;
 
     const VdLattice& m_Input;
     VdUniformLattice& m_Output;
     VdLattice::InterpMethod m_Method;
     unsigned int m_Components;
     bool m_InputBlanks;
-    // Per output axis, one cell per output node index; empty when positions
-    // do not separate.
-    std::vector<AxisCell> m_Cells[3];
+    // Per output axis; empty when positions do not separate.
+    AxisCells m_Cells[3];
 };
 
 } // namespace core
