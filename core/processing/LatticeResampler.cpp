@@ -60,7 +60,7 @@ public:
         uint64_t start = std::numeric_limits<uint64_t>::max(); // the input row's first node
         unsigned int component = 0;
         unsigned int first = 0, end = 0; // the output columns
-        unsigned int use = 0;            // the last caller's stamp
+        uint64_t use = 0;                // the group that last used it
         std::vector<double> lo, hi;      // by column - first
     };
 
@@ -73,21 +73,23 @@ public:
         }
     }
 
+    // Starts a group of at most four rows that are needed together.
+    void NextGroup() { ++m_Group; }
     // The input row starting at node `start` over the output columns [first,
-    // end). Rows fetched with the same `use` stay until the next use.
-    const Row& Get(uint64_t start, unsigned int component, unsigned int first, unsigned int end, unsigned int use)
+    // end). It stays until the next group.
+    const Row& Get(uint64_t start, unsigned int component, unsigned int first, unsigned int end)
     {
         Row* free = nullptr;
         for (Row& row : m_Rows) {
             if (row.start == start && row.component == component && row.first == first && row.end == end) {
-                row.use = use;
+                row.use = m_Group;
                 return row;
             }
-            if (row.use != use)
+            if (row.use != m_Group)
                 free = &row;
         }
         Fill(*free, start, component, first, end);
-        free->use = use;
+        free->use = m_Group;
         return *free;
     }
 
@@ -119,6 +121,7 @@ private:
     unsigned int m_Components;
     const uint32_t* m_Lo;
     const uint32_t* m_Hi;
+    uint64_t m_Group = 0;
     Row m_Rows[4];
 };
 
@@ -308,11 +311,10 @@ void LatticeResampler::LinearRowWithoutBlanks(Expander& expander, uint32_t node,
     const unsigned int count = iEnd - i;
     std::vector<double> sums(count);
     for (unsigned int c = 0; c < m_Components; ++c) {
-        // Stamped by node and component: the four rows of one call stay together.
-        const unsigned int use = node * m_Components + c + 1;
+        expander.NextGroup();
         const double* corners[8];
         for (int r = 0; r < 4; ++r) {
-            const auto& row = expander.Get(rows[r], c, i, iEnd, use);
+            const auto& row = expander.Get(rows[r], c, i, iEnd);
             corners[2 * r] = row.lo.data();
             corners[2 * r + 1] = row.hi.data();
         }

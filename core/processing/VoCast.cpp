@@ -65,6 +65,20 @@ O ConvertClipped(double value)
         return value == value ? static_cast<O>(static_cast<int64_t>(value)) : O(0);
 }
 
+// (value + offset) x scale, clipped to [low, high], in O. The loop of
+// blank-free data; compiled also for AVX2, which gives the same values
+// several at a time.
+template <class I, class O>
+__attribute__((target_clones("avx2", "default"))) void CastRun(const I* __restrict source, O* __restrict target,
+                                                                uint64_t count, double offset, double scale,
+                                                                double low, double high)
+{
+    for (uint64_t e = 0; e < count; ++e) {
+        const double x = (PrimConvert<double>(source[e]) + offset) * scale;
+        target[e] = ConvertClipped<O>(x < low ? low : x > high ? high : x);
+    }
+}
+
 // The body of CastNodes over a range of tuples.
 class NodeCaster {
 public:
@@ -96,9 +110,8 @@ private:
             return ConvertClipped<O>(x < low ? low : x > high ? high : x);
         };
         if (!m_Blanks) {
-            const uint64_t last = uint64_t(end) * components;
-            for (uint64_t e = uint64_t(first) * components; e < last; ++e)
-                target[e] = convert(source[e]);
+            const uint64_t from = uint64_t(first) * components;
+            CastRun(source + from, target + from, uint64_t(end) * components - from, offset, scale, low, high);
             return;
         }
         for (unsigned int tuple = first; tuple < end; ++tuple)
