@@ -10,7 +10,7 @@
 namespace core {
 
 VectorReader::VectorReader(const VdVertexData& data)
-    : m_Data(data), m_Components(std::min(MaxComponents, data.ComponentCount()))
+    : m_Data(data), m_Components(std::min(MaxComponents, data.ComponentCount())), m_HasBlanks(data.HasBlanks())
 {
 }
 
@@ -19,12 +19,11 @@ shr::Vec3d VectorReader::At(uint32_t vertex) const
     shr::Vec3d v(0.0, 0.0, 0.0);
     if (m_Components == 0)
         return v;
-    const bool blanks = m_Data.HasBlanks();
     DispatchPrimType(m_Data.DataType(), [&](auto tag) {
         using Element = typename decltype(tag)::Type;
         const Element* tuple = static_cast<const Element*>(m_Data.DataPtr(vertex));
         for (unsigned int c = 0; c < m_Components; ++c)
-            if (!blanks || !m_Data.IsBlank(vertex, c))
+            if (!m_HasBlanks || !m_Data.IsBlank(vertex, c))
                 v[c] = PrimConvert<double>(tuple[c]);
     });
     return v;

@@ -34,6 +34,9 @@ public:
 private:
     const VdVertexData& m_Data;
     unsigned int m_Components;
+    // Asked once: the answer takes the process-wide blank lock, and the data
+    // do not change while they are read.
+    bool m_HasBlanks;
 };
 
 } // namespace core
