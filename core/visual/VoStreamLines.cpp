@@ -410,7 +410,7 @@ void VoStreamLines::InterpStreamLine(std::vector<shr::Vec3d>& points, std::vecto
     points.clear();
     colors.clear();
     const VdLattice* lattice = InputLattice();
-    if (!lattice)
+    if (!lattice || !(m_StepInterval > 0.0))
         return;
     if (m_Direction == Forward) {
         InterpStreamLine(*lattice, points, colors, seed, m_StepInterval);

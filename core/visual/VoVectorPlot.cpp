@@ -147,8 +147,8 @@ void CheckLoaded(const shr::Archive& archive, const StoredFields& f)
         f.scaleMethod > VoVectorPlot::Logarithmic || f.colorMethod > VoVectorPlot::Scalar)
         archive.ThrowFormatError("vector plot choice out of range (%u %u %u %u)", f.orientation, f.style,
                                  f.scaleMethod, f.colorMethod);
-    if (f.frequency < 1 || f.frequency > INT_MAX)
-        archive.ThrowFormatError("vector plot frequency %u", f.frequency);
+    if (f.frequency < 1 || f.frequency > INT_MAX || f.slice >= INT_MAX)
+        archive.ThrowFormatError("vector plot frequency %u or slice %u out of range", f.frequency, f.slice);
     if (!Within(f.headScale, 0.0, VoVectorPlot::MaxScale) || !Within(f.minScale, 0.0, VoVectorPlot::MaxScale) ||
         !Within(f.maxScale, 0.0, VoVectorPlot::MaxScale) || !Within(f.lineWidth, 0.0, VoVectorPlot::MaxLineWidth) ||
         !Within(f.dotSize, 0.0, VoVectorPlot::MaxDotSize))
@@ -512,7 +512,7 @@ void VoVectorPlot::AddGeneralRows(VbPropList& list)
                   "The orientation of the plane containing the vectors (or 'All' to use the entire lattice).",
                   m_Orientation, std::size(kOrientationNames), const_cast<const char**>(kOrientationNames), 0);
     list.AddInt(Id(), "VectorPlotSlice", IdSlice, "Slice", "The 1-based index of the plane of nodes to draw.",
-                int(m_Slice) + 1, ValCheckMinMax, 1, 1, 1);
+                int(std::min<uint32_t>(m_Slice, INT_MAX - 1)) + 1, ValCheckMinMax, 1, 1, 1);
     list.AddInt(Id(), "VectorPlotFrequency", IdFrequency, "Frequency", "The number of nodes to skip between vectors.",
                 int(m_Frequency), ValCheckMinMax, 1, INT_MAX, 1);
     list.Visible(IdOrientation, InputLattice() != nullptr);
@@ -567,18 +567,18 @@ void VoVectorPlot::EnableHeadScale(VbPropList& list) const
     list.Enabled(IdHeadScale, m_VectorStyle != Line && m_VectorStyle != Fade);
 }
 
-void VoVectorPlot::UpdateOrientation(VbPropList& list, bool setValue)
+void VoVectorPlot::UpdateOrientation(VbPropList& list, bool setValue) const
 {
     const VdLattice* lattice = InputLattice();
     const bool plane = lattice && m_Orientation < AllNodes;
     list.Visible(IdSlice, plane);
     if (!plane)
         return;
+    // The row shows the layer that is drawn: a slice past the end draws the last.
     const unsigned int count = std::max(lattice->GetDims()[kFixedAxis[m_Orientation]], 1u);
-    m_Slice = std::min(m_Slice, count - 1);
     list.SetNumLimits(IdSlice, ValCheckMinMax, 1.0, double(count));
     if (setValue)
-        list.SetNum(IdSlice, int(m_Slice) + 1);
+        list.SetNum(IdSlice, int(std::min(m_Slice, count - 1)) + 1);
 }
 
 void VoVectorPlot::UpdateColorOptions(VbPropList& list)
@@ -603,7 +603,7 @@ void VoVectorPlot::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
         UpdateOrientation(list, true);
         break;
     case IdSlice: {
-        int slice = int(m_Slice) + 1;
+        int slice = int(std::min<uint32_t>(m_Slice, INT_MAX - 1)) + 1;
         RowReader::Clamped(list, id, 1, INT_MAX, slice);
         m_Slice = uint32_t(slice - 1);
         UpdateOrientation(list, true);

@@ -143,7 +143,7 @@ private:
     void EnableHeadScale(VbPropList& list) const;
     // Shows the slice row unless all nodes are drawn, with the limits of the
     // orientation; with `setValue` the row also shows the stored slice.
-    void UpdateOrientation(VbPropList& list, bool setValue);
+    void UpdateOrientation(VbPropList& list, bool setValue) const;
     // The colour map's data limits: the scalar component's, or the magnitudes'.
     void UpdateColorLimits();
     // The rows of the colour method: colour, colour map (and its help), component, legend.
