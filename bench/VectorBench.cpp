@@ -17,6 +17,7 @@
 // Arrows: style "Arrow solid" on every second node along each axis, lengths
 // proportional to magnitude (the peer's scale-by-vector). Stream lines:
 // forward, a fixed number of fourth-order Runge-Kutta steps from each seed.
+#include "bench/BenchFiles.h"
 #include "core/data/VdGeometry.h"
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
@@ -33,16 +34,15 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <cstdio>
 #include <map>
 #include <memory>
 #include <random>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace {
 
+using benchfiles::WriteRaw;
 using core::VoNetwork;
 using shr::Vec3d;
 
@@ -52,25 +52,6 @@ constexpr double kStep = 0.002;
 constexpr uint32_t kFrequency = 2;
 // Lines written for the peer to compare.
 constexpr int kComparedLines = 8;
-
-std::string OutputFolder()
-{
-    char path[4096];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
-    std::string exe(path, length > 0 ? static_cast<size_t>(length) : 0);
-    const size_t slash = exe.rfind('/');
-    return slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
-}
-
-template <class T>
-void WriteRaw(const std::string& name, const std::vector<T>& values)
-{
-    const std::string path = OutputFolder() + "/" + name;
-    if (FILE* file = std::fopen(path.c_str(), "wb")) {
-        std::fwrite(values.data(), sizeof(T), values.size(), file);
-        std::fclose(file);
-    }
-}
 
 // The vortex on n^3 nodes over [-1, 1]^3, as it is or at unit speed.
 core::VdUniformLattice* Vortex(unsigned int n, bool unitSpeed)

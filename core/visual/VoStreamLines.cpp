@@ -22,6 +22,7 @@
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/properties/VbUnsignedPropertyConverter.h"
 #include "core/properties/VbVectorPropertyConverter.h"
+#include "core/visual/PointSizes.h"
 #include "core/visual/RowReader.h"
 #include "core/visual/VectorReader.h"
 #include "shr/Archive.h"
@@ -88,9 +89,8 @@ const char* const kColorMethodNames[] = {"Fixed", "Magnitude"};
 const char* const kSeedMethodNames[] = {"Line", "Ring", "Square", "Point set"};
 const char* const kAxisLabels[] = {"X", "Y", "Z"};
 
-// Document versions: the sizes became floats at 110, the seed plane lost its
-// matrix at 109.
-constexpr int kFloatSizesVersion = 110;
+// From this document version on the seed plane is stored as vectors, no
+// longer as a matrix.
 constexpr int kSeedVectorsVersion = 109;
 
 // A field whose largest magnitude is not above this has no direction to
@@ -161,20 +161,6 @@ double UnitScale(const shr::Box3d& box)
     return 0.5 * std::max(size.x, size.y);
 }
 
-void TransferSizes(shr::Archive& archive, StoredFields& f)
-{
-    if (archive.IsStoring() || archive.GetVersion() >= kFloatSizesVersion) {
-        archive.Transfer(f.pointSize);
-        archive.Transfer(f.lineWidth);
-        return;
-    }
-    int32_t pointSize = 0, lineWidth = 0;
-    archive.Transfer(pointSize);
-    archive.Transfer(lineWidth);
-    f.pointSize = static_cast<float>(pointSize);
-    f.lineWidth = static_cast<float>(lineWidth);
-}
-
 // Older documents kept the seed plane as a position and the matrix that took
 // the unit seeds to it: the normal is where the matrix turns +Z, the scale
 // factors its scale over the box's unit scale. The position is superseded by
@@ -217,7 +203,7 @@ void TransferSeeds(shr::Archive& archive, std::vector<shr::Vec3d>& seeds)
 void TransferFields(shr::Archive& archive, StoredFields& f)
 {
     archive.Transfer(f.streamMethod);
-    TransferSizes(archive, f);
+    TransferPointSizes(archive, f.pointSize, f.lineWidth);
     archive.Transfer(f.sphereSize);
     archive.Transfer(f.sphereQuality);
     archive.Transfer(f.autoStep);

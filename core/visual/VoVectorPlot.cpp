@@ -18,6 +18,7 @@
 #include "core/properties/VbPropertyEvent.h"
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/properties/VbUnsignedPropertyConverter.h"
+#include "core/visual/PointSizes.h"
 #include "core/visual/RowReader.h"
 #include "core/visual/VectorReader.h"
 #include "shr/Archive.h"
@@ -70,9 +71,6 @@ const char* const kColorMethodNames[] = {"Fixed", "Magnitude", "Scalar"};
 // for XZ, i for YZ.
 const int kFixedAxis[3] = {2, 1, 0};
 
-// From this document version on, line width and base symbol size are floats.
-constexpr int kFloatSizesVersion = 110;
-
 // Magnitudes up to this are no direction; a symbol shorter than ten times it is
 // not drawn (the single precision epsilon).
 constexpr double kTiny = 1.1920928955078125e-7;
@@ -107,20 +105,6 @@ struct StoredFields {
     VbLegend legend;
 };
 
-void TransferSizes(shr::Archive& archive, StoredFields& f)
-{
-    if (archive.IsStoring() || archive.GetVersion() >= kFloatSizesVersion) {
-        archive.Transfer(f.lineWidth);
-        archive.Transfer(f.dotSize);
-        return;
-    }
-    int32_t lineWidth = 0, dotSize = 0;
-    archive.Transfer(lineWidth);
-    archive.Transfer(dotSize);
-    f.lineWidth = static_cast<float>(lineWidth);
-    f.dotSize = static_cast<float>(dotSize);
-}
-
 void TransferFields(shr::Archive& archive, StoredFields& f)
 {
     archive.Transfer(f.firstInput);
@@ -129,7 +113,7 @@ void TransferFields(shr::Archive& archive, StoredFields& f)
                             &f.reserved})
         archive.Transfer(*value);
     archive.Transfer(f.headScale);
-    TransferSizes(archive, f);
+    TransferPointSizes(archive, f.lineWidth, f.dotSize);
     archive.Transfer(f.colorComponent);
     archive.Transfer(f.fixedColor);
     for (double* value : {&f.magnitudeMin, &f.magnitudeMax, &f.minScale, &f.maxScale, &f.baseLength})
