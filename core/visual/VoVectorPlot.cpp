@@ -284,7 +284,7 @@ bool VoVectorPlot::SamplePoints(const VdPoints& points, VbProgress& progress)
     const VectorReader reader(points);
     const uint32_t count = points.VertexCount();
     const uint32_t every = std::max(1u, count / 100);
-    for (uint64_t i = 0; i < count; i += m_Frequency) {
+    for (uint64_t i = 0; i < count; i += std::max(1u, m_Frequency)) {
         const uint32_t index = static_cast<uint32_t>(i);
         if (index % every == 0 && !progress.Update(index, count))
             return false;
@@ -302,7 +302,7 @@ bool VoVectorPlot::SampleLattice(const VdLattice& lattice, const VdLattice* scal
         return true;
     AxisRange axes[3];
     for (int axis = 0; axis < 3; ++axis)
-        axes[axis] = AxisRange{0, dims[axis] - 1u, m_Frequency};
+        axes[axis] = AxisRange{0, dims[axis] - 1u, std::max(1u, m_Frequency)};
     if (m_Orientation < AllNodes) {
         // The held axis keeps just the slice; a slice past the end is the last layer.
         AxisRange& held = axes[kFixedAxis[m_Orientation]];
