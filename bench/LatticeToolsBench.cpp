@@ -11,6 +11,7 @@
 // program: each input (lattice_tools_in_<n>.raw) and each of our outputs
 // (lattice_tools_<case>.raw), little-endian, i fastest, and the cast's offset
 // and scale (lattice_tools_cast.txt).
+#include "bench/BenchFiles.h"
 #include "core/data/LatticeUtility.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/processing/LatticeGeometry.h"
@@ -20,8 +21,6 @@
 
 #include <benchmark/benchmark.h>
 #include <tbb/global_control.h>
-
-#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -35,22 +34,9 @@ namespace {
 constexpr int kThreads = 2;
 const tbb::global_control s_Threads(tbb::global_control::max_allowed_parallelism, kThreads);
 
-std::string OutputFolder()
-{
-    char path[4096];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
-    std::string exe(path, length > 0 ? static_cast<size_t>(length) : 0);
-    const size_t slash = exe.rfind('/');
-    return slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
-}
-
 void WriteRaw(const std::string& name, const core::VdVertexData& data)
 {
-    const std::string path = OutputFolder() + "/lattice_tools_" + name + ".raw";
-    if (FILE* file = std::fopen(path.c_str(), "wb")) {
-        std::fwrite(data.DataPtr(), 1, data.DataTotalSize(), file);
-        std::fclose(file);
-    }
+    benchfiles::WriteRaw("lattice_tools_" + name + ".raw", data.DataPtr(), data.DataTotalSize());
 }
 
 // n^3 float nodes, spacing 1: waves of a few wavelengths and a little noise.
@@ -125,7 +111,7 @@ void BM_CastStretch(benchmark::State& state)
     const std::pair<double, double> range = input.DataMinMax(0);
     double offset = 0.0, scale = 1.0;
     core::VoCast::StretchParameters(shr::UInt8, range.first, range.second, offset, scale);
-    if (FILE* file = std::fopen((OutputFolder() + "/lattice_tools_cast.txt").c_str(), "w")) {
+    if (FILE* file = std::fopen((benchfiles::OutputFolder() + "/lattice_tools_cast.txt").c_str(), "w")) {
         std::fprintf(file, "%.17g %.17g\n", offset, scale);
         std::fclose(file);
     }
