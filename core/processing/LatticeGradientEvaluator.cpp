@@ -145,8 +145,8 @@ void LatticeGradientEvaluator::AxisAlignedRows(unsigned int first, unsigned int 
         const uint64_t row = node - i;
         const uint64_t rowLoY = uint64_t(ny * k + sy.lo) * nx, rowHiY = uint64_t(ny * k + sy.hi) * nx;
         const uint64_t rowLoZ = uint64_t(ny * sz.lo + j) * nx, rowHiZ = uint64_t(ny * sz.hi + j) * nx;
-        for (; i < iEnd; i += kRun, node += kRun) {
-            const unsigned int count = std::min(kRun, iEnd - i);
+        for (unsigned int count = 0; i < iEnd; i += count, node += count) {
+            count = std::min(kRun, iEnd - i);
             for (unsigned int n = 0; n < count; ++n) {
                 const AxisStep& sx = m_Steps[0][i + n];
                 run.differences[0][n] = value(row + sx.hi) - value(row + sx.lo);

@@ -14,7 +14,7 @@
 namespace core {
 
 // Nodes per slab: one progress report and abort test each.
-constexpr unsigned int kSlabNodes = 1u << 21;
+constexpr unsigned int kSlabNodes = 1u << 18;
 
 // Calls body(range) for sub-ranges covering [0, count); false when the
 // progress (which may be null) asked to stop. Exceptions of the body reach
