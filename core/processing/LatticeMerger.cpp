@@ -21,14 +21,17 @@ using BlankBits = std::bitset<VdLattice::MaxBlankBits>;
 // a strict weak order.
 bool LessNaNLast(double a, double b) { return a < b || (!std::isnan(a) && std::isnan(b)); }
 
+[[noreturn]] void ThrowUnknownOverlap(int line, unsigned int overlap)
+{
+    shr::ThrowSharedError("Core", __FILE__, line, 0, "Invalid overlap method %u.", overlap);
+}
+
 } // namespace
 
 LatticeMerger::LatticeMerger(const shr::Array<const VdLattice*>& inputs, VdUniformLattice& output,
                              VdLattice::InterpMethod method, unsigned int overlap)
-    : m_Inputs(inputs), m_Output(output), m_Method(method), m_Overlap(overlap)
+    : m_Inputs(inputs), m_Output(output), m_Method(method), m_Overlap(CheckedOverlap(overlap))
 {
-    if (overlap >= OverlapMethods)
-        shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "Invalid overlap method %u.", overlap);
     if (output.ComponentCount() > VdLattice::MaxBlankBits)
         shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "invalid bitset<N> position");
 }
@@ -98,7 +101,14 @@ double LatticeMerger::Combine(unsigned int overlap, double* values, size_t count
         return (values[(count - 1) / 2] + values[count / 2]) * 0.5;
     case OverlapMinimum: return *std::min_element(values, values + count, LessNaNLast);
     }
-    shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "Invalid overlap method %u.", overlap);
+    ThrowUnknownOverlap(__LINE__, overlap);
+}
+
+unsigned int LatticeMerger::CheckedOverlap(unsigned int overlap)
+{
+    if (overlap >= OverlapMethods)
+        ThrowUnknownOverlap(__LINE__, overlap);
+    return overlap;
 }
 
 } // namespace core

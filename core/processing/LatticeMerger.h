@@ -41,6 +41,8 @@ public:
 
     // The rule over `count` values (at least one); the values may be reordered.
     static double Combine(unsigned int overlap, double* values, size_t count);
+    // `overlap`, or an error for a number that names no rule.
+    static unsigned int CheckedOverlap(unsigned int overlap);
 
 private:
     const shr::Array<const VdLattice*>& m_Inputs;

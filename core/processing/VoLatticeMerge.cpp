@@ -5,7 +5,6 @@
 #include "core/network/VbPort.h"
 #include "core/network/VbProgress.h"
 #include "core/processing/LatticeMerger.h"
-#include "core/processing/VoLatticeResample.h"
 #include "core/properties/VbPropList.h"
 #include "core/properties/VbPropertyEvent.h"
 #include "core/properties/VbPropertyRegistry.h"
@@ -22,7 +21,7 @@
 
 namespace core {
 
-SHR_IMPLEMENT_CREATABLE_TYPE(VoLatticeMerge, VoModule)
+SHR_IMPLEMENT_CREATABLE_TYPE(VoLatticeMerge, VoLatticeSampler)
 const VbModuleInfo VoLatticeMerge::s_ModuleInfo("Computational\\Merge", VoLatticeMerge::GetClassTypeId(),
                                                 PortUniformLattice | PortRectilinearLattice | PortCurvilinearLattice,
                                                 PortUniformLattice, "Merges one or more coordinate-compatible lattices",
@@ -79,7 +78,7 @@ unsigned int NodesFor(double extent, double spacing)
 
 using namespace VoLatticeMergePrivate;
 
-VoLatticeMerge::VoLatticeMerge()
+VoLatticeMerge::VoLatticeMerge() : VoLatticeSampler(kPrefix, "Uses the union of the input lattice extents.")
 {
     for (int input = 0; input < InputCount; ++input)
         AddInput(shr::ToString("Input Lattice %c", InputLetter(input)).c_str(),
@@ -87,14 +86,7 @@ VoLatticeMerge::VoLatticeMerge()
     AddOutput("Output Lattice", PortUniformLattice);
 }
 
-void VoLatticeMerge::Method(unsigned int method) { m_Method = VoLatticeResample::CheckedMethod(method); }
-
-void VoLatticeMerge::Overlap(unsigned int overlap)
-{
-    if (overlap >= LatticeMerger::OverlapMethods)
-        shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "Invalid overlap method %u.", overlap);
-    m_Overlap = overlap;
-}
+void VoLatticeMerge::Overlap(unsigned int overlap) { m_Overlap = LatticeMerger::CheckedOverlap(overlap); }
 
 shr::Array<const VdLattice*> VoLatticeMerge::ConnectedInputs() const
 {
@@ -103,12 +95,6 @@ shr::Array<const VdLattice*> VoLatticeMerge::ConnectedInputs() const
         if (const auto* lattice = dynamic_cast<const VdLattice*>(GetInputData(static_cast<size_t>(input))))
             inputs.Add(lattice);
     return inputs;
-}
-
-void VoLatticeMerge::OnInputChanged(int, bool recalc)
-{
-    if (recalc && m_Geometry.autoLimits)
-        CalcAutoParameters();
 }
 
 void VoLatticeMerge::CalcAutoParameters()
@@ -175,34 +161,21 @@ void VoLatticeMerge::UpdatePropertiesImpl(VbPropList& list)
         list.AddStatic(Id(), IdInputFirst + input, shr::ToString("Input lattice %c", InputLetter(input)).c_str(),
                        "The lattice connected to this input.", source ? source->Name().c_str() : "Not connected");
     }
-    list.AddCombo(Id(), "LatticeMergeResample", IdMethod, "Resample method",
-                  "The method used to interpolate nodes from the input lattices.", m_Method, 2,
-                  const_cast<const char**>(VoLatticeResample::MethodNames), 0);
+    AddMethodRow(list, "LatticeMergeResample");
     list.AddCombo(Id(), "LatticeMergeOverlap", IdOverlap, "Overlap method",
                   "The method used to combine multiple values from different input lattices.", m_Overlap,
                   LatticeMerger::OverlapMethods, const_cast<const char**>(OverlapNames), 0);
     list.Outdent();
-    m_Geometry.AddRows(Id(), list, kPrefix, LatticeGeometry::AutoLimitsAndResolution,
-                       "Uses the union of the input lattice extents.");
+    AddGeometryRows(list);
 }
 
 void VoLatticeMerge::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
 {
-    const int id = event.Id();
-    if (id == IdMethod || id == IdOverlap) {
-        unsigned int value = 0;
-        list.GetValue(id, value);
-        if (id == IdMethod)
-            Method(value);
-        else
-            Overlap(value);
-    } else if (m_Geometry.PropertyEvent(list, id)) {
-        if (id == LatticeGeometry::AutoId) {
-            if (m_Geometry.autoLimits)
-                CalcAutoParameters();
-            UpdatePropertiesImpl(list);
-        }
-    } else {
+    if (event.Id() == IdOverlap) {
+        unsigned int overlap = m_Overlap;
+        list.GetValue(IdOverlap, overlap);
+        Overlap(overlap);
+    } else if (!SamplerPropertyEvent(list, event.Id())) {
         return;
     }
     SetModified();
@@ -224,11 +197,9 @@ void VoLatticeMerge::Serialize(shr::Archive& archive)
     archive.Transfer(transform);
     if (archive.IsStoring())
         return;
-    if (method > VdLattice::INTERP_LINEAR)
-        archive.ThrowFormatError("invalid resample method %u", method);
+    CheckLoaded(archive, method, geometry);
     if (overlap >= LatticeMerger::OverlapMethods)
         archive.ThrowFormatError("invalid overlap method %u", overlap);
-    geometry.CheckLoadedNodes(archive);
     m_Geometry = geometry;
     m_Method = static_cast<VdLattice::InterpMethod>(method);
     m_Overlap = overlap;

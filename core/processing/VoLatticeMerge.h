@@ -10,9 +10,7 @@
 // merged in that frame, so aligned tiles of a rotated survey stay aligned;
 // otherwise the box is the union of their scene boxes, without a transform.
 // The node counts keep the finest node spacing among the inputs, per axis.
-#include "core/data/VdLattice.h"
-#include "core/network/VoModule.h"
-#include "core/processing/LatticeGeometry.h"
+#include "core/processing/VoLatticeSampler.h"
 #include "shr/Array.h"
 #include "shr/Mat4d.h"
 
@@ -20,20 +18,19 @@ namespace core {
 
 class VdUniformLattice;
 
-class VoLatticeMerge : public VoModule {
+class VoLatticeMerge : public VoLatticeSampler {
     SHR_DECLARE_CREATABLE_TYPE(VoLatticeMerge)
 public:
     static const VbModuleInfo s_ModuleInfo;
     static constexpr int InputCount = 8;
     // Statics IdInputFirst + n show the module at input n.
-    enum RowId { IdHeader = 1, IdMethod = 2, IdOverlap = 3, IdInputFirst = 20 };
+    enum RowId : int { IdOverlap = 3, IdInputFirst = 20 };
     // The names of the overlap combo, by LatticeMerger::Overlap.
     static const char* const OverlapNames[7];
 
     VoLatticeMerge();
     static const VbModuleInfo* GetClassModuleInfo() { return &s_ModuleInfo; }
     const VbModuleInfo* GetModuleInfo() const override { return &s_ModuleInfo; }
-    void OnInputChanged(int input, bool recalc) override;
     void PropertyEvent(VbPropList& list, const VbPropertyEvent& event) override;
     // Base, SyncCheck, auto (1 byte), resample method, overlap method and a
     // word without meaning here (written 0), 4 bytes each; the six limits
@@ -41,16 +38,12 @@ public:
     // user transform. A bad archive leaves the module as it was.
     void Serialize(shr::Archive& archive) override;
 
-    LatticeGeometry& Geometry() { return m_Geometry; }
-    const LatticeGeometry& Geometry() const { return m_Geometry; }
-    VdLattice::InterpMethod Method() const { return m_Method; }
-    void Method(unsigned int method);
     unsigned int Overlap() const { return m_Overlap; }
     void Overlap(unsigned int overlap);
     const shr::Mat4d& Transform() const { return m_Transform; }
 
     // Limits, node counts and transform from the connected inputs, if any has nodes.
-    void CalcAutoParameters();
+    void CalcAutoParameters() override;
     // The connected inputs, in port order.
     shr::Array<const VdLattice*> ConnectedInputs() const;
     // Samples and combines `inputs` at every node of `output`: ModuleOk, or
@@ -61,8 +54,6 @@ private:
     ModuleStatus ExecuteImpl(std::shared_ptr<VgRenderer> renderer) override;
     void UpdatePropertiesImpl(VbPropList& list) override;
 
-    LatticeGeometry m_Geometry;
-    VdLattice::InterpMethod m_Method = VdLattice::INTERP_LINEAR;
     unsigned int m_Overlap = 0;
     shr::Mat4d m_Transform;
 };

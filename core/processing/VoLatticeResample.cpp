@@ -10,20 +10,17 @@
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/properties/VbUnsignedPropertyConverter.h"
 #include "shr/Archive.h"
-#include "shr/Exception.h"
 
 #include <algorithm>
 
 namespace core {
 
-SHR_IMPLEMENT_CREATABLE_TYPE(VoLatticeResample, VoModule)
+SHR_IMPLEMENT_CREATABLE_TYPE(VoLatticeResample, VoLatticeSampler)
 const VbModuleInfo VoLatticeResample::s_ModuleInfo("Computational\\Resample", VoLatticeResample::GetClassTypeId(),
                                                    PortUniformLattice | PortRectilinearLattice |
                                                        PortCurvilinearLattice,
                                                    PortUniformLattice,
                                                    "Resamples a lattice to a user specified resolution", 8);
-
-const char* const VoLatticeResample::MethodNames[2] = {"Nearest neighbor", "Trilinear"};
 
 namespace VoLatticeResamplePrivate {
 
@@ -37,27 +34,13 @@ const VbPropertyRegistrar s_Method("LatticeResampleMethod", VoLatticeResample::I
 using namespace VoLatticeResamplePrivate;
 
 VoLatticeResample::VoLatticeResample()
+    : VoLatticeSampler(kPrefix, "Uses the input lattice extents and resolution.")
 {
     AddInput("Input Lattice", PortUniformLattice | PortRectilinearLattice | PortCurvilinearLattice);
     AddOutput("Output Lattice", PortUniformLattice);
 }
 
 const VdLattice* VoLatticeResample::InputLattice() const { return dynamic_cast<const VdLattice*>(GetInputData(0)); }
-
-VdLattice::InterpMethod VoLatticeResample::CheckedMethod(unsigned int method)
-{
-    if (method > VdLattice::INTERP_LINEAR)
-        shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "Invalid resample method %u.", method);
-    return static_cast<VdLattice::InterpMethod>(method);
-}
-
-void VoLatticeResample::Method(unsigned int method) { m_Method = CheckedMethod(method); }
-
-void VoLatticeResample::OnInputChanged(int, bool recalc)
-{
-    if (recalc && m_Geometry.autoLimits)
-        CalcAutoParameters();
-}
 
 void VoLatticeResample::CalcAutoParameters()
 {
@@ -79,8 +62,7 @@ VoModule::ModuleStatus VoLatticeResample::ExecuteImpl(std::shared_ptr<VgRenderer
         CalcAutoParameters();
     m_Geometry.Validate();
     std::unique_ptr<VdUniformLattice> output = m_Geometry.MakeLattice(input->DataType(), input->ComponentCount());
-    if (input->HasUserTransform())
-        output->SetUserTransform(input->GetUserTransform());
+    output->SetUserTransform(input->GetUserTransform());
     const ModuleStatus status = Compute(*input, *output);
     if (status == ModuleOk)
         GetOutput(0)->Data(output.release());
@@ -101,31 +83,15 @@ void VoLatticeResample::UpdatePropertiesImpl(VbPropList& list)
     const VoModule* source = GetInputConnection(0, 0);
     list.AddStatic(Id(), IdInput, "Input", "The lattice connected to this input.",
                    source ? source->Name().c_str() : "Not connected");
-    list.AddCombo(Id(), "LatticeResampleMethod", IdMethod, "Resample method",
-                  "The method used to interpolate nodes from the input lattices.", m_Method, 2,
-                  const_cast<const char**>(MethodNames), 0);
+    AddMethodRow(list, "LatticeResampleMethod");
     list.Outdent();
-    m_Geometry.AddRows(Id(), list, kPrefix, LatticeGeometry::AutoLimitsAndResolution,
-                       "Uses the input lattice extents and resolution.");
+    AddGeometryRows(list);
 }
 
 void VoLatticeResample::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
 {
-    const int id = event.Id();
-    if (id == IdMethod) {
-        unsigned int method = m_Method;
-        list.GetValue(id, method);
-        Method(method);
-    } else if (m_Geometry.PropertyEvent(list, id)) {
-        if (id == LatticeGeometry::AutoId) {
-            if (m_Geometry.autoLimits)
-                CalcAutoParameters();
-            UpdatePropertiesImpl(list);
-        }
-    } else {
-        return;
-    }
-    SetModified();
+    if (SamplerPropertyEvent(list, event.Id()))
+        SetModified();
 }
 
 void VoLatticeResample::Serialize(shr::Archive& archive)
@@ -140,9 +106,7 @@ void VoLatticeResample::Serialize(shr::Archive& archive)
     geometry.TransferLimits(archive);
     if (archive.IsStoring())
         return;
-    if (method > VdLattice::INTERP_LINEAR)
-        archive.ThrowFormatError("invalid resample method %u", method);
-    geometry.CheckLoadedNodes(archive);
+    CheckLoaded(archive, method, geometry);
     m_Geometry = geometry;
     m_Method = static_cast<VdLattice::InterpMethod>(method);
 }

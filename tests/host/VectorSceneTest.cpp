@@ -9,19 +9,9 @@
 
 namespace {
 
+using hosttest::CountPixels;
 using hosttest::ReadPng;
 using hosttest::ScratchFolder;
-
-// Pixels in the box [x0, x1) x [y0, y1) for which `test` holds.
-template <class Test>
-int Count(const render::Image& image, int x0, int y0, int x1, int y1, Test test)
-{
-    int count = 0;
-    for (int y = y0; y < y1; ++y)
-        for (int x = x0; x < x1; ++x)
-            count += test(image.At(x, y)) ? 1 : 0;
-    return count;
-}
 
 TEST(VectorScene, ArrowsLinesAndLegendInTheMapsColours)
 {
@@ -42,12 +32,12 @@ TEST(VectorScene, ArrowsLinesAndLegendInTheMapsColours)
 
     // The fast lines round the core, in red and orange, fill the middle of the view.
     const auto fast = [](const shr::Color4b& c) { return c.r > 200 && c.b < 80 && c.g < 200; };
-    EXPECT_GT(Count(image, 420, 300, 610, 450, fast), 2000);
+    EXPECT_GT(CountPixels(image, 420, 300, 610, 450, fast), 2000);
     // The slower arrows at the edge of the layer, in cyan and blue, to the lower left.
     const auto slow = [](const shr::Color4b& c) { return c.b > 180 && c.r < 80; };
-    EXPECT_GT(Count(image, 300, 480, 520, 620, slow), 300);
+    EXPECT_GT(CountPixels(image, 300, 480, 520, 620, slow), 300);
     // Nothing beyond the scene.
-    EXPECT_EQ(Count(image, 850, 0, 1024, 200, [](const shr::Color4b& c) { return c.r + c.g + c.b > 0; }), 0);
+    EXPECT_EQ(CountPixels(image, 850, 0, 1024, 200, [](const shr::Color4b& c) { return c.r + c.g + c.b > 0; }), 0);
 }
 
 } // namespace

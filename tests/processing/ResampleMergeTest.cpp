@@ -273,8 +273,7 @@ TEST_F(ResampleMergeTest, EveryOverlapRuleWithBlanksAndWithAllInputsBlank)
                 const double expected = comp == 0 ? c.first[n] : c.second[n];
                 SCOPED_TRACE(testing::Message() << "rule " << c.rule << " node " << n << " component " << comp);
                 EXPECT_EQ(out->IsBlank(n, comp), expected == blank);
-                if (expected != blank)
-                    EXPECT_DOUBLE_EQ(Value(*out, n, comp), expected);
+                EXPECT_DOUBLE_EQ(out->IsBlank(n, comp) ? blank : Value(*out, n, comp), expected);
             }
     }
 }
