@@ -7,6 +7,7 @@
 #include "core/network/VbPort.h"
 #include "core/processing/ConvertedStore.h"
 #include "core/processing/ParallelNodes.h"
+#include "core/processing/VectorClones.h"
 #include "shr/Exception.h"
 #include "shr/LeastSquares.h"
 #include "shr/RMatrix.h"
@@ -38,10 +39,8 @@ struct DifferenceRun {
 };
 
 // The differences become quotients: along x by each node's divisor, along y
-// and z by the row's. Compiled also for AVX2, which gives the same quotients
-// four at a time.
-__attribute__((target_clones("avx2", "default"))) void Quotients(DifferenceRun& run, double yDivisor,
-                                                                  double zDivisor, unsigned int count)
+// and z by the row's.
+FENRAK_VECTOR_CLONES void Quotients(DifferenceRun& run, double yDivisor, double zDivisor, unsigned int count)
 {
     for (unsigned int n = 0; n < count; ++n) {
         run.differences[0][n] /= run.divisors[n];

@@ -5,6 +5,7 @@
 #include "core/network/VbPort.h"
 #include "core/processing/ConvertedStore.h"
 #include "core/processing/ParallelNodes.h"
+#include "core/processing/VectorClones.h"
 #include "shr/Exception.h"
 
 #include <algorithm>
@@ -18,11 +19,9 @@ namespace {
 // Interpolate's weighted sum for each node of a stretch of a row: the weight
 // of corner n is the product of its x, y and z factors in that order, and the
 // terms are added in corner order; corner n of the stretch's node m is
-// corners[n][m]. Compiled also for AVX2 (without fused multiply-add), which
-// gives the same numbers four nodes at a time.
-__attribute__((target_clones("avx2", "default"))) void CornerSums(const double* const* corners,
-                                                                   const double* __restrict fx, double fy, double fz,
-                                                                   double* __restrict sums, unsigned int count)
+// corners[n][m].
+FENRAK_VECTOR_CLONES void CornerSums(const double* const* corners, const double* __restrict fx, double fy,
+                                     double fz, double* __restrict sums, unsigned int count)
 {
     const double* __restrict c0 = corners[0];
     const double* __restrict c1 = corners[1];

@@ -7,6 +7,7 @@
 #include "core/network/VbPort.h"
 #include "core/network/VbProgress.h"
 #include "core/processing/ParallelNodes.h"
+#include "core/processing/VectorClones.h"
 #include "core/properties/VbBoolPropertyConverter.h"
 #include "core/properties/VbDoublePropertyConverter.h"
 #include "core/properties/VbPropList.h"
@@ -65,13 +66,11 @@ O ConvertClipped(double value)
         return value == value ? static_cast<O>(static_cast<int64_t>(value)) : O(0);
 }
 
-// (value + offset) x scale, clipped to [low, high], in O. The loop of
-// blank-free data; compiled also for AVX2, which gives the same values
-// several at a time.
+// (value + offset) x scale, clipped to [low, high], in O: the loop of
+// blank-free data.
 template <class I, class O>
-__attribute__((target_clones("avx2", "default"))) void CastRun(const I* __restrict source, O* __restrict target,
-                                                                uint64_t count, double offset, double scale,
-                                                                double low, double high)
+FENRAK_VECTOR_CLONES void CastRun(const I* __restrict source, O* __restrict target, uint64_t count, double offset,
+                                  double scale, double low, double high)
 {
     for (uint64_t e = 0; e < count; ++e) {
         const double x = (PrimConvert<double>(source[e]) + offset) * scale;
