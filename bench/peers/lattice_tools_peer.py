@@ -59,7 +59,9 @@ def ours(build_dir):
     for run in json.loads(output)["benchmarks"]:
         if run.get("run_type") != "iteration":
             continue
-        key = tuple(run["run_name"].replace("BM_", "").split("/")[:-1])
+        # "BM_Resample/256/200/process_time/real_time" -> ("Resample", "256", "200")
+        key = tuple(part for part in run["run_name"].replace("BM_", "").split("/")
+                    if part not in ("process_time", "real_time"))
         wall, cpu = times.get(key, (float("inf"), float("inf")))
         times[key] = (min(wall, run["real_time"] / 1000.0), min(cpu, run["cpu_time"] / 1000.0))
     return times

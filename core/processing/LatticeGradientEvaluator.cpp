@@ -31,21 +31,21 @@ constexpr size_t kMinFitPoints = 4;
 // Nodes of a row differenced together.
 constexpr unsigned int kRun = 256;
 
-// The differences of a run of nodes along the three axes, and each node's
-// divisor along x.
+// The differences of a run of nodes along the three axes, each node's divisor
+// along x, and the quotients, three per node as the output holds them.
 struct DifferenceRun {
     double differences[3][kRun];
     double divisors[kRun];
+    double quotients[3 * kRun];
 };
 
-// The differences become quotients: along x by each node's divisor, along y
-// and z by the row's.
+// Along x by each node's divisor, along y and z by the row's.
 FENRAK_VECTOR_CLONES void Quotients(DifferenceRun& run, double yDivisor, double zDivisor, unsigned int count)
 {
     for (unsigned int n = 0; n < count; ++n) {
-        run.differences[0][n] /= run.divisors[n];
-        run.differences[1][n] /= yDivisor;
-        run.differences[2][n] /= zDivisor;
+        run.quotients[3 * n] = run.differences[0][n] / run.divisors[n];
+        run.quotients[3 * n + 1] = run.differences[1][n] / yDivisor;
+        run.quotients[3 * n + 2] = run.differences[2][n] / zDivisor;
     }
 }
 
@@ -155,15 +155,13 @@ void LatticeGradientEvaluator::AxisAlignedRows(unsigned int first, unsigned int 
                 run.differences[1][n] = value(rowHiY + i + n) - value(rowLoY + i + n);
             for (unsigned int n = 0; n < count; ++n)
                 run.differences[2][n] = value(rowHiZ + i + n) - value(rowLoZ + i + n);
+            // An axis without a second node differences the node with itself
+            // over a divisor of 1: its quotients are the 0 that a blank holds.
             Quotients(run, sy.divisor, sz.divisor, count);
-            for (int axis = 0; axis < 3; ++axis) {
-                if (valid[axis]) {
-                    StoreConverted(out + uint64_t(node) * 3 + axis, 3, run.differences[axis], count);
-                    continue;
-                }
-                for (unsigned int n = 0; n < count; ++n)
-                    Store(out, node + n, axis, false, 0.0);
-            }
+            StoreConverted(out + uint64_t(node) * 3, 1, run.quotients, 3 * count);
+            for (int axis = 0; axis < 3; ++axis)
+                for (unsigned int n = 0; !valid[axis] && n < count; ++n)
+                    m_Output.SetBlank(node + n, static_cast<unsigned int>(axis));
         }
     }
 }

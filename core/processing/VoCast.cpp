@@ -66,16 +66,21 @@ O ConvertClipped(double value)
         return value == value ? static_cast<O>(static_cast<int64_t>(value)) : O(0);
 }
 
-// (value + offset) x scale, clipped to [low, high], in O: the loop of
-// blank-free data.
+// (value + offset) x scale, clipped to [low, high], in O.
+template <class I, class O>
+inline O CastValue(I value, double offset, double scale, double low, double high)
+{
+    const double x = (PrimConvert<double>(value) + offset) * scale;
+    return ConvertClipped<O>(x < low ? low : x > high ? high : x);
+}
+
+// The loop of blank-free data.
 template <class I, class O>
 FENRAK_VECTOR_CLONES void CastRun(const I* __restrict source, O* __restrict target, uint64_t count, double offset,
                                   double scale, double low, double high)
 {
-    for (uint64_t e = 0; e < count; ++e) {
-        const double x = (PrimConvert<double>(source[e]) + offset) * scale;
-        target[e] = ConvertClipped<O>(x < low ? low : x > high ? high : x);
-    }
+    for (uint64_t e = 0; e < count; ++e)
+        target[e] = CastValue<I, O>(source[e], offset, scale, low, high);
 }
 
 // The body of CastNodes over a range of tuples.
@@ -104,10 +109,6 @@ private:
         O* target = static_cast<O*>(m_Output.DataWritePtr());
         const unsigned int components = m_Input.ComponentCount();
         const double offset = m_Offset, scale = m_Scale, low = m_Min, high = m_Max;
-        const auto convert = [&](I value) {
-            const double x = (PrimConvert<double>(value) + offset) * scale;
-            return ConvertClipped<O>(x < low ? low : x > high ? high : x);
-        };
         if (!m_Blanks) {
             const uint64_t from = uint64_t(first) * components;
             CastRun(source + from, target + from, uint64_t(end) * components - from, offset, scale, low, high);
@@ -119,7 +120,7 @@ private:
                 if (m_Input.IsBlank(tuple, c))
                     m_Output.SetBlank(tuple, c);
                 else
-                    target[e] = convert(source[e]);
+                    target[e] = CastValue<I, O>(source[e], offset, scale, low, high);
             }
     }
 
@@ -203,7 +204,7 @@ VoModule::ModuleStatus VoCast::ExecuteImpl(std::shared_ptr<VgRenderer>)
     if (!input)
         return ModuleOk;
     std::unique_ptr<VdVertexData> output = MakeTarget(*input, m_OutputType);
-    const auto& data = dynamic_cast<const VdVertexData&>(*input);
+    const auto& data = static_cast<const VdVertexData&>(*input); // MakeTarget took it as points or a lattice
     m_InputType = data.DataType();
     VbProgress progress("Changing the data type", 0, 500, 100);
     if (!CastNodes(data, *output, m_Offset, m_Scale, &progress))
