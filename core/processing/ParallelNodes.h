@@ -1,20 +1,24 @@
 #pragma once
 // ParallelNodes: the node loop of the lattice tools. A tbb::parallel_for with
 // the auto_partitioner over a blocked_range<unsigned int> of flat node (or
-// tuple) indices, run in slabs so that a progress report and the abort test
-// come between them. Each node's result depends on the inputs alone, so
-// neither the slabs nor the split among the workers change the output.
+// tuple) indices. Each node's result depends on the inputs alone, so the
+// split among the workers does not change the output.
+//
+// Progress and the abort test belong to the calling thread (the update
+// thread): after each piece of work it does itself, it reports the nodes
+// done by all, and an abort cancels the pieces not yet begun.
 #include "core/data/ThreadHandOver.h"
 #include "core/network/VbProgress.h"
 
 #include <tbb/blocked_range.h>
 #include <tbb/parallel_for.h>
 #include <tbb/partitioner.h>
+#include <tbb/task_group.h>
+
+#include <atomic>
+#include <thread>
 
 namespace core {
-
-// Nodes per slab: one progress report and abort test each.
-constexpr unsigned int kSlabNodes = 1u << 18;
 
 // Calls body(range) for sub-ranges covering [0, count); false when the
 // progress (which may be null) asked to stop. Exceptions of the body reach
@@ -23,24 +27,27 @@ constexpr unsigned int kSlabNodes = 1u << 18;
 template <class Body>
 bool ParallelNodes(unsigned int count, const Body& body, VbProgress* progress)
 {
+    if (progress && !progress->Update(0, count))
+        return false;
     const Body* shared = &body;
-    const auto task = [shared](const tbb::blocked_range<unsigned int>& range) {
+    const std::thread::id caller = std::this_thread::get_id();
+    std::atomic<unsigned int> done{0};
+    std::atomic<bool> stopped{false};
+    tbb::task_group_context context;
+    const auto task = [&](const tbb::blocked_range<unsigned int>& range) {
         TakeOver(shared);
         (*shared)(range);
         HandOver(shared);
+        const unsigned int sum = done.fetch_add(range.size(), std::memory_order_relaxed) + range.size();
+        if (progress && std::this_thread::get_id() == caller && !progress->Update(sum, count)) {
+            stopped.store(true, std::memory_order_relaxed);
+            context.cancel_group_execution();
+        }
     };
-    if (progress && !progress->Update(0, count))
-        return false;
-    for (unsigned int first = 0; first < count;) {
-        const unsigned int end = count - first > kSlabNodes ? first + kSlabNodes : count;
-        HandOver(shared);
-        tbb::parallel_for(tbb::blocked_range<unsigned int>(first, end), task, tbb::auto_partitioner());
-        TakeOver(shared);
-        first = end;
-        if (progress && !progress->Update(first, count))
-            return false;
-    }
-    return true;
+    HandOver(shared);
+    tbb::parallel_for(tbb::blocked_range<unsigned int>(0, count), task, tbb::auto_partitioner(), context);
+    TakeOver(shared);
+    return !stopped.load(std::memory_order_relaxed);
 }
 
 } // namespace core
