@@ -17,6 +17,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -59,17 +60,16 @@ void SetMap(VoVolRender& module, const Color4b& low, const Color4b& middle, cons
     module.SetModified();
 }
 
-// Log lines with `text`, collected while the object lives.
+// The log lines, collected while the object lives.
 class LogCapture {
 public:
-    explicit LogCapture(std::string text) : m_Text(std::move(text))
+    LogCapture()
     {
         m_Level = shr::g_Logger.GetMaxLevel();
         shr::g_Logger.SetMaxLevel(SoLogMessage::kLevel);
         shr::g_Logger.SetSink([this](int, const shr::GString& line) {
             std::lock_guard<std::mutex> lock(m_Mutex);
-            if (std::string(line.c_str()).find(m_Text) != std::string::npos)
-                ++m_Count;
+            m_Lines.push_back(line.c_str());
         });
     }
     ~LogCapture()
@@ -77,16 +77,18 @@ public:
         shr::g_Logger.SetSink(nullptr);
         shr::g_Logger.SetMaxLevel(m_Level);
     }
-    int Count()
+    // The lines holding `text`.
+    int Count(const std::string& text)
     {
         std::lock_guard<std::mutex> lock(m_Mutex);
-        return m_Count;
+        return static_cast<int>(std::count_if(m_Lines.begin(), m_Lines.end(), [&text](const std::string& line) {
+            return line.find(text) != std::string::npos;
+        }));
     }
 
 private:
-    std::string m_Text;
     std::mutex m_Mutex;
-    int m_Count = 0;
+    std::vector<std::string> m_Lines;
     int m_Level = 0;
 };
 
@@ -143,6 +145,126 @@ TEST_F(VolRenderTest, OpaqueRegionFollowsTheDataAndTheTransferFunction)
         network().DeleteAllNodes();
     }
     EXPECT_TRUE(proxy.Errors().empty());
+}
+
+TEST_F(VolRenderTest, NearerRegionHidesTheFartherAndCompositionsFallBack)
+{
+    for (const uint32_t method : {VoVolRender::Textures2D, VoVolRender::Textures3D}) {
+        SCOPED_TRACE(method);
+        // Over the half x < 0: red values in the lower half, green ones above.
+        auto* module = Volume(Cube(16, 16, [](unsigned i, unsigned, unsigned k) { return i < 8 ? (k < 8 ? 0.5 : 1.0) : 0.0; }),
+                              method);
+        SetMap(*module, kBlack, kRed, kGreen, {{0.0, 0.0}, {0.3, 1.0}, {1.0, 1.0}});
+        RunPass();
+        // Seen from above, drawn back to front: the nearer green hides the red.
+        Color4b seen = Picture(*module).At(40, 80);
+        EXPECT_TRUE(seen.g > 200 && seen.r < 60) << Text(seen);
+
+        // Maximum and sum intensity both reach full red and full green along the ray.
+        for (const uint32_t composition : {VoVolRender::MaximumIntensity, VoVolRender::SumIntensity}) {
+            module->CompositionMethod(composition);
+            module->SetModified();
+            RunPass();
+            seen = Picture(*module).At(40, 80);
+            EXPECT_TRUE(seen.r > 200 && seen.g > 200) << composition << ": " << Text(seen);
+        }
+        // Without their blend extensions both draw as alpha blending.
+        SoGLExtManager::getInstance()->setDisabled(SoGLExtension::BlendEquation | SoGLExtension::BlendColor);
+        for (const uint32_t composition : {VoVolRender::MaximumIntensity, VoVolRender::SumIntensity}) {
+            module->CompositionMethod(composition);
+            module->SetModified();
+            RunPass();
+            seen = Picture(*module).At(40, 80);
+            EXPECT_TRUE(seen.g > 200 && seen.r < 60) << composition << ": " << Text(seen);
+        }
+        SoGLExtManager::getInstance()->setDisabled(0);
+        network().DeleteAllNodes();
+    }
+}
+
+TEST_F(VolRenderTest, FallbacksAreLoggedOnceAndStillDraw)
+{
+    auto* module = Volume(Cube(8, 8, [](unsigned i, unsigned, unsigned) { return i < 4 ? 1.0 : 0.0; }),
+                          VoVolRender::Textures3D);
+    RunPass();
+    ASSERT_EQ(module->Method(), VoVolRender::Textures3D);
+    // The context cannot do paletted or 3-D textures after all: the node
+    // falls back to RGBA 2-D textures and says so once.
+    SoGLExtManager::getInstance()->setDisabled(SoGLExtension::PalettedTexture | SoGLExtension::Texture3D);
+    LogCapture log;
+    for (int drawing = 0; drawing < 2; ++drawing)
+        EXPECT_GT(Picture(*module).At(40, 80).r, 200);
+    EXPECT_EQ(log.Count("Turned off paletted textures"), 1);
+    EXPECT_EQ(log.Count("Turned off 3D Textures"), 1);
+    EXPECT_EQ(module->Volume()->GetRenderMethod(), InvVolume::Textures3D) << "the setting stays";
+
+    // The module's next run learns it and resets itself, with the message.
+    module->SetModified();
+    RunPass();
+    EXPECT_EQ(module->Method(), VoVolRender::Textures2D);
+    EXPECT_EQ(proxy.LastError(), "VolRender: 3D Texture support is not available on the current hardware.  "
+                                 "Resetting to 2D rendering.");
+}
+
+TEST_F(VolRenderTest, FlatLatticeResetsToTwoDimensionalTexturesAndDraws)
+{
+    auto* module = Volume(Cube(8, 1, [](unsigned i, unsigned, unsigned) { return i < 4 ? 1.0 : 0.0; }),
+                          VoVolRender::Textures3D);
+    RunPass();
+    EXPECT_EQ(module->GetStatus(), VoModule::ModuleOk);
+    EXPECT_EQ(module->Method(), VoVolRender::Textures2D);
+    ASSERT_EQ(proxy.Errors().size(), 1u);
+    EXPECT_EQ(proxy.Errors()[0], "3D volume rendering cannot be used with 2D lattices.  Resetting to 2D rendering.");
+    const render::Image image = Picture(*module);
+    EXPECT_GT(image.At(40, 80).r, 200);
+    EXPECT_LT(image.At(120, 80).r, 30);
+}
+
+TEST_F(VolRenderTest, RowsKeepTheirLimitsAndTheStoredFormRoundTrips)
+{
+    auto* module = Volume(Cube(4, 4, [](unsigned i, unsigned, unsigned) { return double(i); }),
+                          VoVolRender::Textures3D);
+    Edit(module, {{VoVolRender::IdNumSlices, "0"}, {VoVolRender::IdComposition, "0"},
+                  {VoVolRender::IdInterpolation, "0"}, {VoVolRender::IdUsePalette, "0"}, {VoVolRender::IdOpacity, "0.5"}});
+    EXPECT_EQ(module->NumSlices(), 1u) << "fewer than one slice is one";
+    EXPECT_EQ(module->CompositionMethod(), VoVolRender::MaximumIntensity);
+    ASSERT_TRUE(list.IsProp(VoVolRender::IdNumSlices));
+    EXPECT_TRUE(list.Visible(VoVolRender::IdNumSlices)) << "3-D textures show their slice count";
+    module->NumSlices(0x5a17c3); // a count the stored bytes hold nowhere else
+    module->GetColorMap().AddColorNode(0.5, kRed);
+
+    const std::vector<unsigned char> bytes = testsupport::Store(*module);
+    VoVolRender copy;
+    EXPECT_EQ(testsupport::Load(copy, bytes), 0u);
+    EXPECT_EQ(copy.NumSlices(), 0x5a17c3u);
+    EXPECT_EQ(copy.Method(), VoVolRender::Textures3D);
+    EXPECT_EQ(copy.CompositionMethod(), VoVolRender::MaximumIntensity);
+    EXPECT_EQ(copy.InterpolationMethod(), VoVolRender::NearestNeighbor);
+    EXPECT_FALSE(copy.UsePalette());
+    EXPECT_DOUBLE_EQ(copy.Opacity(), 0.5);
+    EXPECT_TRUE(copy.GetColorMap().Equivalent(module->GetColorMap(), true));
+
+    // A cut archive and settings out of range are refused, and change nothing.
+    for (size_t cut : {size_t(1), bytes.size() / 2}) {
+        VoVolRender target;
+        EXPECT_THROW(testsupport::Load(target, bytes, cut), shr::Exception) << cut;
+        EXPECT_EQ(target.NumSlices(), 200u);
+    }
+    // A module with no links stores no other module. The method is stored
+    // right after the slice count.
+    VoVolRender unlinked;
+    unlinked.NumSlices(0x5a17c3);
+    std::vector<unsigned char> damaged = testsupport::Store(unlinked);
+    const unsigned char slices[4] = {0xc3, 0x17, 0x5a, 0};
+    const auto at = std::search(damaged.begin(), damaged.end(), slices, slices + 4);
+    ASSERT_NE(at, damaged.end());
+    at[4] = 7;
+    VoVolRender target;
+    EXPECT_THROW(testsupport::Load(target, damaged), shr::Exception);
+    at[4] = 1;
+    std::fill(at, at + 4, 0); // a stored slice count of 0 loads as 1
+    EXPECT_EQ(testsupport::Load(target, damaged), 0u);
+    EXPECT_EQ(target.NumSlices(), 1u);
 }
 
 } // namespace
