@@ -122,7 +122,8 @@ void FillRows(const TexelSource& source, const Element* values, const shr::Vec3i
         }
     };
     HandOver(target);
-    tbb::parallel_for(tbb::blocked_range<size_t>(0, rows), [&](const tbb::blocked_range<size_t>& range) {
+    // The token is copied into the body: the task reads nothing of this frame before it takes over.
+    tbb::parallel_for(tbb::blocked_range<size_t>(0, rows), [&fillRow, target](const tbb::blocked_range<size_t>& range) {
         TakeOver(target);
         for (size_t row = range.begin(); row != range.end(); ++row)
             fillRow(row);

@@ -230,10 +230,16 @@ TEST_F(VolRenderTest, RowsKeepTheirLimitsAndTheStoredFormRoundTrips)
     EXPECT_EQ(module->CompositionMethod(), VoVolRender::MaximumIntensity);
     ASSERT_TRUE(list.IsProp(VoVolRender::IdNumSlices));
     EXPECT_TRUE(list.Visible(VoVolRender::IdNumSlices)) << "3-D textures show their slice count";
-    module->NumSlices(0x5a17c3); // a count the stored bytes hold nowhere else
-    module->GetColorMap().AddColorNode(0.5, kRed);
-
-    const std::vector<unsigned char> bytes = testsupport::Store(*module);
+    // Stored and loaded alone: a module with links would store its sources too.
+    VoVolRender original;
+    original.NumSlices(0x5a17c3); // a count the stored bytes hold nowhere else
+    original.Method(VoVolRender::Textures3D);
+    original.CompositionMethod(VoVolRender::MaximumIntensity);
+    original.InterpolationMethod(VoVolRender::NearestNeighbor);
+    original.UsePalette(false);
+    original.Opacity(0.5);
+    original.GetColorMap().AddColorNode(0.5, kRed);
+    std::vector<unsigned char> bytes = testsupport::Store(original);
     VoVolRender copy;
     EXPECT_EQ(testsupport::Load(copy, bytes), 0u);
     EXPECT_EQ(copy.NumSlices(), 0x5a17c3u);
@@ -242,7 +248,7 @@ TEST_F(VolRenderTest, RowsKeepTheirLimitsAndTheStoredFormRoundTrips)
     EXPECT_EQ(copy.InterpolationMethod(), VoVolRender::NearestNeighbor);
     EXPECT_FALSE(copy.UsePalette());
     EXPECT_DOUBLE_EQ(copy.Opacity(), 0.5);
-    EXPECT_TRUE(copy.GetColorMap().Equivalent(module->GetColorMap(), true));
+    EXPECT_TRUE(copy.GetColorMap().Equivalent(original.GetColorMap(), true));
 
     // A cut archive and settings out of range are refused, and change nothing.
     for (size_t cut : {size_t(1), bytes.size() / 2}) {
@@ -250,20 +256,16 @@ TEST_F(VolRenderTest, RowsKeepTheirLimitsAndTheStoredFormRoundTrips)
         EXPECT_THROW(testsupport::Load(target, bytes, cut), shr::Exception) << cut;
         EXPECT_EQ(target.NumSlices(), 200u);
     }
-    // A module with no links stores no other module. The method is stored
-    // right after the slice count.
-    VoVolRender unlinked;
-    unlinked.NumSlices(0x5a17c3);
-    std::vector<unsigned char> damaged = testsupport::Store(unlinked);
+    // The method is stored right after the slice count.
     const unsigned char slices[4] = {0xc3, 0x17, 0x5a, 0};
-    const auto at = std::search(damaged.begin(), damaged.end(), slices, slices + 4);
-    ASSERT_NE(at, damaged.end());
+    const auto at = std::search(bytes.begin(), bytes.end(), slices, slices + 4);
+    ASSERT_NE(at, bytes.end());
     at[4] = 7;
     VoVolRender target;
-    EXPECT_THROW(testsupport::Load(target, damaged), shr::Exception);
+    EXPECT_THROW(testsupport::Load(target, bytes), shr::Exception);
     at[4] = 1;
     std::fill(at, at + 4, 0); // a stored slice count of 0 loads as 1
-    EXPECT_EQ(testsupport::Load(target, damaged), 0u);
+    EXPECT_EQ(testsupport::Load(target, bytes), 0u);
     EXPECT_EQ(target.NumSlices(), 1u);
 }
 
