@@ -280,6 +280,9 @@ void InvVolume::SetCompositeState(SoState*)
     else
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     glColor4d(1.0, 1.0, 1.0, m_Opacity);
+    // A clear fragment changes nothing here; dropping it spares the blend.
+    glEnable(GL_ALPHA_TEST);
+    glAlphaFunc(GL_GREATER, 0.0f);
 }
 
 void InvVolume::FillBrick(const shr::Vec3i& origin, const shr::Vec3i& end, const shr::Vec3i& size,
