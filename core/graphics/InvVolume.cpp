@@ -7,7 +7,9 @@
 #include "core/graphics/SoLogMessage.h"
 #include "core/graphics/dvr2dTex.h"
 #include "core/graphics/dvr3dTex.h"
+#include "core/network/UiProxy.h"
 #include "core/network/VoNetwork.h"
+#include "shr/Exception.h"
 
 #include <Inventor/SbBox3f.h>
 #include <Inventor/actions/SoGLRenderAction.h>
@@ -19,6 +21,7 @@
 #include <Inventor/misc/SoState.h>
 
 #include <cmath>
+#include <new>
 
 namespace core {
 
@@ -215,6 +218,21 @@ void InvVolume::GLRender(SoGLRenderAction* action)
     const uint32_t method = EffectiveRenderMethod();
     state->push();
     SoModelMatrixElement::mult(state, this, ToSbMatrix(VoxelFrame()));
+    // Nothing may leave a drawing by an exception: the traversal above it would be left half done.
+    try {
+        RenderWith(method, action, mode);
+    } catch (const shr::Exception& error) {
+        UiProxy::Instance()->ErrorMsg(error);
+    } catch (const std::bad_alloc&) {
+        dvrBase::ReportInsufficientMemory();
+    }
+    if (m_Progress)
+        m_Progress(1, 1.0, m_ProgressData);
+    state->pop();
+}
+
+void InvVolume::RenderWith(uint32_t method, SoGLRenderAction* action, int mode)
+{
     if (!m_Strategy || m_StrategyKind != method) {
         m_Strategy.reset();
         m_Dirty = DirtyAll;
@@ -225,14 +243,11 @@ void InvVolume::GLRender(SoGLRenderAction* action)
         m_StrategyKind = method;
     }
     m_Strategy->render(action, mode);
-    if (m_Progress)
-        m_Progress(1, 1.0, m_ProgressData);
-    state->pop();
 }
 
 int InvVolume::EffectiveTextureMode()
 {
-    if (m_RGBA)
+    if (m_RGBA || m_TextureMode > TexRGBA)
         return TexRGBA;
     if (m_TextureMode != TexPaletted)
         return static_cast<int>(m_TextureMode);

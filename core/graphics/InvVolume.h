@@ -112,6 +112,8 @@ private:
     friend class dvr3dTex;
 
     void MarkDirty(uint32_t bits);
+    // Makes the strategy of `method` if it is not the one alive, and draws through it.
+    void RenderWith(uint32_t method, SoGLRenderAction* action, int mode);
     int EffectiveTextureMode();
     uint32_t EffectiveRenderMethod();
     // Voxel steps and the box centre: from voxels centred on the origin to the lattice frame.

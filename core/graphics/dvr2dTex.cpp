@@ -58,7 +58,17 @@ dvrBase::Outcome dvr2dTex::BuildTextures(uint32_t context, int mode)
     }
     m_Padded = budget.padded;
     const Outcome filled = FillVolume(dims, mode, volume);
-    return filled == Outcome::Built ? Upload(context, volume, mode) : filled;
+    if (filled != Outcome::Built)
+        return filled;
+    DrainGlErrors();
+    const Outcome uploaded = Upload(context, volume, mode);
+    if (uploaded == Outcome::Built && DrainGlErrors()) {
+        ReportTextureMemory();
+        return Outcome::Failed;
+    }
+    if (uploaded == Outcome::Built)
+        m_TextureSize = dims;
+    return uploaded;
 }
 
 dvrBase::Outcome dvr2dTex::FillVolume(const shr::Vec3i& dims, int mode, std::vector<unsigned char>& volume) const
@@ -86,18 +96,14 @@ dvrBase::Outcome dvr2dTex::Upload(uint32_t context, const std::vector<unsigned c
     const double total = static_cast<double>(dims.x) + dims.y + dims.z;
     int done = 0;
     std::vector<unsigned char> image;
-    DrainGlErrors();
-    glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    const GLUnpackScope unpack;
     for (int axis = 0; axis < 3; ++axis) {
         m_Textures[axis].genTextures(context, dims[axis]);
         int columns = 0, rows = 0;
         StackImageAxes(axis, columns, rows);
         for (int slice = 0; slice < dims[axis]; ++slice, ++done) {
-            if (!m_Volume->Progress(kFillShare + done * kUploadShare / total)) {
-                glPopClientAttrib();
+            if (!m_Volume->Progress(kFillShare + done * kUploadShare / total))
                 return Outcome::Cancelled;
-            }
             ExtractSlice(volume.data(), m_Padded, axis, slice, BytesPerTexel(mode), image);
             glBindTexture(GL_TEXTURE_2D, m_Textures[axis][slice]);
             glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, kVolumeWrap);
@@ -108,12 +114,6 @@ dvrBase::Outcome dvr2dTex::Upload(uint32_t context, const std::vector<unsigned c
                          GL_UNSIGNED_BYTE, image.data());
         }
     }
-    glPopClientAttrib();
-    if (DrainGlErrors()) {
-        ReportTextureMemory();
-        return Outcome::Failed;
-    }
-    m_TextureSize = dims;
     return Outcome::Built;
 }
 

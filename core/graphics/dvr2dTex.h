@@ -23,6 +23,7 @@ protected:
 private:
     // The padded volume; empty when the build is cancelled or fails.
     Outcome FillVolume(const shr::Vec3i& dims, int mode, std::vector<unsigned char>& volume) const;
+    // The three stacks, cut from the padded volume.
     Outcome Upload(uint32_t context, const std::vector<unsigned char>& volume, int mode);
 
     shr::Vec3i m_Padded{0, 0, 0};

@@ -87,12 +87,9 @@ dvrBase::Outcome dvr3dTex::BuildTextures(uint32_t context, int mode)
     m_Textures.resize(m_Bricks.size());
     std::vector<unsigned char> buffer;
     DrainGlErrors();
-    glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
     Outcome outcome = Outcome::Built;
     for (size_t b = 0; b < m_Bricks.size() && outcome == Outcome::Built; ++b)
         outcome = MakeBrick(context, b, mode, buffer);
-    glPopClientAttrib();
     // One brick missing leaves a hole: then none is drawn.
     if (outcome != Outcome::Built) {
         m_Bricks.clear();
@@ -130,6 +127,7 @@ dvrBase::Outcome dvr3dTex::MakeBrick(uint32_t context, size_t index, int mode, s
         return Outcome::Cancelled;
     const TexelFormat format = TextureFormat(mode);
     const GLint filter = m_Volume->m_Interpolation == InvVolume::Linear ? GL_LINEAR : GL_NEAREST;
+    const GLUnpackScope unpack;
     m_Textures[index].genTextures(context, 1);
     glBindTexture(GL_TEXTURE_3D, m_Textures[index][0]);
     for (const GLenum wrap : {GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T, GL_TEXTURE_WRAP_R})

@@ -24,12 +24,42 @@ namespace core {
 
 namespace {
 
-// Every attribute group; the client side is pushed where pixels are unpacked.
+// Every attribute group; the client side is pushed where texels are unpacked.
 constexpr GLbitfield kAllAttributes = 0xfffff;
 // "Insufficient memory to perform operation".
 constexpr int kInsufficientMemory = 46;
 
+// Every server attribute, and the model-view matrix, for the life of a drawing.
+class DrawingScope {
+public:
+    DrawingScope()
+    {
+        glPushAttrib(kAllAttributes);
+        glMatrixMode(GL_MODELVIEW);
+        glPushMatrix();
+    }
+    ~DrawingScope()
+    {
+        glMatrixMode(GL_MODELVIEW);
+        glPopMatrix();
+        glPopAttrib();
+    }
+    DrawingScope(const DrawingScope&) = delete;
+    DrawingScope& operator=(const DrawingScope&) = delete;
+};
+
 } // namespace
+
+GLUnpackScope::GLUnpackScope()
+{
+    glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    for (const GLenum zero : {GL_UNPACK_ROW_LENGTH, GL_UNPACK_IMAGE_HEIGHT, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS,
+                              GL_UNPACK_SKIP_IMAGES, GL_UNPACK_SWAP_BYTES, GL_UNPACK_LSB_FIRST})
+        glPixelStorei(zero, 0);
+}
+
+GLUnpackScope::~GLUnpackScope() { glPopClientAttrib(); }
 
 dvrBase::dvrBase(InvVolume* volume) : m_Volume(volume) {}
 
@@ -42,28 +72,24 @@ void dvrBase::render(SoGLRenderAction* action, int textureMode)
     material.sendFirst();
     const bool textured = SoTextureQualityElement::get(state) > 0.0f &&
                           SoDrawStyleElement::get(state) == SoDrawStyleElement::FILLED;
-    glPushAttrib(kAllAttributes);
+    const DrawingScope scope;
     glDisable(GL_LIGHTING);
     glDisable(GL_CULL_FACE);
     for (const GLenum target : {GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D})
         glDisable(target);
     glEnable(TextureTarget());
     glDepthMask(GL_FALSE);
-    if (PrepareTextures(state, textureMode)) {
-        if (textured) {
-            m_Volume->SetCompositeState(state);
-            glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
-        } else {
-            glDisable(TextureTarget());
-            glDisable(GL_BLEND);
-        }
-        glMatrixMode(GL_MODELVIEW);
-        glPushMatrix();
-        glTranslated(-0.5 * m_TextureSize.x, -0.5 * m_TextureSize.y, -0.5 * m_TextureSize.z);
-        Draw(state, textured);
-        glPopMatrix();
+    if (!PrepareTextures(state, textureMode))
+        return;
+    if (textured) {
+        m_Volume->SetCompositeState(state);
+        glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+    } else {
+        glDisable(TextureTarget());
+        glDisable(GL_BLEND);
     }
-    glPopAttrib();
+    glTranslated(-0.5 * m_TextureSize.x, -0.5 * m_TextureSize.y, -0.5 * m_TextureSize.z);
+    Draw(state, textured);
 }
 
 uint32_t dvrBase::Dirty(uint32_t context, int mode) const
@@ -137,11 +163,12 @@ shr::Mat4d dvrBase::VoxelToEye(SoState* state) const
 
 shr::Vec3d dvrBase::ViewDirection(SoState* state) const
 {
-    // The model matrix holds the voxel frame; without its box part what is
-    // left maps the lattice frame to the world.
-    shr::Mat4d eyeToFrame = m_Volume->BoxFrame();
-    eyeToFrame.Inverse();
-    eyeToFrame = eyeToFrame * ToMat4d(SoModelMatrixElement::get(state)) * ToMat4d(SoViewingMatrixElement::get(state));
+    // The model matrix holds the voxel frame: the box part taken off again, it
+    // maps the lattice frame to the world.
+    shr::Mat4d boxPart = m_Volume->BoxFrame();
+    boxPart.Inverse();
+    shr::Mat4d eyeToFrame =
+        boxPart * ToMat4d(SoModelMatrixElement::get(state)) * ToMat4d(SoViewingMatrixElement::get(state));
     if (!eyeToFrame.Inverse())
         return shr::Vec3d(0.0, 0.0, 1.0);
     if (SoViewVolumeElement::get(state).getProjectionType() == SbViewVolume::ORTHOGRAPHIC)

@@ -19,6 +19,16 @@ namespace core {
 
 class InvVolume;
 
+// Tightly packed texel blocks for the life of the object; the client's pixel
+// store is restored afterwards, also when an upload ends in an exception.
+class GLUnpackScope {
+public:
+    GLUnpackScope();
+    ~GLUnpackScope();
+    GLUnpackScope(const GLUnpackScope&) = delete;
+    GLUnpackScope& operator=(const GLUnpackScope&) = delete;
+};
+
 class dvrBase {
 public:
     explicit dvrBase(InvVolume* volume);
@@ -28,6 +38,10 @@ public:
 
     // Draws the volume with textures of `textureMode`, the node's lock held.
     virtual void render(SoGLRenderAction* action, int textureMode);
+
+    // Reports a texture that does not fit, and one too large to attempt.
+    static void ReportTextureMemory();
+    static void ReportInsufficientMemory();
 
 protected:
     enum class Outcome { Built, Cancelled, Failed };
@@ -54,9 +68,6 @@ protected:
     shr::Vec3d ViewDirection(SoState* state) const;
     // Empties the GL error queue; true when it held an error.
     static bool DrainGlErrors();
-    // Reports a texture that does not fit, and one too large to attempt.
-    static void ReportTextureMemory();
-    static void ReportInsufficientMemory();
 
     shr::Vec3i m_TextureSize{0, 0, 0};
     InvVolume* m_Volume;
