@@ -134,6 +134,15 @@ TEST_F(VolRenderTest, OpaqueRegionFollowsTheDataAndTheTransferFunction)
         EXPECT_GT(image.At(40, 80).r, 200) << Text(image.At(40, 80));
         EXPECT_LT(image.At(120, 80).r, 30) << Text(image.At(120, 80));
         EXPECT_EQ(image.At(80, 5), kBlack) << "nothing beyond the cube";
+        if (method == VoVolRender::Textures2D) {
+            // The legend's strip starts at the clear end of the map, and is opaque all the same.
+            module->GetLegend().Show(true);
+            module->SetModified();
+            RunPass();
+            const Color4b strip = Picture(*module).At(10, 150);
+            EXPECT_EQ(strip.a, 255) << Text(strip);
+            module->GetLegend().Show(false);
+        }
 
         // Now the low values are opaque red and the high ones clear.
         SetMap(*module, kRed, kRed, kGreen, {{0.0, 1.0}, {0.25, 1.0}, {0.75, 0.0}, {1.0, 0.0}});
