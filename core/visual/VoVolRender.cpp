@@ -11,6 +11,8 @@
 #include "core/network/VbPort.h"
 #include "core/network/VbProgress.h"
 #include "core/properties/VbBoolPropertyConverter.h"
+#include "core/properties/VbColorMapPropertyConverter.h"
+#include "core/properties/VbDoublePropertyConverter.h"
 #include "core/properties/VbIntPropertyConverter.h"
 #include "core/properties/VbPropList.h"
 #include "core/properties/VbPropertyEvent.h"
@@ -35,6 +37,11 @@ const VbPropertyRegistrar s_Registrars[] = {
     {"VolRenderDrawStyle", VoVolRender::IdRenderMethod, VbUnsignedPropertyConverter::Key()},
     {"VolRenderNumSlices", VoVolRender::IdNumSlices, VbIntPropertyConverter::Key()},
     {"VolRenderUsePalette", VoVolRender::IdUsePalette, VbBoolPropertyConverter::Key()},
+    // Keys of our own, so that a scene or a script can choose how the volume looks.
+    {"VolRenderComposition", VoVolRender::IdComposition, VbUnsignedPropertyConverter::Key()},
+    {"VolRenderInterpolation", VoVolRender::IdInterpolation, VbUnsignedPropertyConverter::Key()},
+    {"VolRenderColormap", VoVolRender::IdColormap, VbColorMapPropertyConverter::Key()},
+    {"VolRenderOpacity", VoVolRender::IdOpacity, VbDoublePropertyConverter::Key()},
 };
 const VbLegend::KeyRegistrar s_LegendKeys("VolRender", VoVolRender::IdLegend);
 
@@ -277,16 +284,16 @@ void VoVolRender::UpdatePropertiesImpl(VbPropList& list)
                 kMaxSlices, 1);
     list.AddCheck(Id(), "VolRenderUsePalette", IdUsePalette, "Paletted textures",
                   "Use paletted textures if supported by the video hardware.", m_UsePalette);
-    list.AddCombo(Id(), "", IdComposition, "Composition", "The method used to combine voxels along the viewing rays.",
+    list.AddCombo(Id(), "VolRenderComposition", IdComposition, "Composition", "The method used to combine voxels along the viewing rays.",
                   m_Composition, "Maximum intensity", "Sum intensity", "Alpha blending", nullptr);
-    list.AddCombo(Id(), "", IdInterpolation, "Interpolation", "The method used to interpolate values within the lattice.",
+    list.AddCombo(Id(), "VolRenderInterpolation", IdInterpolation, "Interpolation", "The method used to interpolate values within the lattice.",
                   m_Interpolation, "Nearest neighbor", "Trilinear", nullptr);
     const std::vector<unsigned int>* histogram = hasData ? &lattice->DataHistogram(InputComponentSafe()) : nullptr;
-    list.AddColorMap(Id(), "", IdColormap, "Colormap", "Converts scalar data to colors and opacity.", m_ColorMap,
+    list.AddColorMap(Id(), "VolRenderColormap", IdColormap, "Colormap", "Converts scalar data to colors and opacity.", m_ColorMap,
                      histogram, true);
     if (histogram)
         list.SetHistogram(IdColormap, *histogram);
-    list.AddDouble(Id(), "", IdOpacity, "Opacity", "", m_Opacity, ValCheckMinMax, 0.0, 1.0, 0.1);
+    list.AddDouble(Id(), "VolRenderOpacity", IdOpacity, "Opacity", "", m_Opacity, ValCheckMinMax, 0.0, 1.0, 0.1);
     UpdateMethodProps(list);
     list.Outdent();
 
