@@ -1,0 +1,68 @@
+#include "core/wells/WellPathGenerator.h"
+
+#include "core/wells/Well.h"
+#include "core/wells/WellGroup.h"
+#include "shr/Exception.h"
+
+#include <tbb/parallel_for_each.h>
+
+#include <cmath>
+
+namespace core {
+
+namespace {
+
+[[noreturn]] void ThrowGeneratorError(int line, const char* text)
+{
+    shr::ThrowSharedError("Core", "WellPathGenerator", line, 0, "%s", text);
+}
+
+} // namespace
+
+WellPathGenerator::~WellPathGenerator() = default;
+
+bool WellPathGenerator::ValidWell(const Well& well) const { return well.HasTop() && well.trajectory_size() >= 3; }
+
+void WellPathGenerator::Generate(Well& well) const
+{
+    if (!well.HasTop())
+        ThrowGeneratorError(__LINE__, "Well must have a valid top.");
+    if (well.trajectory_size() < 3)
+        ThrowGeneratorError(__LINE__, "Well trajectory must have at least three points.");
+    well.path_clear();
+    GenerateImpl(well);
+}
+
+std::vector<std::shared_ptr<Well>> WellPathGenerator::GenerateAll(WellGroup& group) const
+{
+    std::vector<std::shared_ptr<Well>> valid, invalid;
+    for (const std::shared_ptr<Well>& well : group)
+        (ValidWell(*well) ? valid : invalid).push_back(well);
+    tbb::parallel_for_each(valid.begin(), valid.end(), [this](const std::shared_ptr<Well>& well) { Generate(*well); });
+    return invalid;
+}
+
+void WellPathGenerator::Walk(Well& well, Increment increment)
+{
+    const auto first = well.trajectory_begin(), end = well.trajectory_end();
+    shr::Vec3d pos(well.Top().X(), well.Top().Y(), well.Top().Z());
+    double lastMD = 0.0;
+    for (auto a = first, b = first + 1; b != end; ++a, ++b) {
+        const double dMD = b->MD() - a->MD();
+        if (std::fabs(dMD) <= 1e-10)
+            continue;
+        well.AddPathPoint(WellPathPoint(pos.x, pos.y, pos.z, a->MD()));
+        const shr::Vec3d step = increment(*a, *b, dMD);
+        pos.x += step.x;
+        pos.y += step.y;
+        pos.z -= step.z;
+        lastMD = b->MD();
+    }
+    // Closes the path at the last station. A survey whose pairs were all
+    // skipped compares 0 with the first MD here, and so may end with one point
+    // at the top at MD 0.
+    if (lastMD != first->MD())
+        well.AddPathPoint(WellPathPoint(pos.x, pos.y, pos.z, lastMD));
+}
+
+} // namespace core
