@@ -5,6 +5,7 @@
 
 #include "HostTestSupport.h"
 #include "core/wells/VdWellData.h"
+#include "host/PointFileReader.h"
 #include "shr/Exception.h"
 
 #include <gmock/gmock.h>
@@ -168,6 +169,39 @@ TEST_F(WellSetTest, AnErrorInAnyFileLeavesTheWellsAsTheyWere)
     options.pathMethod = "Spline";
     EXPECT_THROW(WellSetLoader::Load({paths[0]}, wells, options), shr::Exception);
     EXPECT_EQ(wells.size(), 1u);
+}
+
+// The sample wells load as they stand and run through the borehole field.
+TEST(WellSamplesTest, LoadAndCrossTheBoreholeField)
+{
+    const std::string folder = FENRAK_SOURCE_DATA_DIR "/samples/wells/";
+    std::vector<shr::GString> paths;
+    for (const char* name : {"heads.csv", "surveys.csv", "tops.csv", "zones.csv"})
+        paths.push_back(folder + name);
+    for (int n = 101; n <= 105; ++n)
+        paths.push_back(folder + "KV-" + std::to_string(n) + ".las");
+    core::VdWellData wells;
+    const WellLoadReport report = WellSetLoader::Load(paths, wells);
+    EXPECT_TRUE(report.notes.empty());
+    const shr::Box3d field =
+        PointFileReader::Read(FENRAK_SOURCE_DATA_DIR "/samples/boreholes.csv").points->GetUVWBounds();
+    ASSERT_EQ(wells.size(), 5u);
+    for (const auto& well : wells) {
+        SCOPED_TRACE(well->Name());
+        for (const char* log : {"GR", "RT", "NPHI", "Surface", "Zone"})
+            EXPECT_TRUE(well->HasLog(log)) << log;
+        const auto nphi = well->Log("NPHI");
+        EXPECT_LT(std::distance(nphi->filtered_begin(), nphi->filtered_end()), static_cast<long>(nphi->size()))
+            << "porosity has gaps";
+        std::pair<double, double> range;
+        ASSERT_TRUE(well->Log("GR")->MDRange(range));
+        EXPECT_NEAR(range.first, 10.0, 1e-6) << "every log in metres, KV-103's read in feet";
+        EXPECT_NEAR(range.second, (well->path_end() - 1)->MD(), 20.0);
+        size_t inside = 0;
+        for (auto p = well->path_begin(); p != well->path_end(); ++p)
+            inside += field.Intersects(shr::Vec3d(*p)) ? 1 : 0;
+        EXPECT_GT(inside, 10u);
+    }
 }
 
 } // namespace
