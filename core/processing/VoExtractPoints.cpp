@@ -231,6 +231,7 @@ VoExtractPoints::VoExtractPoints() : m_Selected(MaxNumOutputComponents())
 }
 
 const VdLattice* VoExtractPoints::InputLattice() const { return dynamic_cast<const VdLattice*>(GetInputData(0)); }
+const VdWellData* VoExtractPoints::InputWells() const { return dynamic_cast<const VdWellData*>(GetInputData(0)); }
 
 std::vector<shr::GString> VoExtractPoints::CollectComponents(const VdLattice& lattice)
 {
@@ -248,10 +249,9 @@ std::vector<shr::GString> VoExtractPoints::CollectComponents(const VdWellData& w
 
 std::vector<shr::GString> VoExtractPoints::CollectComponents() const
 {
-    const VdData* data = GetInputData(0);
-    if (const auto* lattice = dynamic_cast<const VdLattice*>(data))
+    if (const VdLattice* lattice = InputLattice())
         return CollectComponents(*lattice);
-    if (const auto* wells = dynamic_cast<const VdWellData*>(data))
+    if (const VdWellData* wells = InputWells())
         return CollectComponents(*wells);
     return {};
 }
@@ -328,13 +328,12 @@ void VoExtractPoints::CheckOutputCount() const
 VoModule::ModuleStatus VoExtractPoints::ExecuteImpl(std::shared_ptr<VgRenderer>)
 {
     GetOutput(0)->Data(nullptr);
-    const VdData* data = GetInputData(0);
     VbProgress progress("Extract points.", 0, 500, 100);
     bool aborted = false;
     std::unique_ptr<VdPoints> points;
-    if (const auto* lattice = dynamic_cast<const VdLattice*>(data))
+    if (const VdLattice* lattice = InputLattice())
         points = Extract(*lattice, progress, aborted);
-    else if (const auto* wells = dynamic_cast<const VdWellData*>(data))
+    else if (const VdWellData* wells = InputWells())
         points = Extract(*wells, progress, aborted);
     if (aborted)
         return ModuleAborted;

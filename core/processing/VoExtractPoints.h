@@ -66,6 +66,7 @@ private:
     void UpdatePropertiesImpl(VbPropList& list) override;
 
     const VdLattice* InputLattice() const;
+    const VdWellData* InputWells() const;
     // Replaces the component combos by `count` of them ("Requested component
     // count out of range." outside 1 to 20).
     void UpdateComponents(VbPropList& list, unsigned int count) const;

@@ -1,5 +1,6 @@
 #include "core/wells/Well.h"
 
+#include "core/data/ThreadHandOver.h"
 #include "core/properties/PropertyError.h"
 #include "shr/Archive.h"
 #include "shr/Mat4d.h"
@@ -129,7 +130,14 @@ void Well::UpdateLogIntervals()
     logs.reserve(m_Logs.size());
     for (const auto& log : m_Logs)
         logs.push_back(log.get());
-    tbb::parallel_for_each(logs.begin(), logs.end(), [](WellLog* log) { log->UpdateIntervals(); });
+    const void* token = logs.data();
+    HandOver(token);
+    tbb::parallel_for_each(logs.begin(), logs.end(), [token](WellLog* log) {
+        TakeOver(token);
+        log->UpdateIntervals();
+        HandOver(token);
+    });
+    TakeOver(token);
 }
 
 void Well::UpdatePath(double azimuth, double dip, double depth)

@@ -8,44 +8,33 @@ namespace core {
 
 namespace {
 
-// The unit direction of plunge d and azimuth a (radians), scaled by `length`.
-shr::Vec3d Direction(double d, double a, double length)
-{
-    return shr::Vec3d(std::sin(a) * std::sin(d) * length, std::cos(a) * std::sin(d) * length, std::cos(d) * length);
-}
-
-double Plunge(const WellTrajectoryPoint& p) { return p.Pl() * shr::DEG_TO_RAD; }
-double Azimuth(const WellTrajectoryPoint& p) { return p.Az() * shr::DEG_TO_RAD; }
+double Radians(double degrees) { return degrees * shr::DEG_TO_RAD; }
 
 } // namespace
 
-shr::Vec3d TangentialWellPathCalculator::Step(const WellTrajectoryPoint&, const WellTrajectoryPoint& b, double dMD)
+shr::Vec3d TangentialWellPathCalculator::Step(const Station&, const Station& b, double dMD)
 {
-    return Direction(Plunge(b), Azimuth(b), dMD);
+    return shr::Vec3d(b.sinAz * b.sinPl * dMD, b.cosAz * b.sinPl * dMD, b.cosPl * dMD);
 }
 
-shr::Vec3d AverageAngleWellPathCalculator::Step(const WellTrajectoryPoint& a, const WellTrajectoryPoint& b, double dMD)
+shr::Vec3d AverageAngleWellPathCalculator::Step(const Station& a, const Station& b, double dMD)
 {
-    const double d = (a.Pl() + b.Pl()) / 2.0 * shr::DEG_TO_RAD;
-    const double az = (a.Az() + b.Az()) / 2.0 * shr::DEG_TO_RAD;
-    return Direction(d, az, dMD);
+    const double d = Radians((a.point->Pl() + b.point->Pl()) / 2.0);
+    const double az = Radians((a.point->Az() + b.point->Az()) / 2.0);
+    return shr::Vec3d(std::sin(az) * std::sin(d) * dMD, std::cos(az) * std::sin(d) * dMD, std::cos(d) * dMD);
 }
 
-shr::Vec3d BalancedTangentialWellPathCalculator::Step(const WellTrajectoryPoint& a, const WellTrajectoryPoint& b,
-                                                      double dMD)
+shr::Vec3d BalancedTangentialWellPathCalculator::Step(const Station& a, const Station& b, double dMD)
 {
     const double h = dMD / 2.0;
-    const double d1 = Plunge(a), a1 = Azimuth(a), d2 = Plunge(b), a2 = Azimuth(b);
-    return shr::Vec3d((std::sin(a2) * std::sin(d2) + std::sin(a1) * std::sin(d1)) * h,
-                      (std::cos(a2) * std::sin(d2) + std::cos(a1) * std::sin(d1)) * h,
-                      (std::cos(d2) + std::cos(d1)) * h);
+    return shr::Vec3d((b.sinAz * b.sinPl + a.sinAz * a.sinPl) * h, (b.cosAz * b.sinPl + a.cosAz * a.sinPl) * h,
+                      (b.cosPl + a.cosPl) * h);
 }
 
-shr::Vec3d MinimumCurvatureWellPathCalculator::Step(const WellTrajectoryPoint& a, const WellTrajectoryPoint& b,
-                                                    double dMD)
+shr::Vec3d MinimumCurvatureWellPathCalculator::Step(const Station& a, const Station& b, double dMD)
 {
-    const double d1 = Plunge(a), a1 = Azimuth(a), d2 = Plunge(b), a2 = Azimuth(b);
-    const double c = std::cos(d2 - d1) - (1.0 - std::cos(a2 - a1)) * std::sin(d2) * std::sin(d1);
+    const double c = std::cos(Radians(b.point->Pl()) - Radians(a.point->Pl())) -
+                     (1.0 - std::cos(Radians(b.point->Az()) - Radians(a.point->Az()))) * b.sinPl * a.sinPl;
     // A c a little beyond 1 by rounding gives a NaN dogleg, which fails the
     // test and keeps the factor at 1.
     const double dogleg = std::acos(c);

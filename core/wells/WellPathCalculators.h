@@ -25,19 +25,19 @@ private:
 class AverageAngleWellPathCalculator : public WellPathCalculator<AverageAngleWellPathCalculator> {
 public:
     static shr::GString Key() { return "AverageAngle"; }
-    static shr::Vec3d Step(const WellTrajectoryPoint& a, const WellTrajectoryPoint& b, double dMD);
+    static shr::Vec3d Step(const Station& a, const Station& b, double dMD);
 };
 
 class BalancedTangentialWellPathCalculator : public WellPathCalculator<BalancedTangentialWellPathCalculator> {
 public:
     static shr::GString Key() { return "BalancedTangential"; }
-    static shr::Vec3d Step(const WellTrajectoryPoint& a, const WellTrajectoryPoint& b, double dMD);
+    static shr::Vec3d Step(const Station& a, const Station& b, double dMD);
 };
 
 class MinimumCurvatureWellPathCalculator : public WellPathCalculator<MinimumCurvatureWellPathCalculator> {
 public:
     static shr::GString Key() { return "MinimumCurvature"; }
-    static shr::Vec3d Step(const WellTrajectoryPoint& a, const WellTrajectoryPoint& b, double dMD);
+    static shr::Vec3d Step(const Station& a, const Station& b, double dMD);
     // Doglegs below this many degrees take a ratio factor of 1.
     static constexpr double MinDoglegDegrees = 0.25;
 };
@@ -45,7 +45,7 @@ public:
 class TangentialWellPathCalculator : public WellPathCalculator<TangentialWellPathCalculator> {
 public:
     static shr::GString Key() { return "Tangential"; }
-    static shr::Vec3d Step(const WellTrajectoryPoint& a, const WellTrajectoryPoint& b, double dMD);
+    static shr::Vec3d Step(const Station& a, const Station& b, double dMD);
 };
 
 } // namespace core

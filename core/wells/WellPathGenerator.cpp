@@ -1,8 +1,10 @@
 #include "core/wells/WellPathGenerator.h"
 
+#include "core/data/ThreadHandOver.h"
 #include "core/wells/Well.h"
 #include "core/wells/WellGroup.h"
 #include "shr/Exception.h"
+#include "shr/MathUtil.h"
 
 #include <tbb/parallel_for_each.h>
 
@@ -38,8 +40,21 @@ std::vector<std::shared_ptr<Well>> WellPathGenerator::GenerateAll(WellGroup& gro
     std::vector<std::shared_ptr<Well>> valid, invalid;
     for (const std::shared_ptr<Well>& well : group)
         (ValidWell(*well) ? valid : invalid).push_back(well);
-    tbb::parallel_for_each(valid.begin(), valid.end(), [this](const std::shared_ptr<Well>& well) { Generate(*well); });
+    const void* token = valid.data();
+    HandOver(token);
+    tbb::parallel_for_each(valid.begin(), valid.end(), [this, token](const std::shared_ptr<Well>& well) {
+        TakeOver(token);
+        Generate(*well);
+        HandOver(token);
+    });
+    TakeOver(token);
     return invalid;
+}
+
+WellPathGenerator::Station::Station(const WellTrajectoryPoint& p)
+    : point(&p), sinPl(std::sin(p.Pl() * shr::DEG_TO_RAD)), cosPl(std::cos(p.Pl() * shr::DEG_TO_RAD)),
+      sinAz(std::sin(p.Az() * shr::DEG_TO_RAD)), cosAz(std::cos(p.Az() * shr::DEG_TO_RAD))
+{
 }
 
 void WellPathGenerator::Walk(Well& well, Increment increment)
@@ -47,16 +62,19 @@ void WellPathGenerator::Walk(Well& well, Increment increment)
     const auto first = well.trajectory_begin(), end = well.trajectory_end();
     shr::Vec3d pos(well.Top().X(), well.Top().Y(), well.Top().Z());
     double lastMD = 0.0;
-    for (auto a = first, b = first + 1; b != end; ++a, ++b) {
-        const double dMD = b->MD() - a->MD();
-        if (std::fabs(dMD) <= 1e-10)
-            continue;
-        well.AddPathPoint(WellPathPoint(pos.x, pos.y, pos.z, a->MD()));
-        const shr::Vec3d step = increment(*a, *b, dMD);
-        pos.x += step.x;
-        pos.y += step.y;
-        pos.z -= step.z;
-        lastMD = b->MD();
+    Station a(*first);
+    for (auto next = first + 1; next != end; ++next) {
+        const Station b(*next);
+        const double dMD = b.point->MD() - a.point->MD();
+        if (std::fabs(dMD) > 1e-10) {
+            well.AddPathPoint(WellPathPoint(pos.x, pos.y, pos.z, a.point->MD()));
+            const shr::Vec3d step = increment(a, b, dMD);
+            pos.x += step.x;
+            pos.y += step.y;
+            pos.z -= step.z;
+            lastMD = b.point->MD();
+        }
+        a = b;
     }
     // Closes the path at the last station. A survey whose pairs were all
     // skipped compares 0 with the first MD here, and so may end with one point

@@ -42,12 +42,21 @@ public:
     // were left alone, in group order.
     std::vector<std::shared_ptr<Well>> GenerateAll(WellGroup& group) const;
 
+    // A station with the sines and cosines of its plunge and azimuth, worked
+    // out once for the two steps the station takes part in.
+    struct Station {
+        explicit Station(const WellTrajectoryPoint& point);
+
+        const WellTrajectoryPoint* point;
+        double sinPl, cosPl, sinAz, cosAz;
+    };
+
 protected:
     WellPathGenerator() = default;
 
     // The change of position (east, north, depth) from station a to station b,
     // `dMD` apart.
-    using Increment = shr::Vec3d (*)(const WellTrajectoryPoint& a, const WellTrajectoryPoint& b, double dMD);
+    using Increment = shr::Vec3d (*)(const Station& a, const Station& b, double dMD);
     // The walk common to all methods.
     static void Walk(Well& well, Increment increment);
 
