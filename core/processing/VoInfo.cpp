@@ -7,11 +7,11 @@
 #include "core/network/VbModuleInfo.h"
 #include "core/network/VbPort.h"
 #include "core/processing/DataInfoRows.h"
-#include "core/wells/VdWellData.h"
 #include "core/properties/VbBoolPropertyConverter.h"
 #include "core/properties/VbPropList.h"
 #include "core/properties/VbPropertyEvent.h"
 #include "core/properties/VbPropertyRegistry.h"
+#include "core/wells/VdWellData.h"
 #include "shr/PrimType.h"
 #include "shr/StringUtil.h"
 

@@ -6,6 +6,8 @@
 #include "core/data/VdUniformLattice.h"
 #include "core/network/VbPort.h"
 #include "core/processing/VoExtractPoints.h"
+#include "core/properties/SimplePropertyCollection.h"
+#include "core/properties/VbPropertyEvent.h"
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/wells/VdWellData.h"
 #include "shr/Archive.h"
@@ -156,7 +158,16 @@ TEST_F(ExtractPointsModule, RowsKeysAndStoredForm)
         EXPECT_TRUE(registry.Get(key).id != 0) << key;
     EXPECT_EQ(registry.Get("ExtractPointsComp20").id, 26);
 
-    std::vector<unsigned char> bytes = testsupport::Store(*module);
+    // The stored form of a module outside the network, which has no links to store.
+    VoExtractPoints alone;
+    SimplePropertyCollection rows;
+    alone.UpdateProperties(rows);
+    for (const auto& row : {std::make_pair(int(VoExtractPoints::IdOutComponents), "2"),
+                            std::make_pair(VoExtractPoints::IdFirstComponent + 1, "Component 2")}) {
+        rows.StringValue(row.first, row.second);
+        alone.PropertyEvent(rows, VbPropertyEvent(row.first, rows.AnyValue(row.first)));
+    }
+    std::vector<unsigned char> bytes = testsupport::Store(alone);
     VoExtractPoints copy;
     EXPECT_EQ(testsupport::Load(copy, bytes), 0u);
     EXPECT_EQ(testsupport::Store(copy), bytes);
