@@ -6,7 +6,8 @@
 #include "shr/Mat4d.h"
 #include "shr/MathUtil.h"
 
-#include <tbb/parallel_for_each.h>
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_for.h>
 
 #include <algorithm>
 #include <cfloat>
@@ -130,14 +131,18 @@ void Well::UpdateLogIntervals()
     logs.reserve(m_Logs.size());
     for (const auto& log : m_Logs)
         logs.push_back(log.get());
-    const void* token = logs.data();
-    HandOver(token);
-    tbb::parallel_for_each(logs.begin(), logs.end(), [token](WellLog* log) {
-        TakeOver(token);
-        log->UpdateIntervals();
-        HandOver(token);
-    });
-    TakeOver(token);
+    // A loop over the list, whose body TBB copies into its tasks (the
+    // sanitizer then sees the hand-over, which parallel_for_each hides).
+    WellLog* const* first = logs.data();
+    const auto body = [first](const tbb::blocked_range<size_t>& range) {
+        TakeOver(first);
+        for (size_t n = range.begin(); n != range.end(); ++n)
+            first[n]->UpdateIntervals();
+        HandOver(first);
+    };
+    HandOver(first);
+    tbb::parallel_for(tbb::blocked_range<size_t>(0, logs.size(), 1), body);
+    TakeOver(first);
 }
 
 void Well::UpdatePath(double azimuth, double dip, double depth)

@@ -6,7 +6,8 @@
 #include "shr/Exception.h"
 #include "shr/MathUtil.h"
 
-#include <tbb/parallel_for_each.h>
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_for.h>
 
 #include <cmath>
 
@@ -40,14 +41,18 @@ std::vector<std::shared_ptr<Well>> WellPathGenerator::GenerateAll(WellGroup& gro
     std::vector<std::shared_ptr<Well>> valid, invalid;
     for (const std::shared_ptr<Well>& well : group)
         (ValidWell(*well) ? valid : invalid).push_back(well);
-    const void* token = valid.data();
-    HandOver(token);
-    tbb::parallel_for_each(valid.begin(), valid.end(), [this, token](const std::shared_ptr<Well>& well) {
-        TakeOver(token);
-        Generate(*well);
-        HandOver(token);
-    });
-    TakeOver(token);
+    // A loop over the list rather than parallel_for_each, whose tasks would
+    // read this body from this stack: TBB copies a loop body into its tasks.
+    std::shared_ptr<Well>* wells = valid.data();
+    const auto body = [this, wells](const tbb::blocked_range<size_t>& range) {
+        TakeOver(wells);
+        for (size_t n = range.begin(); n != range.end(); ++n)
+            Generate(*wells[n]);
+        HandOver(wells);
+    };
+    HandOver(wells);
+    tbb::parallel_for(tbb::blocked_range<size_t>(0, valid.size(), 1), body);
+    TakeOver(wells);
     return invalid;
 }
 
