@@ -15,6 +15,7 @@
 // Written beside the program for the peer (peers/wells_peer.py): the stations
 // (azimuth, plunge, MD per station) and the tops, and our minimum curvature
 // paths (x, y, z, MD per point), as little-endian doubles.
+#include "BenchFiles.h"
 #include "core/wells/VdWellData.h"
 #include "core/wells/WellPathGenerator.h"
 #include "host/DelimitedText.h"
@@ -24,8 +25,6 @@
 #include <benchmark/benchmark.h>
 #include <tbb/global_control.h>
 #include <tbb/info.h>
-
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -37,29 +36,13 @@
 
 namespace {
 
+using benchfiles::WriteRaw;
+
 constexpr int kWells = 10000;
 constexpr int kStations = 1000;
 constexpr double kStationStep = 10.0;
 constexpr double kLasBytes = 100e6;
 const char* const kLasPath = "/tmp/fenrak_bench_wells.las";
-
-std::string OutputFolder()
-{
-    char path[4096];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
-    std::string exe(path, length > 0 ? static_cast<size_t>(length) : 0);
-    const size_t slash = exe.rfind('/');
-    return slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
-}
-
-void WriteRaw(const std::string& name, const std::vector<double>& values)
-{
-    const std::string path = OutputFolder() + "/" + name;
-    if (FILE* file = std::fopen(path.c_str(), "wb")) {
-        std::fwrite(values.data(), sizeof(double), values.size(), file);
-        std::fclose(file);
-    }
-}
 
 // The wells, made once, and written for the peer.
 core::WellGroup& Wells()
