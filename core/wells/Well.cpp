@@ -54,26 +54,6 @@ void TransferPoints(shr::Archive& archive, std::vector<Point>& points, uint64_t 
         TransferPoint(archive, point);
 }
 
-// A count, then each log as a shared object.
-void TransferLogs(shr::Archive& archive, Well::Logs& logs)
-{
-    shr::SharedObjectTable table;
-    uint32_t count = static_cast<uint32_t>(logs.size());
-    archive.Transfer(count);
-    if (archive.IsStoring()) {
-        for (std::shared_ptr<WellLog> log : logs)
-            archive.Transfer(log, table);
-        return;
-    }
-    archive.CheckCount(count, 4);
-    for (uint32_t i = 0; i < count; ++i) {
-        std::shared_ptr<WellLog> log;
-        archive.Transfer(log, table);
-        if (!logs.Insert(log))
-            archive.ThrowFormatError("the well log \"%s\" is stored twice", log->Name().c_str());
-    }
-}
-
 bool MDLess(double md, const WellPathPoint& point) { return md < point.MD(); }
 bool PointMDLess(const WellPathPoint& point, double md) { return point.MD() < md; }
 
@@ -218,7 +198,7 @@ void Well::Serialize(shr::Archive& archive)
     archive.Transfer(top.Y());
     archive.Transfer(top.Z());
     if (archive.IsStoring()) {
-        TransferLogs(archive, m_Logs);
+        TransferItems(archive, m_Logs, "well log");
         TransferPoints(archive, m_Path, 32);
         TransferPoints(archive, m_Trajectory, 24);
         return;
@@ -228,7 +208,7 @@ void Well::Serialize(shr::Archive& archive)
     Logs logs;
     Path path;
     Trajectory trajectory;
-    TransferLogs(archive, logs);
+    TransferItems(archive, logs, "well log");
     TransferPoints(archive, path, 32);
     TransferPoints(archive, trajectory, 24);
     Name(name);

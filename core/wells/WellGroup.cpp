@@ -71,22 +71,12 @@ std::unique_ptr<WellGroup> WellGroup::Clone() const { return std::make_unique<We
 
 void WellGroup::Serialize(shr::Archive& archive)
 {
-    shr::SharedObjectTable table;
-    uint32_t count = static_cast<uint32_t>(m_Wells.size());
-    archive.Transfer(count);
     if (archive.IsStoring()) {
-        for (std::shared_ptr<core::Well> well : m_Wells)
-            archive.Transfer(well, table);
+        TransferItems(archive, m_Wells, "well");
         return;
     }
-    archive.CheckCount(count, 4);
     Wells wells;
-    for (uint32_t i = 0; i < count; ++i) {
-        std::shared_ptr<core::Well> well;
-        archive.Transfer(well, table);
-        if (!wells.Insert(well))
-            archive.ThrowFormatError("the well \"%s\" is stored twice", well->Name().c_str());
-    }
+    TransferItems(archive, wells, "well");
     m_Wells = std::move(wells);
 }
 
