@@ -1,10 +1,9 @@
 #pragma once
-// Files a benchmark writes beside its program for its peer script: raw
-// little-endian arrays, found by the peer in the build's bench folder.
-#include <unistd.h>
-
+// The raw files a benchmark writes beside its program for the peer script to
+// read: little-endian values with no header, in the order given.
 #include <cstdio>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace benchfiles {
@@ -19,7 +18,6 @@ inline std::string OutputFolder()
     return slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
 }
 
-// `values` as raw bytes in the file `name` of that folder.
 template <class T>
 void WriteRaw(const std::string& name, const std::vector<T>& values)
 {
