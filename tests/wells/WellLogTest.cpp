@@ -70,8 +70,6 @@ TEST(WellLogTest, RangesSkipNullsAndNaNs)
     EXPECT_FALSE(gaps.Range(range));
     EXPECT_EQ(range, std::make_pair(-1.0, -1.0));
     EXPECT_EQ(std::distance(gaps.filtered_begin(), gaps.filtered_end()), 1) << "a NaN is not the null value";
-    EXPECT_FALSE(WellLog(LogInit{"empty", kNull}).MDRange(range));
-    EXPECT_EQ(range, std::make_pair(0.0, 0.0));
 }
 
 TEST(WellLogTest, HistogramEdges)
