@@ -220,4 +220,18 @@ private:
     SceneTransform m_Transform;
 };
 
+// Pushes a geometry's separator on construction and pops it when the scope
+// ends, however the drawing ends.
+class VgGeometryScope : private boost::noncopyable {
+public:
+    VgGeometryScope(VgRenderer& renderer, VdGeometry& geometry) : m_Renderer(renderer)
+    {
+        m_Renderer.PushNode(geometry, true);
+    }
+    ~VgGeometryScope() { m_Renderer.popState(); }
+
+private:
+    VgRenderer& m_Renderer;
+};
+
 } // namespace core

@@ -1,5 +1,6 @@
 #include "core/visual/VbCuttingPlane.h"
 
+#include "core/data/VdLattice.h"
 #include "core/graphics/PlanePolygon.h"
 #include "core/graphics/VgPlaneDragger.h"
 #include "core/graphics/VgRenderer.h"
@@ -11,6 +12,7 @@
 #include "core/properties/VbPropertyEvent.h"
 #include "shr/Archive.h"
 #include "shr/Exception.h"
+#include "shr/Mat4d.h"
 
 #include <cfloat>
 #include <cmath>
@@ -141,6 +143,33 @@ std::array<shr::Vec3d, 4> VbCuttingPlane::PlaneCorners(const shr::Box3d& box) co
 std::vector<shr::Vec3d> VbCuttingPlane::Polygon(const shr::Box3d& box) const
 {
     return CentredPlanePolygon(box, m_Normal, m_Offset);
+}
+
+std::vector<shr::Vec3d> VbCuttingPlane::SectionPolygon(const VdLattice& lattice) const
+{
+    const shr::Box3d box = lattice.GetUVWBounds();
+    if (lattice.GetDimensionality() < 3 && !CustomOrientation()) {
+        const std::array<shr::Vec3d, 4> face = PlaneCorners(box);
+        return std::vector<shr::Vec3d>(face.begin(), face.end());
+    }
+    return Polygon(box);
+}
+
+void VbCuttingPlane::Execute(VgRenderer& renderer, const VdLattice& lattice)
+{
+    renderer.UpdateTransform(lattice.GetUVWBounds(), lattice.GetUserTransform());
+    renderer.pushState(VgRenderer::TRANSFORM_SEPARATOR);
+    renderer.multTransform(
+        shr::Mat4d::MakeTranslation(renderer.Transform().XTransform(), renderer.Transform().YTransform(), 0.0));
+    int pushed = 1;
+    if (lattice.HasUserTransform()) {
+        renderer.pushState(VgRenderer::TRANSFORM_SEPARATOR);
+        renderer.multTransform(lattice.GetUserTransform());
+        ++pushed;
+    }
+    Execute(renderer);
+    while (pushed--)
+        renderer.popState();
 }
 
 void VbCuttingPlane::Execute(VgRenderer& renderer)
