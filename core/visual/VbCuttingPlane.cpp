@@ -8,8 +8,12 @@
 #include "core/network/UiProxy.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
+#include "core/properties/VbBoolPropertyConverter.h"
+#include "core/properties/VbDoublePropertyConverter.h"
 #include "core/properties/VbPropList.h"
 #include "core/properties/VbPropertyEvent.h"
+#include "core/properties/VbPropertyRegistry.h"
+#include "core/properties/VbUnsignedPropertyConverter.h"
 #include "shr/Archive.h"
 #include "shr/Exception.h"
 #include "shr/Mat4d.h"
@@ -57,6 +61,26 @@ void AbortRunningPass()
 } // namespace VbCuttingPlanePrivate
 
 using namespace VbCuttingPlanePrivate;
+
+void VbCuttingPlane::RegisterKeys(const char* prefix, int base)
+{
+    const unsigned char kDouble = VbDoublePropertyConverter::Key();
+    const struct {
+        const char* suffix;
+        int row;
+        unsigned char converter;
+    } rows[] = {
+        {"PlaneOrientation", RowOrientation, VbUnsignedPropertyConverter::Key()},
+        {"PlaneXNormal", RowNormalX, kDouble},
+        {"PlaneYNormal", RowNormalY, kDouble},
+        {"PlaneZNormal", RowNormalZ, kDouble},
+        {"PlaneOffset", RowOffset, kDouble},
+        {"PlaneShowDragger", RowShowDragger, VbBoolPropertyConverter::Key()},
+    };
+    for (const auto& row : rows)
+        VbPropertyRegistry::Instance().Set(shr::GString(prefix) + row.suffix, static_cast<unsigned short>(base + row.row),
+                                           row.converter);
+}
 
 VbCuttingPlane::VbCuttingPlane() = default;
 

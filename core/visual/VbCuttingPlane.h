@@ -51,6 +51,15 @@ public:
         RowCount = 7
     };
 
+    // Registers the public keys of a plane whose rows start at `base` in a
+    // module whose keys start with `prefix`: prefix + "PlaneOrientation" and
+    // so on. For a module's static initialisers:
+    //   static const core::VbCuttingPlane::KeyRegistrar s_Plane("Contour", IdPlane);
+    static void RegisterKeys(const char* prefix, int base);
+    struct KeyRegistrar {
+        KeyRegistrar(const char* prefix, int base) { RegisterKeys(prefix, base); }
+    };
+
     VbCuttingPlane();
     ~VbCuttingPlane();
 

@@ -42,16 +42,9 @@ namespace VoContourPrivate {
 const unsigned char kBool = VbBoolPropertyConverter::Key();
 const unsigned char kDouble = VbDoublePropertyConverter::Key();
 const unsigned char kUnsigned = VbUnsignedPropertyConverter::Key();
-const int kPlane = VoContour::IdPlane;
 
 const VbPropertyRegistrar s_Registrars[] = {
     {"ContourComponent", VoContour::IdComponent, kUnsigned},
-    {"ContourPlaneOrientation", kPlane + VbCuttingPlane::RowOrientation, kUnsigned},
-    {"ContourPlaneXNormal", kPlane + VbCuttingPlane::RowNormalX, kDouble},
-    {"ContourPlaneYNormal", kPlane + VbCuttingPlane::RowNormalY, kDouble},
-    {"ContourPlaneZNormal", kPlane + VbCuttingPlane::RowNormalZ, kDouble},
-    {"ContourPlaneOffset", kPlane + VbCuttingPlane::RowOffset, kDouble},
-    {"ContourPlaneShowDragger", kPlane + VbCuttingPlane::RowShowDragger, kBool},
     {"ContourSpacing", VoContour::IdSpacing, kUnsigned},
     {"ContourExplicit", VoContour::IdExplicit, VbStringPropertyConverter::Key()},
     {"ContourMinLevel", VoContour::IdMinLevel, kDouble},
@@ -64,6 +57,7 @@ const VbPropertyRegistrar s_Registrars[] = {
     {"ContourBorderWidth", VoContour::IdBorderWidth, kDouble},
     {"ContourBorderColor", VoContour::IdBorderColor, VbColorPropertyConverter::Key()},
 };
+const VbCuttingPlane::KeyRegistrar s_PlaneKeys("Contour", VoContour::IdPlane);
 const VbLegend::KeyRegistrar s_LegendKeys("Contour", VoContour::IdLegend);
 
 const char* const kPrefix = "Contour";
@@ -275,19 +269,12 @@ void VoContour::UpdatePropertiesImpl(VbPropList& list)
 void VoContour::AddGeneralRows(VbPropList& list)
 {
     const VdLattice* lattice = InputLattice(0);
-    const VoModule* upstream = GetInputConnection(0, 0);
-    list.AddHeader(Id(), IdGeneral, NameAndId(), "General", "", "");
-    list.Indent();
-    list.AddStatic(Id(), IdInput, "Input", "The input this module is connected to.",
-                   upstream ? upstream->Name().c_str() : "Nothing");
+    AddInputRows(list);
     list.AddStatic(Id(), IdDataLimits, "Input data limits", "The limits of the selected input component data.",
                    "Not available");
     list.ReadOnly(IdDataLimits, true);
     UpdateInputDataLimits(list);
-    if (lattice && lattice->ComponentCount() > 1)
-        list.AddUnsigned(Id(), "ContourComponent", IdComponent, "Input component",
-                         "The component of the input lattice to contour.", m_InputComponent, ValCheckMinMax, 1,
-                         lattice->ComponentCount(), 1);
+    AddComponentRow(list, "ContourComponent", IdComponent, "The component of the input lattice to contour.");
     m_Plane.GetProperties(list, kPrefix, IdPlane, lattice && lattice->GetDimensionality() < 3);
     list.Outdent();
 }
@@ -373,9 +360,7 @@ void VoContour::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
     const int id = event.Id();
     switch (id) {
     case IdComponent: {
-        unsigned int component = m_InputComponent;
-        list.GetValue(id, component);
-        InputComponentSafe(component);
+        ReadInputComponent(list, id);
         UpdateData();
         UpdateInputDataLimits(list);
         UpdateSpacingOptions(list);
@@ -422,11 +407,8 @@ void VoContour::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
         list.GetValue(id, m_BorderColor);
         break;
     default:
-        if (m_Plane.PropertyEvent(list, event, IdPlane))
-            break;
-        if (id < IdLegend || id >= IdLegend + VbLegend::RowCount)
+        if (!m_Plane.PropertyEvent(list, event, IdPlane) && !LegendEvent(list, event, IdLegend))
             return;
-        m_Legend.PropertyEvent(Id(), list, event, IdLegend);
         break;
     }
     SetModified();
@@ -477,9 +459,7 @@ void VoContour::Serialize(shr::Archive& archive)
             archive.ThrowFormatError("contour level method %u is not one of 0 to 3", method);
         if (numLevels < 0 || numLevels > kMaxNumLevels)
             archive.ThrowFormatError("%d contour levels, where 0 to %d are allowed", numLevels, kMaxNumLevels);
-        m_ColorMap = colorMap;
-        legend.SetColorMap(&m_ColorMap);
-        m_Legend = legend;
+        TakeColorMapAndLegend(colorMap, legend);
         InputComponentSafe(component);
         m_ShowBorder = showBorder;
         m_BorderWidth = borderWidth;

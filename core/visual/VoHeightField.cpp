@@ -371,15 +371,8 @@ VoModule::ModuleStatus VoHeightField::ExecuteImpl(std::shared_ptr<VgRenderer> re
 void VoHeightField::UpdatePropertiesImpl(VbPropList& list)
 {
     const VdLattice* lattice = InputLattice(0);
-    const VoModule* upstream = GetInputConnection(0, 0);
-    list.AddHeader(Id(), IdGeneral, NameAndId(), "General", "", "");
-    list.Indent();
-    list.AddStatic(Id(), IdInput, "Input", "The input this module is connected to.",
-                   upstream ? upstream->Name().c_str() : "Nothing");
-    if (lattice && lattice->ComponentCount() > 1)
-        list.AddUnsigned(Id(), "HeightFieldComponent", IdComponent, "Input component",
-                         "The component that gives the heights.", m_InputComponent, ValCheckMinMax, 1,
-                         lattice->ComponentCount(), 1);
+    AddInputRows(list);
+    AddComponentRow(list, "HeightFieldComponent", IdComponent, "The component that gives the heights.");
     if (lattice && lattice->GetDimensionality() == 3)
         list.AddCombo(Id(), "HeightFieldOrientation", IdOrientation, "Orientation",
                       "The orientation of the plane containing the HeightField.", m_Orientation, 3,
@@ -431,13 +424,10 @@ void VoHeightField::PropertyEvent(VbPropList& list, const VbPropertyEvent& event
 {
     const int id = event.Id();
     switch (id) {
-    case IdComponent: {
-        unsigned int component = m_InputComponent;
-        list.GetValue(id, component);
-        InputComponentSafe(component);
+    case IdComponent:
+        ReadInputComponent(list, id);
         UpdateColorMapProperties(&list);
         break;
-    }
     case IdOrientation:
         list.GetValue(id, m_Orientation);
         m_Orientation = std::min<uint32_t>(m_Orientation, OrientYZ);
@@ -465,9 +455,8 @@ void VoHeightField::PropertyEvent(VbPropList& list, const VbPropertyEvent& event
     case IdOverlayModulation: list.GetValue(id, m_Modulation); break;
     case IdOverlayQuality: list.GetValue(id, m_OverlayQuality); break;
     default:
-        if (id < IdLegend || id >= IdLegend + VbLegend::RowCount)
+        if (!LegendEvent(list, event, IdLegend))
             return;
-        m_Legend.PropertyEvent(Id(), list, event, IdLegend);
         break;
     }
     SetModified();
@@ -526,9 +515,7 @@ void VoHeightField::Serialize(shr::Archive& archive)
     m_OverlayFit = fit;
     m_Modulation = modulation;
     m_OverlayQuality = quality;
-    m_ColorMap = colorMap;
-    legend.SetColorMap(&m_ColorMap);
-    m_Legend = legend;
+    TakeColorMapAndLegend(colorMap, legend);
 }
 
 } // namespace core

@@ -36,17 +36,10 @@ namespace VoObliqueSlicePrivate {
 const unsigned char kBool = VbBoolPropertyConverter::Key();
 const unsigned char kDouble = VbDoublePropertyConverter::Key();
 const unsigned char kUnsigned = VbUnsignedPropertyConverter::Key();
-const int kPlane = VoObliqueSlice::IdPlane;
 const int kMapping = VoObliqueSlice::IdMapping;
 
 const VbPropertyRegistrar s_Registrars[] = {
     {"ObliqueSliceComponent", VoObliqueSlice::IdComponent, kUnsigned},
-    {"ObliqueSlicePlaneOrientation", kPlane + VbCuttingPlane::RowOrientation, kUnsigned},
-    {"ObliqueSlicePlaneXNormal", kPlane + VbCuttingPlane::RowNormalX, kDouble},
-    {"ObliqueSlicePlaneYNormal", kPlane + VbCuttingPlane::RowNormalY, kDouble},
-    {"ObliqueSlicePlaneZNormal", kPlane + VbCuttingPlane::RowNormalZ, kDouble},
-    {"ObliqueSlicePlaneOffset", kPlane + VbCuttingPlane::RowOffset, kDouble},
-    {"ObliqueSlicePlaneShowDragger", kPlane + VbCuttingPlane::RowShowDragger, kBool},
     {"ObliqueSliceResolution", VoObliqueSlice::IdResolution, kUnsigned},
     {"ObliqueSliceInterp", VoObliqueSlice::IdInterp, kBool},
     {"ObliqueSliceLighting", VoObliqueSlice::IdLighting, kBool},
@@ -56,6 +49,7 @@ const VbPropertyRegistrar s_Registrars[] = {
     {"ObliqueSliceMapCenter", kMapping + SliceMapping::RowCentre, kDouble},
     {"ObliqueSliceColormap", kMapping + SliceMapping::RowColorMap, VbColorMapPropertyConverter::Key()},
 };
+const VbCuttingPlane::KeyRegistrar s_PlaneKeys("ObliqueSlice", VoObliqueSlice::IdPlane);
 
 const char* const kPrefix = "ObliqueSlice";
 const int kTextureSizes[4] = {128, 256, 512, 1024};
