@@ -25,6 +25,74 @@ inline shr::Vec3d Crossing(const VbTriangulateLattice2D& t, uint32_t a, uint32_t
     return t.vertices[a] + (t.vertices[b] - t.vertices[a]) * fraction;
 }
 
+// The segments of the triangles of one block, two end points each, in the
+// order the crossing code gives them.
+void BlockSegments(double level, const VbTriangulateLattice2D& t, size_t block, std::vector<shr::Vec3d>& points)
+{
+    constexpr float kInvalid = VbTriangulateLattice2D::kInvalid;
+    const size_t end = std::min(t.triangles.size(), (block + 1) * VbTriangulateLattice2D::kBlockSize);
+    for (size_t n = block * VbTriangulateLattice2D::kBlockSize; n < end; ++n) {
+        const uint32_t a = t.triangles[n][0], b = t.triangles[n][1], c = t.triangles[n][2];
+        const float va = t.values[a], vb = t.values[b], vc = t.values[c];
+        if (va == kInvalid || vb == kInvalid || vc == kInvalid)
+            continue;
+        switch ((level > va ? 1u : 0u) + (level > vb ? 2u : 0u) + (level > vc ? 4u : 0u)) {
+        case 1:
+        case 6:
+            points.push_back(Crossing(t, a, b, level));
+            points.push_back(Crossing(t, c, a, level));
+            break;
+        case 2:
+        case 5:
+            points.push_back(Crossing(t, b, c, level));
+            points.push_back(Crossing(t, a, b, level));
+            break;
+        case 3:
+        case 4:
+            points.push_back(Crossing(t, c, a, level));
+            points.push_back(Crossing(t, b, c, level));
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+// The blocks whose value range holds `level`, in order.
+void CrossingBlocks(double level, const VbTriangulateLattice2D& t, std::vector<size_t>& blocks)
+{
+    constexpr size_t kGroup = VbTriangulateLattice2D::kGroupBlocks;
+    for (size_t group = 0; group < t.GroupCount(); ++group) {
+        if (!t.GroupMayCross(group, level))
+            continue;
+        const size_t end = std::min(t.BlockCount(), (group + 1) * kGroup);
+        for (size_t block = group * kGroup; block < end; ++block)
+            if (t.BlockMayCross(block, level))
+                blocks.push_back(block);
+    }
+}
+
+void PrefetchTriangles(const VbTriangulateLattice2D& t, size_t block)
+{
+    const char* first = reinterpret_cast<const char*>(t.triangles.data() + block * VbTriangulateLattice2D::kBlockSize);
+    for (size_t byte = 0; byte < VbTriangulateLattice2D::kBlockSize * sizeof(VbTriangulateLattice2D::Triangle);
+         byte += 64)
+        __builtin_prefetch(first + byte);
+}
+
+// The vertices and values of a block's first triangle and a few after them:
+// the triangles of a block lie close together.
+void PrefetchNodes(const VbTriangulateLattice2D& t, size_t block)
+{
+    const VbTriangulateLattice2D::Triangle& first = t.triangles[block * VbTriangulateLattice2D::kBlockSize];
+    for (const uint32_t node : {first[0], first[1]}) {
+        __builtin_prefetch(t.values.data() + node);
+        const char* vertex = reinterpret_cast<const char*>(t.vertices.data() + node);
+        for (size_t byte = 0; byte < 4 * 64; byte += 64)
+            __builtin_prefetch(vertex + byte);
+    }
+}
+
 } // namespace ContourGeneratorPrivate
 
 using namespace ContourGeneratorPrivate;
@@ -39,41 +107,17 @@ void ContourGenerator::Segments(double level, const VbTriangulateLattice2D& tria
                                 std::vector<shr::Vec3d>& points)
 {
     points.clear();
-    const std::vector<float>& v = triangulation.values;
-    const size_t blocks = triangulation.BlockBounds().size();
-    const size_t triangleCount = triangulation.triangles.size();
-    for (size_t block = 0; block < blocks; ++block) {
-        if (!triangulation.BlockMayCross(block, level))
-            continue;
-        const size_t end = std::min(triangleCount, (block + 1) * VbTriangulateLattice2D::kBlockSize);
-        for (size_t n = block * VbTriangulateLattice2D::kBlockSize; n < end; ++n) {
-            const uint32_t a = triangulation.triangles[n][0], b = triangulation.triangles[n][1],
-                           c = triangulation.triangles[n][2];
-            const float va = v[a], vb = v[b], vc = v[c];
-            if (va == VbTriangulateLattice2D::kInvalid || vb == VbTriangulateLattice2D::kInvalid ||
-                vc == VbTriangulateLattice2D::kInvalid)
-                continue;
-            const unsigned int code = (level > va ? 1u : 0u) + (level > vb ? 2u : 0u) + (level > vc ? 4u : 0u);
-            switch (code) {
-            case 1:
-            case 6:
-                points.push_back(Crossing(triangulation, a, b, level));
-                points.push_back(Crossing(triangulation, c, a, level));
-                break;
-            case 2:
-            case 5:
-                points.push_back(Crossing(triangulation, b, c, level));
-                points.push_back(Crossing(triangulation, a, b, level));
-                break;
-            case 3:
-            case 4:
-                points.push_back(Crossing(triangulation, c, a, level));
-                points.push_back(Crossing(triangulation, b, c, level));
-                break;
-            default:
-                break;
-            }
-        }
+    std::vector<size_t> blocks;
+    CrossingBlocks(level, triangulation, blocks);
+    // The blocks lie far apart: their memory is asked for some blocks ahead,
+    // the triangles first and then the vertices and values they name.
+    constexpr size_t kTrianglesAhead = 16, kNodesAhead = 8;
+    for (size_t k = 0; k < blocks.size(); ++k) {
+        if (k + kTrianglesAhead < blocks.size())
+            PrefetchTriangles(triangulation, blocks[k + kTrianglesAhead]);
+        if (k + kNodesAhead < blocks.size())
+            PrefetchNodes(triangulation, blocks[k + kNodesAhead]);
+        BlockSegments(level, triangulation, blocks[k], points);
     }
 }
 

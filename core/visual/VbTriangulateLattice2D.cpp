@@ -165,27 +165,53 @@ private:
 
 using namespace VbTriangulateLattice2DPrivate;
 
+VbTriangulateLattice2D::VbTriangulateLattice2D(const VdLattice& lattice, Storage* storage)
+    : m_Lattice(&lattice), m_Storage(storage)
+{
+    if (!storage)
+        return;
+    vertices.swap(storage->vertices);
+    triangles.swap(storage->triangles);
+    values.swap(storage->values);
+    m_Blocks.swap(storage->blocks);
+    m_Groups.swap(storage->groups);
+}
+
+VbTriangulateLattice2D::~VbTriangulateLattice2D()
+{
+    if (!m_Storage)
+        return;
+    vertices.swap(m_Storage->vertices);
+    triangles.swap(m_Storage->triangles);
+    values.swap(m_Storage->values);
+    m_Blocks.swap(m_Storage->blocks);
+    m_Groups.swap(m_Storage->groups);
+}
+
 void VbTriangulateLattice2D::Clear()
 {
     vertices.clear();
     triangles.clear();
     values.clear();
     m_Blocks.clear();
+    m_Groups.clear();
 }
 
 bool VbTriangulateLattice2D::TriangulateMesh(unsigned int component, VbProgress* progress)
 {
-    Clear();
     const unsigned int* dims = m_Lattice->GetDims();
     // The axis along a row and the axis from row to row; the third is flat.
     const int along = dims[2] == 1 || dims[1] == 1 ? 0 : 1;
     const int across = dims[2] == 1 ? 1 : 2;
     const size_t width = dims[along], rows = dims[across];
     if (width * rows != m_Lattice->VertexCount() || width == 0 || rows == 0 ||
-        component >= m_Lattice->ComponentCount())
+        component >= m_Lattice->ComponentCount()) {
+        Clear();
         return true;
+    }
     const NodePositions positions(*m_Lattice, false);
     const size_t cellsPerRow = width - 1;
+    // Sizes as they were from the last use of the memory cost nothing here.
     vertices.resize(width * rows);
     values.resize(width * rows);
     triangles.resize(2 * cellsPerRow * (rows - 1));
@@ -193,9 +219,17 @@ bool VbTriangulateLattice2D::TriangulateMesh(unsigned int component, VbProgress*
         unsigned int ijk[3] = {0, 0, 0};
         ijk[across] = static_cast<unsigned int>(r);
         const size_t first = r * width;
-        for (size_t c = 0; c < width; ++c) {
-            ijk[along] = static_cast<unsigned int>(c);
-            vertices[first + c] = positions(ijk[0], ijk[1], ijk[2]);
+        if (positions.AxisAligned()) {
+            shr::Vec3d p(positions.Axis(0, ijk[0]), positions.Axis(1, ijk[1]), positions.Axis(2, ijk[2]));
+            for (size_t c = 0; c < width; ++c) {
+                p[along] = positions.Axis(along, static_cast<unsigned int>(c));
+                vertices[first + c] = p;
+            }
+        } else {
+            for (size_t c = 0; c < width; ++c) {
+                ijk[along] = static_cast<unsigned int>(c);
+                vertices[first + c] = positions(ijk[0], ijk[1], ijk[2]);
+            }
         }
         ReadValues(*m_Lattice, component, first, width, values.data() + first);
         if (r + 1 == rows)
@@ -207,6 +241,11 @@ bool VbTriangulateLattice2D::TriangulateMesh(unsigned int component, VbProgress*
             *cell++ = {v + 1, v + w, v + w + 1};
         }
     };
+    ResizeBounds();
+    // The bounds of the blocks a band has completed are taken while the
+    // band's triangles and values are still in the cache. The cells of the
+    // band's last row wait for the next band's first row of values.
+    size_t boundsDone = 0;
     for (size_t band = 0; band < rows; band += kRowsPerBand) {
         if (progress && !progress->Update(band, rows)) {
             Clear();
@@ -214,8 +253,11 @@ bool VbTriangulateLattice2D::TriangulateMesh(unsigned int component, VbProgress*
         }
         const size_t end = std::min(rows, band + kRowsPerBand);
         ParallelFor(end - band, 1, [&](size_t r) { fillRow(band + r); });
+        const size_t complete = end == rows ? m_Blocks.size() : 2 * cellsPerRow * (end - 1) / kBlockSize;
+        ComputeBlockBounds(boundsDone, complete, width);
+        boundsDone = complete;
     }
-    ComputeBlockBounds();
+    ComputeGroupBounds();
     return true;
 }
 
@@ -230,32 +272,80 @@ bool VbTriangulateLattice2D::TriangulatePlane(const shr::Vec3d& normal, double d
         Clear();
         return false;
     }
-    ComputeBlockBounds();
+    ResizeBounds();
+    ComputeBlockBounds(0, m_Blocks.size(), 0);
+    ComputeGroupBounds();
     return true;
 }
 
-void VbTriangulateLattice2D::ComputeBlockBounds()
+void VbTriangulateLattice2D::ResizeBounds()
+{
+    m_Blocks.resize((triangles.size() + kBlockSize - 1) / kBlockSize);
+    m_Groups.resize((m_Blocks.size() + kGroupBlocks - 1) / kGroupBlocks);
+}
+
+VbTriangulateLattice2D::Bounds VbTriangulateLattice2D::TriangleBounds(size_t block) const
 {
     constexpr float inf = std::numeric_limits<float>::infinity();
-    m_Blocks.assign((triangles.size() + kBlockSize - 1) / kBlockSize, Bounds{inf, -inf});
-    ParallelFor(m_Blocks.size(), 256, [this](size_t b) {
-        Bounds bounds{inf, -inf};
-        const size_t end = std::min(triangles.size(), (b + 1) * kBlockSize);
-        for (size_t t = b * kBlockSize; t < end; ++t) {
-            const float corner[3] = {values[triangles[t][0]], values[triangles[t][1]], values[triangles[t][2]]};
-            if (corner[0] == kInvalid || corner[1] == kInvalid || corner[2] == kInvalid)
-                continue;
-            for (const float v : corner) {
-                if (std::isnan(v)) {
-                    m_Blocks[b] = Bounds{-inf, inf};
-                    return;
-                }
-                bounds.min = std::min(bounds.min, v);
-                bounds.max = std::max(bounds.max, v);
-            }
+    Bounds bounds{inf, -inf};
+    const size_t last = std::min(triangles.size(), (block + 1) * kBlockSize);
+    for (size_t t = block * kBlockSize; t < last; ++t) {
+        const float corner[3] = {values[triangles[t][0]], values[triangles[t][1]], values[triangles[t][2]]};
+        if (corner[0] == kInvalid || corner[1] == kInvalid || corner[2] == kInvalid)
+            continue;
+        for (const float v : corner) {
+            if (std::isnan(v))
+                return Bounds{-inf, inf};
+            bounds.min = std::min(bounds.min, v);
+            bounds.max = std::max(bounds.max, v);
         }
-        m_Blocks[b] = bounds;
+    }
+    return bounds;
+}
+
+bool VbTriangulateLattice2D::MeshBounds(size_t block, size_t width, Bounds& bounds) const
+{
+    // Two triangles a cell, so a block is kBlockSize / 2 whole cells.
+    const size_t cellsPerRow = width - 1, firstCell = block * kBlockSize / 2;
+    const size_t column = firstCell % cellsPerRow;
+    const size_t cells = std::min(kBlockSize / 2, triangles.size() / 2 - firstCell);
+    if (column + cells > cellsPerRow)
+        return false;
+    const float* low = values.data() + firstCell / cellsPerRow * width + column;
+    const float* high = low + width;
+    float least = low[0], greatest = low[0];
+    bool plain = true;
+    for (size_t n = 0; n <= cells; ++n)
+        for (const float v : {low[n], high[n]}) {
+            plain = plain && v != kInvalid && !std::isnan(v);
+            least = std::min(least, v);
+            greatest = std::max(greatest, v);
+        }
+    bounds = Bounds{least, greatest};
+    return plain;
+}
+
+void VbTriangulateLattice2D::ComputeBlockBounds(size_t first, size_t end, size_t meshWidth)
+{
+    ParallelFor(end - first, 1024, [this, first, meshWidth](size_t offset) {
+        const size_t b = first + offset;
+        if (meshWidth < 2 || !MeshBounds(b, meshWidth, m_Blocks[b]))
+            m_Blocks[b] = TriangleBounds(b);
     });
+}
+
+void VbTriangulateLattice2D::ComputeGroupBounds()
+{
+    constexpr float inf = std::numeric_limits<float>::infinity();
+    for (size_t g = 0; g < m_Groups.size(); ++g) {
+        Bounds bounds{inf, -inf};
+        const size_t end = std::min(m_Blocks.size(), (g + 1) * kGroupBlocks);
+        for (size_t b = g * kGroupBlocks; b < end; ++b) {
+            bounds.min = std::min(bounds.min, m_Blocks[b].min);
+            bounds.max = std::max(bounds.max, m_Blocks[b].max);
+        }
+        m_Groups[g] = bounds;
+    }
 }
 
 } // namespace core

@@ -13,8 +13,13 @@
 // a cut on an edge with a blank end.
 //
 // For the tracing of many levels the triangles are grouped in blocks of
-// kBlockSize, in order, and each block keeps the range of its values, so that
-// a level can pass over the blocks it cannot cross.
+// kBlockSize, in order, and the blocks in groups of kGroupBlocks; each keeps
+// the range of its values, so that a level passes over the groups and blocks
+// it cannot cross.
+//
+// An owner that triangulates again and again (the contour module, at each
+// execution) lends the triangulation its Storage, so that the large vectors
+// keep their memory from one execution to the next.
 #include "shr/Vec3.h"
 
 #include <array>
@@ -32,7 +37,8 @@ public:
     using Triangle = std::array<uint32_t, 3>;
     // The largest float.
     static constexpr float kInvalid = 3.4028235e38f;
-    static constexpr size_t kBlockSize = 64;
+    static constexpr size_t kBlockSize = 16;
+    static constexpr size_t kGroupBlocks = 64;
 
     // The least and greatest corner value of the valid triangles of a block;
     // (-inf, +inf) when one of them is NaN, (+inf, -inf) when none is valid.
@@ -40,7 +46,20 @@ public:
         float min, max;
     };
 
-    explicit VbTriangulateLattice2D(const VdLattice& lattice) : m_Lattice(&lattice) {}
+    // The memory of a triangulation between two uses.
+    struct Storage {
+        std::vector<shr::Vec3d> vertices;
+        std::vector<Triangle> triangles;
+        std::vector<float> values;
+        std::vector<Bounds> blocks, groups;
+    };
+
+    // With `storage`, the triangulation works in its memory and hands it
+    // back when it is destroyed.
+    explicit VbTriangulateLattice2D(const VdLattice& lattice, Storage* storage = nullptr);
+    ~VbTriangulateLattice2D();
+    VbTriangulateLattice2D(const VbTriangulateLattice2D&) = delete;
+    VbTriangulateLattice2D& operator=(const VbTriangulateLattice2D&) = delete;
 
     const VdLattice& Lattice() const { return *m_Lattice; }
 
@@ -55,13 +74,12 @@ public:
     // 0.0 > its signed distance. False when `progress` asked to stop.
     bool TriangulatePlane(const shr::Vec3d& normal, double distance, unsigned int component, VbProgress* progress);
 
-    const std::vector<Bounds>& BlockBounds() const { return m_Blocks; }
-    // Whether some triangle of block `block` may have one corner below `level`
-    // and another not.
-    bool BlockMayCross(size_t block, double level) const
-    {
-        return level > m_Blocks[block].min && !(level > m_Blocks[block].max);
-    }
+    size_t BlockCount() const { return m_Blocks.size(); }
+    size_t GroupCount() const { return m_Groups.size(); }
+    // Whether some triangle of a block, or of a group of blocks, may have one
+    // corner below `level` and another not.
+    bool BlockMayCross(size_t block, double level) const { return MayCross(m_Blocks[block], level); }
+    bool GroupMayCross(size_t group, double level) const { return MayCross(m_Groups[group], level); }
     // Empties the triangulation.
     void Clear();
 
@@ -70,10 +88,22 @@ public:
     std::vector<float> values;
 
 private:
-    void ComputeBlockBounds();
+    static bool MayCross(const Bounds& bounds, double level) { return level > bounds.min && !(level > bounds.max); }
+    void ResizeBounds();
+    // The bounds of blocks first to end - 1, whose triangles are complete;
+    // `meshWidth`, for a mesh, its row width, else 0.
+    void ComputeBlockBounds(size_t first, size_t end, size_t meshWidth);
+    // A block's bounds from its triangles.
+    Bounds TriangleBounds(size_t block) const;
+    // The same straight from the mesh's rows of values, for a block within
+    // one row of cells whose corners are all valid numbers; false otherwise.
+    bool MeshBounds(size_t block, size_t width, Bounds& bounds) const;
+    void ComputeGroupBounds();
 
     const VdLattice* m_Lattice;
+    Storage* m_Storage;
     std::vector<Bounds> m_Blocks;
+    std::vector<Bounds> m_Groups;
 };
 
 } // namespace core

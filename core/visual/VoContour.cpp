@@ -243,7 +243,7 @@ VoModule::ModuleStatus VoContour::ExecuteImpl(std::shared_ptr<VgRenderer> render
         return ModuleOk;
     if (m_ShowBorder)
         CalcBorder(*lattice, *renderer);
-    VbTriangulateLattice2D triangulation(*lattice);
+    VbTriangulateLattice2D triangulation(*lattice, &m_Workspace);
     if (!Triangulate(m_Plane, InputComponentSafe(), triangulation))
         return ModuleAborted;
     renderer->setLineWidth(m_LineWidth);

@@ -11,7 +11,12 @@
 // a band in from either end; "Min, max, count" and "Min, max, interval" work
 // between the minimum and maximum level; "Explicit" takes a typed list, in
 // the order written (duplicates draw twice).
+//
+// The module keeps the memory of its triangulation between executions, so
+// that a change of levels or colours on a large lattice does not pay for it
+// again.
 #include "core/visual/VbCuttingPlane.h"
+#include "core/visual/VbTriangulateLattice2D.h"
 #include "core/visual/VoLatticeModule.h"
 #include "shr/Color4b.h"
 #include "shr/GString.h"
@@ -20,8 +25,6 @@
 #include <vector>
 
 namespace core {
-
-class VbTriangulateLattice2D;
 
 class VoContour : public VoLatticeModule {
     SHR_DECLARE_CREATABLE_TYPE(VoContour)
@@ -121,6 +124,8 @@ private:
     double m_MaxLevel = 1.0;
     double m_Interval = 0.2;
     shr::GString m_ExplicitLevels;
+    // The triangulation's memory, kept for the next execution.
+    VbTriangulateLattice2D::Storage m_Workspace;
 };
 
 } // namespace core
