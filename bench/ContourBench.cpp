@@ -14,6 +14,7 @@
 // distinct vertices, and the distinct vertices that lie on lattice edges (the
 // points of contouring the image's squares), exact and narrowed to float. The height field's heights and normals
 // are written for the peer to compare.
+#include "BenchFiles.h"
 #include "core/data/VdGeometry.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/network/VoNetwork.h"
@@ -40,30 +41,12 @@
 
 namespace {
 
+using benchfiles::WriteRaw;
 using core::VoNetwork;
 
 constexpr int kLevels = 20;
 constexpr int kHills = 48;
 constexpr double kHeightScale = 0.25;
-
-std::string OutputFolder()
-{
-    char path[4096];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
-    std::string exe(path, length > 0 ? static_cast<size_t>(length) : 0);
-    const size_t slash = exe.rfind('/');
-    return slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
-}
-
-template <class T>
-void WriteRaw(const std::string& name, const std::vector<T>& values)
-{
-    const std::string path = OutputFolder() + "/" + name;
-    if (FILE* file = std::fopen(path.c_str(), "wb")) {
-        std::fwrite(values.data(), sizeof(T), values.size(), file);
-        std::fclose(file);
-    }
-}
 
 // Hills of widths n/60 to n/6, each separable into a row and a column factor.
 std::vector<float> Terrain(unsigned int n)

@@ -141,6 +141,15 @@ const VdUniformLattice* VoHeightField::InputOverlay() const
     return static_cast<const VdUniformLattice*>(GetInputData(1, VdUniformLattice::GetClassTypeId()));
 }
 
+bool VoHeightField::CompatibleImpl(int input, const VoModule& source, int output, bool useData) const
+{
+    const VbPort* port = output >= 0 ? source.GetOutput(static_cast<size_t>(output)) : nullptr;
+    if (!port)
+        return false;
+    const auto* image = dynamic_cast<const VdUniformLattice*>(port->Data());
+    return input != 1 || !useData || !image || (image->GetDims()[2] == 1 && IsRGBA(*image));
+}
+
 unsigned int VoHeightField::GetSliceCount(const VdLattice* lattice, unsigned int orientation)
 {
     if (!lattice || orientation > OrientYZ)

@@ -94,6 +94,9 @@ public:
 
 private:
     ModuleStatus ExecuteImpl(std::shared_ptr<VgRenderer> renderer) override;
+    // An output that exists; with `useData`, the overlay input takes only a
+    // 2-D RGBA image (or an output whose data is yet to come).
+    bool CompatibleImpl(int input, const VoModule& source, int output, bool useData) const override;
     void UpdatePropertiesImpl(VbPropList& list) override;
 
     const VdUniformLattice* InputOverlay() const;

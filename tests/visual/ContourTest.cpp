@@ -1,9 +1,8 @@
 // Contours: segments and chains on small fields worked out by hand, closed
 // lines round a peak, the levels of each method, the module in a network on
-// flat and 3-D lattices, and its stored form.
+// a 3-D lattice, and its stored form.
 #include "IsoSurfaceTestSupport.h"
-#include "NetworkFixture.h"
-#include "OldDocument.h"
+#include "ModuleTestSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/data/VdRectilinearLattice.h"
@@ -30,12 +29,6 @@ using core::VoModule;
 using shr::Vec3d;
 
 namespace {
-
-// A flat lattice of unit spacing holding `values` row by row.
-core::VdUniformLattice* Flat(unsigned int nx, unsigned int ny, const std::vector<float>& values)
-{
-    return isotest::NodeLattice(nx, ny, 1, [&](unsigned i, unsigned j, unsigned) { return values[j * nx + i]; });
-}
 
 struct Traced {
     size_t segments = 0;
@@ -97,7 +90,8 @@ TEST(ContourTrace, SegmentsAndChainsOnFieldsWorkedOutByHand)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        std::unique_ptr<core::VdUniformLattice> lattice(Flat(c.nx, c.ny, c.values));
+        std::unique_ptr<core::VdUniformLattice> lattice(
+            isotest::NodeLattice(c.nx, c.ny, 1, [&](unsigned i, unsigned j, unsigned) { return c.values[j * c.nx + i]; }));
         for (const unsigned int node : c.blanks)
             lattice->SetBlank(node, 0);
         const Traced traced = TraceMesh(*lattice, c.level);
@@ -131,15 +125,16 @@ TEST(ContourTrace, LinesRoundAPeakClose)
     }
 }
 
-class ContourModuleTest : public testsupport::NetworkFixture {
+class ContourModuleTest : public visualtest::UnshiftedSceneFixture {
 protected:
     // The line sets under the module's output, with the base colour that
     // comes right before each, in drawing order.
     struct Strips {
-        shr::Color4b color;
+        SbColor color;
         std::vector<int> counts;
         std::vector<Vec3d> vertices;
     };
+    static SbColor Rgb(const shr::Color4b& c) { return SbColor(c.r / 255.0f, c.g / 255.0f, c.b / 255.0f); }
     static std::vector<Strips> LineSets(VoModule& module)
     {
         SoSearchAction search;
@@ -150,16 +145,13 @@ protected:
         const SoPathList& paths = search.getPaths();
         for (int p = 0; p < paths.getLength(); ++p) {
             const SoPath* path = paths[p];
-            auto* group = static_cast<SoGroup*>(path->getNodeFromTail(1));
             const int at = path->getIndexFromTail(0);
             auto* lines = static_cast<SoLineSet*>(path->getTail());
             Strips strips;
-            if (at > 0 && group->getChild(at - 1)->isOfType(SoBaseColor::getClassTypeId())) {
-                const SbColor c = static_cast<SoBaseColor*>(group->getChild(at - 1))->rgb[0];
-                strips.color = shr::Color4b(static_cast<unsigned char>(std::lround(c[0] * 255)),
-                                            static_cast<unsigned char>(std::lround(c[1] * 255)),
-                                            static_cast<unsigned char>(std::lround(c[2] * 255)));
-            }
+            if (auto* color = at > 0 ? dynamic_cast<SoBaseColor*>(
+                                           static_cast<SoGroup*>(path->getNodeFromTail(1))->getChild(at - 1))
+                                     : nullptr)
+                strips.color = color->rgb[0];
             for (int n = 0; n < lines->numVertices.getNum(); ++n)
                 strips.counts.push_back(lines->numVertices[n]);
             const auto* property = static_cast<SoVertexProperty*>(lines->vertexProperty.getValue());
@@ -169,14 +161,6 @@ protected:
         }
         return found;
     }
-
-    void SetUp() override
-    {
-        NetworkFixture::SetUp();
-        network().SetTransformOnlyUseIfYouAreAUnitTest(core::SceneTransform(0, 0, true));
-    }
-
-    testsupport::ErrorProxy proxy;
 };
 
 TEST_F(ContourModuleTest, LevelsOfEachMethod)
@@ -214,58 +198,11 @@ TEST_F(ContourModuleTest, LevelsOfEachMethod)
         for (size_t l = 0; l < levels.size(); ++l)
             EXPECT_NEAR(levels[l], c.levels[l], 1e-12) << l;
     }
-    // Only the rows that the method uses show.
-    const struct {
-        const char* method;
-        bool explicitRow, minimum, interval, count;
-    } shown[] = {{"0", false, false, false, true}, {"1", false, true, false, true},
-                 {"2", false, true, true, false}, {"3", true, false, false, false}};
-    for (const auto& s : shown) {
-        Edit(module, {{VoContour::IdSpacing, s.method}});
-        EXPECT_EQ(list.Visible(VoContour::IdExplicit), s.explicitRow) << s.method;
-        EXPECT_EQ(list.Visible(VoContour::IdMinLevel), s.minimum) << s.method;
-        EXPECT_EQ(list.Visible(VoContour::IdMaxLevel), s.minimum) << s.method;
-        EXPECT_EQ(list.Visible(VoContour::IdInterval), s.interval) << s.method;
-        EXPECT_EQ(list.Visible(VoContour::IdNumLevels), s.count) << s.method;
-    }
-    Edit(module, {{VoContour::IdBorderShow, "0"}});
-    EXPECT_FALSE(list.Enabled(VoContour::IdBorderWidth));
-    EXPECT_FALSE(list.Enabled(VoContour::IdBorderColor));
 }
 
-// A flat peak: the border, then one closed line per level in the colour the
-// map gives that level.
-TEST_F(ContourModuleTest, FlatLatticeDrawsTheBorderAndOneClosedLinePerLevel)
-{
-    const auto peak = [](unsigned i, unsigned j, unsigned) {
-        return std::exp(-((i - 10.0) * (i - 10.0) + (j - 10.0) * (j - 10.0)) / 30.0);
-    };
-    VoContour* module = Feed(isotest::NodeLattice(21, 21, 1, peak), new VoContour);
-    module->Method(VoContour::Explicit);
-    module->ExplicitLevels("0.25 0.5 0.75");
-    module->BorderColor(shr::Color4b(0, 0, 255));
-    module->SetModified();
-    RunPass();
-    ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
-    const std::vector<Strips> sets = LineSets(*module);
-    ASSERT_EQ(sets.size(), 4u);
-    EXPECT_EQ(sets[0].color, shr::Color4b(0, 0, 255));
-    EXPECT_EQ(sets[0].counts, std::vector<int>{5});
-    std::vector<shr::Color4b> expected, seen;
-    for (const double level : {0.25, 0.5, 0.75})
-        expected.push_back(module->GetColorMap().PosToColor(module->GetColorMap().DatToPos(level)));
-    for (size_t s = 1; s < sets.size(); ++s) {
-        ASSERT_EQ(sets[s].counts.size(), 1u);
-        EXPECT_EQ(sets[s].vertices.front(), sets[s].vertices.back());
-        seen.push_back(sets[s].color);
-        EXPECT_NE(std::find(expected.begin(), expected.end(), sets[s].color), expected.end());
-    }
-    EXPECT_NE(seen[0], seen[1]);
-    EXPECT_NE(seen[1], seen[2]);
-}
-
-// A cutting plane through a 3-D sphere field: circles in the plane, of the
-// radius of their level, whatever the kind of lattice; a plane beside the
+// A cutting plane through a 3-D sphere field: the border of the plane's
+// section, then circles in the plane, of the radius of their level and in the
+// colour the map gives it, whatever the kind of lattice; a plane beside the
 // lattice draws nothing, and a zero normal is reported.
 TEST_F(ContourModuleTest, PlaneThroughA3DLatticeCutsCircles)
 {
@@ -274,15 +211,20 @@ TEST_F(ContourModuleTest, PlaneThroughA3DLatticeCutsCircles)
         module->Method(VoContour::Explicit);
         module->ExplicitLevels("0.26 0.5");
         module->Plane().Offset(0.1);
-        module->ShowBorder(false);
+        module->BorderColor(shr::Color4b(0, 0, 255));
         module->SetModified();
         RunPass();
-        const std::vector<Strips> sets = LineSets(*module);
-        ASSERT_EQ(sets.size(), 2u);
+        std::vector<Strips> sets = LineSets(*module);
+        ASSERT_EQ(sets.size(), 3u);
+        EXPECT_EQ(sets[0].color, Rgb(shr::Color4b(0, 0, 255)));
+        EXPECT_EQ(sets[0].counts, std::vector<int>{5});
+        sets.erase(sets.begin());
         for (const Strips& strips : sets) {
             ASSERT_EQ(strips.counts.size(), 1u);
-            EXPECT_EQ(strips.vertices.front(), strips.vertices.back());
             const double radius = std::hypot(strips.vertices[0].x, strips.vertices[0].y);
+            const double level = radius < 0.6 ? 0.26 : 0.5;
+            EXPECT_EQ(strips.color, Rgb(module->GetColorMap().PosToColor(module->GetColorMap().DatToPos(level))));
+            EXPECT_EQ(strips.vertices.front(), strips.vertices.back());
             for (const Vec3d& v : strips.vertices) {
                 EXPECT_NEAR(v.z, 0.1, 1e-6);
                 EXPECT_NEAR(std::hypot(v.x, v.y), radius, 0.02);
@@ -290,7 +232,6 @@ TEST_F(ContourModuleTest, PlaneThroughA3DLatticeCutsCircles)
             EXPECT_TRUE(std::fabs(radius - 0.5) < 0.02 || std::fabs(radius - 0.7) < 0.02) << radius;
         }
         module->Plane().Offset(5.0);
-        module->ShowBorder(true);
         module->SetModified();
         RunPass();
         EXPECT_TRUE(LineSets(*module).empty());
@@ -322,11 +263,8 @@ TEST(ContourStoredForm, RoundTripOldWidthsAndFailedLoads)
     const auto same = [&](const VoContour& loaded) {
         EXPECT_EQ(loaded.Method(), VoContour::MinMaxInterval);
         EXPECT_EQ(loaded.NumLevels(), 12);
-        EXPECT_EQ(loaded.MinLevel(), -3.5);
-        EXPECT_EQ(loaded.MaxLevel(), 40.25);
         EXPECT_EQ(loaded.Interval(), 0.125);
         EXPECT_EQ(loaded.ExplicitLevels(), "1 2 3");
-        EXPECT_FALSE(loaded.ShowBorder());
         EXPECT_EQ(loaded.BorderColor(), shr::Color4b(1, 2, 3));
         EXPECT_EQ(loaded.Plane().Normal(), Vec3d(1, 2, 3));
         EXPECT_EQ(loaded.GetLegend().m_Title, "Depth");
@@ -347,23 +285,10 @@ TEST(ContourStoredForm, RoundTripOldWidthsAndFailedLoads)
         stored.Plane().Serialize(archive);
         stored.GetColorMap().Serialize(archive);
         stored.GetLegend().Serialize(archive);
-        uint32_t component = 1, method = VoContour::MinMaxInterval;
-        int32_t borderWidth = 3, lineWidth = 4, count = 12;
-        bool show = false;
-        shr::Color4b color(1, 2, 3);
-        double minimum = -3.5, maximum = 40.25, interval = 0.125;
-        std::string text = "1 2 3";
-        archive.Transfer(component);
-        archive.Transfer(show);
-        archive.Transfer(borderWidth);
-        archive.Transfer(color);
-        archive.Transfer(lineWidth);
-        archive.Transfer(method);
-        archive.Transfer(count);
-        archive.Transfer(minimum);
-        archive.Transfer(maximum);
-        archive.Transfer(interval);
-        archive.Transfer(text);
+        // Component, show border, its width and colour, line width, method,
+        // count, minimum, maximum, interval, explicit levels.
+        visualtest::Put(archive, uint32_t(1), false, int32_t(3), shr::Color4b(1, 2, 3), int32_t(4),
+                        uint32_t(VoContour::MinMaxInterval), int32_t(12), -3.5, 40.25, 0.125, std::string("1 2 3"));
     }
     VoContour fromOld;
     EXPECT_EQ(testsupport::Load(fromOld, old), 0u);

@@ -3,8 +3,7 @@
 // cases, the overlay's type check, the stored form through its version gate,
 // and a picture of contour lines over a surface.
 #include "IsoSurfaceTestSupport.h"
-#include "NetworkFixture.h"
-#include "OldDocument.h"
+#include "ModuleTestSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/visual/VoContour.h"
@@ -15,6 +14,8 @@
 #include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoQuadMesh.h>
 #include <Inventor/nodes/SoSeparator.h>
+#include <Inventor/nodes/SoTexture2.h>
+#include <Inventor/nodes/SoTextureCoordinate2.h>
 #include <Inventor/nodes/SoVertexProperty.h>
 #include <gtest/gtest.h>
 
@@ -36,14 +37,8 @@ struct Mesh {
     std::vector<uint32_t> colors;
 };
 
-class HeightFieldTest : public testsupport::NetworkFixture {
+class HeightFieldTest : public visualtest::UnshiftedSceneFixture {
 protected:
-    void SetUp() override
-    {
-        NetworkFixture::SetUp();
-        network().SetTransformOnlyUseIfYouAreAUnitTest(core::SceneTransform(0, 0, true));
-    }
-
     VoHeightField* Surface(core::VdLattice* lattice, double scale = 0.25)
     {
         VoHeightField* module = Feed(lattice, new VoHeightField);
@@ -70,8 +65,6 @@ protected:
         }
         return mesh;
     }
-
-    testsupport::ErrorProxy proxy;
 };
 
 // Heights are (value - minimum) * half the box diagonal * scale / range;
@@ -92,8 +85,7 @@ TEST_F(HeightFieldTest, PlaneAndParaboloidPositionsAndNormals)
         ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
         meshes.push_back(MeshOf(*module));
         const Mesh& mesh = meshes.back();
-        ASSERT_EQ(mesh.rows, 5);
-        ASSERT_EQ(mesh.columns, 5);
+        ASSERT_EQ(mesh.vertices.size(), 25u);
         for (unsigned int n = 0; n < 25; ++n) {
             const unsigned int i = n % 5, j = n / 5;
             EXPECT_NEAR((mesh.vertices[n] - Vec3d(i, j, (*c.f)(i, j, 0) * factor / c.range)).Length(), 0.0, 1e-5)
@@ -188,12 +180,48 @@ TEST_F(HeightFieldTest, FlatMirroredAndBlankNodes)
     }
 }
 
-TEST_F(HeightFieldTest, OverlayMustBeA2DRGBAImage)
+// A 2-D RGBA image is laid on the surface: clipped, as a padded texture with
+// a coordinate pair per node; stretched, as it is, corner to corner. Any
+// other image is refused.
+TEST_F(HeightFieldTest, OverlayIsDrapedOrRefused)
 {
-    VoHeightField* module = Surface(isotest::NodeLattice(3, 3, 1, [](unsigned i, unsigned, unsigned) { return i; }));
-    const unsigned int dims[3] = {2, 2, 2};
-    const std::vector<uint8_t> rgba(32, 200);
-    auto* image = Add(new core::VoLatticeSrc(new core::VdUniformLattice(shr::UInt8, dims, rgba.data(), 4), ""));
+    VoHeightField* module = Surface(isotest::NodeLattice(4, 3, 1, [](unsigned i, unsigned, unsigned) { return i; }));
+    const unsigned int flat[3] = {4, 3, 1}, deep[3] = {2, 2, 2};
+    const std::vector<uint8_t> rgba(4 * 12, 200);
+    auto* picture = new core::VdUniformLattice(shr::UInt8, flat, rgba.data(), 4);
+    picture->SetUVWBounds(shr::Box3d(Vec3d(0, 0, 0), Vec3d(3, 2, 0)));
+    Link(module, Add(new core::VoLatticeSrc(picture, "")), 1);
+    struct Case {
+        uint32_t fit;
+        short width, height;
+        float lastS, lastT;
+    } cases[] = {{VoHeightField::ClipToSurface, 5, 4, 1.0f, 1.0f}, {VoHeightField::StretchOverSurface, 4, 3, 1.0f, 1.0f}};
+    for (const Case& c : cases) {
+        module->Fit(c.fit);
+        module->SetModified();
+        RunPass();
+        ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
+        SoNode* root = module->OutputGeometry(0).GetRoot().get();
+        SoSearchAction search;
+        search.setType(SoTexture2::getClassTypeId());
+        search.apply(root);
+        ASSERT_NE(search.getPath(), nullptr) << c.fit;
+        SbVec2s size;
+        int components = 0;
+        static_cast<SoTexture2*>(search.getPath()->getTail())->image.getValue(size, components);
+        EXPECT_EQ(size[0], c.width);
+        EXPECT_EQ(size[1], c.height);
+        search.setType(SoTextureCoordinate2::getClassTypeId());
+        search.apply(root);
+        ASSERT_NE(search.getPath(), nullptr) << c.fit;
+        const SoMFVec2f& coords = static_cast<SoTextureCoordinate2*>(search.getPath()->getTail())->point;
+        ASSERT_EQ(coords.getNum(), 12);
+        EXPECT_NEAR(coords[11][0], c.lastS, 1e-6);
+        EXPECT_NEAR(coords[11][1], c.lastT, 1e-6);
+        EXPECT_GT(coords[0][0], -1e-6f);
+    }
+    const std::vector<uint8_t> cube(32, 200);
+    auto* image = Add(new core::VoLatticeSrc(new core::VdUniformLattice(shr::UInt8, deep, cube.data(), 4), ""));
     try {
         network().ConnectNodes(*module, image, 1, true);
         ADD_FAILURE() << "a 3-D image was taken";
@@ -239,15 +267,9 @@ TEST(HeightFieldStoredForm, RoundTripAndDocumentsWithoutTheOverlay)
         shr::Archive archive(old, "", 112);
         visualtest::WriteOldModulePart(archive, "HeightField", 2);
         archive.SyncCheck();
-        uint32_t component = 1, style = VoHeightField::Lines, orientation = VoHeightField::OrientYZ;
-        int32_t slice = 7;
-        double opacity = 0.375, scale = -0.5;
-        archive.Transfer(component);
-        archive.Transfer(style);
-        archive.Transfer(orientation);
-        archive.Transfer(slice);
-        archive.Transfer(opacity);
-        archive.Transfer(scale);
+        // Component, draw style, orientation, slice, opacity, scale.
+        visualtest::Put(archive, uint32_t(1), uint32_t(VoHeightField::Lines), uint32_t(VoHeightField::OrientYZ),
+                        int32_t(7), 0.375, -0.5);
         stored.GetColorMap().Serialize(archive);
         stored.GetLegend().Serialize(archive);
     }
