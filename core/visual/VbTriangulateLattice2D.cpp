@@ -175,6 +175,7 @@ VbTriangulateLattice2D::VbTriangulateLattice2D(const VdLattice& lattice, Storage
     values.swap(storage->values);
     m_Blocks.swap(storage->blocks);
     m_Groups.swap(storage->groups);
+    std::swap(m_Shape, storage->shape);
 }
 
 VbTriangulateLattice2D::~VbTriangulateLattice2D()
@@ -186,6 +187,7 @@ VbTriangulateLattice2D::~VbTriangulateLattice2D()
     values.swap(m_Storage->values);
     m_Blocks.swap(m_Storage->blocks);
     m_Groups.swap(m_Storage->groups);
+    std::swap(m_Shape, m_Storage->shape);
 }
 
 void VbTriangulateLattice2D::Clear()
@@ -195,6 +197,7 @@ void VbTriangulateLattice2D::Clear()
     values.clear();
     m_Blocks.clear();
     m_Groups.clear();
+    m_Shape = MeshShape();
 }
 
 bool VbTriangulateLattice2D::TriangulateMesh(unsigned int component, VbProgress* progress)
@@ -211,27 +214,25 @@ bool VbTriangulateLattice2D::TriangulateMesh(unsigned int component, VbProgress*
     }
     const NodePositions positions(*m_Lattice, false);
     const size_t cellsPerRow = width - 1;
-    // Sizes as they were from the last use of the memory cost nothing here.
+    // Vertices and triangles left in the memory by a mesh of the same shape
+    // are the ones this mesh would write: only the values are read again.
+    MeshShape shape = ShapeOf(positions, along, across, width, rows);
+    const bool geometryKept = !shape.coordinates.empty() && shape == m_Shape;
+    m_Shape = std::move(shape);
     vertices.resize(width * rows);
     values.resize(width * rows);
     triangles.resize(2 * cellsPerRow * (rows - 1));
     const auto fillRow = [&](size_t r) {
+        const size_t first = r * width;
+        ReadValues(*m_Lattice, component, first, width, values.data() + first);
+        if (geometryKept)
+            return;
         unsigned int ijk[3] = {0, 0, 0};
         ijk[across] = static_cast<unsigned int>(r);
-        const size_t first = r * width;
-        if (positions.AxisAligned()) {
-            shr::Vec3d p(positions.Axis(0, ijk[0]), positions.Axis(1, ijk[1]), positions.Axis(2, ijk[2]));
-            for (size_t c = 0; c < width; ++c) {
-                p[along] = positions.Axis(along, static_cast<unsigned int>(c));
-                vertices[first + c] = p;
-            }
-        } else {
-            for (size_t c = 0; c < width; ++c) {
-                ijk[along] = static_cast<unsigned int>(c);
-                vertices[first + c] = positions(ijk[0], ijk[1], ijk[2]);
-            }
+        for (size_t c = 0; c < width; ++c) {
+            ijk[along] = static_cast<unsigned int>(c);
+            vertices[first + c] = positions(ijk[0], ijk[1], ijk[2]);
         }
-        ReadValues(*m_Lattice, component, first, width, values.data() + first);
         if (r + 1 == rows)
             return;
         Triangle* cell = triangles.data() + 2 * cellsPerRow * r;
@@ -243,8 +244,8 @@ bool VbTriangulateLattice2D::TriangulateMesh(unsigned int component, VbProgress*
     };
     ResizeBounds();
     // The bounds of the blocks a band has completed are taken while the
-    // band's triangles and values are still in the cache. The cells of the
-    // band's last row wait for the next band's first row of values.
+    // band's values are still in the cache. The cells of the band's last
+    // row wait for the next band's first row of values.
     size_t boundsDone = 0;
     for (size_t band = 0; band < rows; band += kRowsPerBand) {
         if (progress && !progress->Update(band, rows)) {
@@ -259,6 +260,23 @@ bool VbTriangulateLattice2D::TriangulateMesh(unsigned int component, VbProgress*
     }
     ComputeGroupBounds();
     return true;
+}
+
+VbTriangulateLattice2D::MeshShape VbTriangulateLattice2D::ShapeOf(const NodePositions& positions, int along,
+                                                                  int across, size_t width, size_t rows)
+{
+    MeshShape shape;
+    shape.width = width;
+    shape.rows = rows;
+    if (!positions.AxisAligned())
+        return shape;
+    const int flat = 3 - along - across;
+    for (size_t n = 0; n < width; ++n)
+        shape.coordinates.push_back(positions.Axis(along, static_cast<unsigned int>(n)));
+    for (size_t n = 0; n < rows; ++n)
+        shape.coordinates.push_back(positions.Axis(across, static_cast<unsigned int>(n)));
+    shape.coordinates.insert(shape.coordinates.end(), {positions.Axis(flat, 0), double(along), double(across)});
+    return shape;
 }
 
 bool VbTriangulateLattice2D::TriangulatePlane(const shr::Vec3d& normal, double distance, unsigned int component,

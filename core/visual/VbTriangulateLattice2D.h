@@ -31,6 +31,9 @@ namespace core {
 
 class VbProgress;
 class VdLattice;
+namespace VoIsoSurfacePrivate {
+class NodePositions;
+}
 
 class VbTriangulateLattice2D {
 public:
@@ -46,12 +49,25 @@ public:
         float min, max;
     };
 
-    // The memory of a triangulation between two uses.
+    // What a mesh's vertices and triangles follow from: its row width and
+    // rows and, when the lattice places each axis on its own, the node
+    // coordinates along the plane's axes and the flat one (else empty).
+    struct MeshShape {
+        size_t width = 0, rows = 0;
+        std::vector<double> coordinates;
+        bool operator==(const MeshShape& o) const
+        {
+            return width == o.width && rows == o.rows && coordinates == o.coordinates;
+        }
+    };
+    // The memory of a triangulation between two uses, and the shape of the
+    // mesh it holds.
     struct Storage {
         std::vector<shr::Vec3d> vertices;
         std::vector<Triangle> triangles;
         std::vector<float> values;
         std::vector<Bounds> blocks, groups;
+        MeshShape shape;
     };
 
     // With `storage`, the triangulation works in its memory and hands it
@@ -100,8 +116,12 @@ private:
     bool MeshBounds(size_t block, size_t width, Bounds& bounds) const;
     void ComputeGroupBounds();
 
+    static MeshShape ShapeOf(const VoIsoSurfacePrivate::NodePositions& positions, int along, int across,
+                             size_t width, size_t rows);
+
     const VdLattice* m_Lattice;
     Storage* m_Storage;
+    MeshShape m_Shape;
     std::vector<Bounds> m_Blocks;
     std::vector<Bounds> m_Groups;
 };

@@ -82,14 +82,18 @@ void TransferWidth(shr::Archive& archive, float& width)
     archive.Transfer(width);
 }
 
-// Reads a width row; a value outside 0 to the widest line is held to that
-// range, a NaN refused. The row shows what was kept.
+// A width held to 0 to the widest line; a NaN keeps `current`.
+float ClampedWidth(float width, float current)
+{
+    return std::isnan(width) ? current : std::clamp(width, 0.0f, VoContour::kMaxLineWidth);
+}
+
+// Reads a width row as ClampedWidth takes it; the row shows what was kept.
 void ReadWidth(VbPropList& list, int id, float& width)
 {
     float value = width;
     list.GetValue(id, value);
-    if (!std::isnan(value))
-        width = std::clamp(value, 0.0f, VoContour::kMaxLineWidth);
+    width = ClampedWidth(value, width);
     list.SetNum(id, static_cast<double>(width));
 }
 
@@ -170,8 +174,9 @@ void VoContour::CalcLevels(std::vector<double>& levels) const
     switch (m_LevelMethod) {
     case Automatic:
     case MinMaxCount: {
-        const double step = m_NumLevels >= 2 ? (hi - lo) / (m_NumLevels - 1) : 1.0;
-        for (int32_t i = 0; i < m_NumLevels; ++i)
+        const int32_t count = std::min(m_NumLevels, kMaxNumLevels);
+        const double step = count >= 2 ? (hi - lo) / (count - 1) : 1.0;
+        for (int32_t i = 0; i < count; ++i)
             levels.push_back(lo + i * step);
         break;
     }
@@ -462,9 +467,9 @@ void VoContour::Serialize(shr::Archive& archive)
         TakeColorMapAndLegend(colorMap, legend);
         InputComponentSafe(component);
         m_ShowBorder = showBorder;
-        m_BorderWidth = borderWidth;
+        m_BorderWidth = ClampedWidth(borderWidth, m_BorderWidth);
         m_BorderColor = borderColor;
-        m_LineWidth = lineWidth;
+        m_LineWidth = ClampedWidth(lineWidth, m_LineWidth);
         m_LevelMethod = method;
         m_NumLevels = numLevels;
         SetLevelRange(minimum, maximum, interval);
