@@ -332,13 +332,14 @@ bool VbTriangulateLattice2D::MeshBounds(size_t block, size_t width, Bounds& boun
     const float* low = values.data() + firstCell / cellsPerRow * width + column;
     const float* high = low + width;
     float least = low[0], greatest = low[0];
-    bool plain = true;
-    for (size_t n = 0; n <= cells; ++n)
-        for (const float v : {low[n], high[n]}) {
-            plain = plain && v != kInvalid && !std::isnan(v);
-            least = std::min(least, v);
-            greatest = std::max(greatest, v);
-        }
+    bool nan = false;
+    for (size_t n = 0; n <= cells; ++n) {
+        least = std::min(least, std::min(low[n], high[n]));
+        greatest = std::max(greatest, std::max(low[n], high[n]));
+        nan = nan || low[n] != low[n] || high[n] != high[n];
+    }
+    // The invalid marker is the largest float: it shows as the greatest.
+    const bool plain = !nan && greatest != kInvalid;
     bounds = Bounds{least, greatest};
     return plain;
 }

@@ -43,7 +43,7 @@ public:
     static constexpr size_t kBlockSize = 16;
     static constexpr size_t kGroupBlocks = 64;
 
-    // The least and greatest corner value of the valid triangles of a block;
+    // A range holding the corner values of the valid triangles of a block:
     // (-inf, +inf) when one of them is NaN, (+inf, -inf) when none is valid.
     struct Bounds {
         float min, max;
