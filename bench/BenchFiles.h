@@ -1,7 +1,6 @@
 #pragma once
-// The raw files through which a benchmark program hands its inputs (and
-// sometimes its results) to its peer script: little-endian values, written
-// beside the program.
+// The raw files a benchmark writes beside its program for the peer script to
+// read: little-endian values with no header, in the order given.
 #include <cstdio>
 #include <string>
 #include <unistd.h>
@@ -19,7 +18,6 @@ inline std::string OutputFolder()
     return slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
 }
 
-// `values` as raw bytes into `name` beside the program.
 template <class T>
 void WriteRaw(const std::string& name, const std::vector<T>& values)
 {

@@ -16,7 +16,7 @@
 // distinct vertices, and the distinct vertices that lie on lattice edges (the
 // points of contouring the image's squares), exact and narrowed to float. The height field's heights and normals
 // are written for the peer to compare.
-#include "BenchFiles.h"
+#include "bench/BenchFiles.h"
 #include "core/data/VdGeometry.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/network/VoNetwork.h"

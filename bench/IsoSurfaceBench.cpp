@@ -6,7 +6,7 @@
 //   isovalue: a new isovalue, only the sweep runs;
 //   input:    new data, the float copy and the gradients are made first.
 // Triangle and vertex counts go out as counters for the peer to compare.
-#include "BenchFiles.h"
+#include "bench/BenchFiles.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/visual/VoIsoSurfacePrivate.h"
 #include "shr/Box3d.h"
@@ -14,11 +14,9 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <cstdio>
 #include <map>
 #include <memory>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace {

@@ -4,7 +4,7 @@
 // raw little-endian doubles beside this program, with our answers, so that the
 // peer script (bench/peers/lattice.py) reads the same input and checks that
 // both sides agree before it compares times.
-#include "BenchFiles.h"
+#include "bench/BenchFiles.h"
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdLattice.h"
 
@@ -12,18 +12,15 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <map>
 #include <memory>
 #include <random>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace {
 
 using benchfiles::WriteRaw;
-
 constexpr size_t kQueries = 1000000;
 constexpr double kWarp = 0.02;
 constexpr double kTwoPi = 6.283185307179586;

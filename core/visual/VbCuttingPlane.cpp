@@ -182,18 +182,15 @@ std::vector<shr::Vec3d> VbCuttingPlane::SectionPolygon(const VdLattice& lattice)
 void VbCuttingPlane::Execute(VgRenderer& renderer, const VdLattice& lattice)
 {
     renderer.UpdateTransform(lattice.GetUVWBounds(), lattice.GetUserTransform());
-    renderer.pushState(VgRenderer::TRANSFORM_SEPARATOR);
+    const VgStateScope offset(renderer, VgRenderer::TRANSFORM_SEPARATOR);
     renderer.multTransform(
         shr::Mat4d::MakeTranslation(renderer.Transform().XTransform(), renderer.Transform().YTransform(), 0.0));
-    int pushed = 1;
+    std::unique_ptr<VgStateScope> moved;
     if (lattice.HasUserTransform()) {
-        renderer.pushState(VgRenderer::TRANSFORM_SEPARATOR);
+        moved = std::make_unique<VgStateScope>(renderer, VgRenderer::TRANSFORM_SEPARATOR);
         renderer.multTransform(lattice.GetUserTransform());
-        ++pushed;
     }
     Execute(renderer);
-    while (pushed--)
-        renderer.popState();
 }
 
 void VbCuttingPlane::Execute(VgRenderer& renderer)

@@ -236,7 +236,7 @@ VoModule::ModuleStatus VoContour::ExecuteImpl(std::shared_ptr<VgRenderer> render
 {
     if (!renderer)
         return ModuleOk;
-    const VgGeometryScope scope(*renderer, OutputGeometry(0));
+    const VgStateScope scope(*renderer, OutputGeometry(0));
     const VdLattice* lattice = InputLattice(0);
     if (!lattice || lattice->ComponentCount() == 0)
         return ModuleOk;

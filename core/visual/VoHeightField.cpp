@@ -333,7 +333,7 @@ VoModule::ModuleStatus VoHeightField::ExecuteImpl(std::shared_ptr<VgRenderer> re
 {
     if (!renderer)
         return ModuleOk;
-    const VgGeometryScope scope(*renderer, OutputGeometry(0));
+    const VgStateScope scope(*renderer, OutputGeometry(0));
     const VdLattice* lattice = InputLattice(0);
     if (!lattice || lattice->ComponentCount() == 0)
         return ModuleOk;

@@ -178,9 +178,9 @@ void VoIsoSurface::RefactorCalcGradients(const VdLattice& lattice)
 
 VoModule::ModuleStatus VoIsoSurface::ExecuteImpl(std::shared_ptr<VgRenderer> renderer)
 {
-    std::unique_ptr<VgGeometryScope> scope;
+    std::unique_ptr<VgStateScope> scope;
     if (renderer)
-        scope = std::make_unique<VgGeometryScope>(*renderer, OutputGeometry(0));
+        scope = std::make_unique<VgStateScope>(*renderer, OutputGeometry(0));
     const VdLattice* lattice = InputLattice(0);
     if (!lattice)
         return ModuleOk;
