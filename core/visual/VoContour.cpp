@@ -21,6 +21,7 @@
 #include "core/properties/VbStringPropertyConverter.h"
 #include "core/properties/VbUnsignedPropertyConverter.h"
 #include "core/visual/ContourGenerator.h"
+#include "core/visual/RowReader.h"
 #include "core/visual/VbTriangulateLattice2D.h"
 #include "shr/Archive.h"
 #include "shr/StringUtil.h"
@@ -88,13 +89,9 @@ float ClampedWidth(float width, float current)
     return std::isnan(width) ? current : std::clamp(width, 0.0f, VoContour::kMaxLineWidth);
 }
 
-// Reads a width row as ClampedWidth takes it; the row shows what was kept.
 void ReadWidth(VbPropList& list, int id, float& width)
 {
-    float value = width;
-    list.GetValue(id, value);
-    width = ClampedWidth(value, width);
-    list.SetNum(id, static_cast<double>(width));
+    RowReader::Clamped(list, id, 0.0, double(VoContour::kMaxLineWidth), width);
 }
 
 } // namespace VoContourPrivate
@@ -374,7 +371,8 @@ void VoContour::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
         break;
     }
     case IdSpacing:
-        list.GetValue(id, m_LevelMethod);
+        if (!RowReader::Choice(list, id, Explicit + 1, m_LevelMethod))
+            return;
         UpdateData();
         UpdateSpacingOptions(list);
         break;
@@ -386,8 +384,7 @@ void VoContour::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
     case IdInterval:
     case IdNumLevels:
         if (id == IdNumLevels) {
-            list.GetValue(id, m_NumLevels);
-            m_NumLevels = std::clamp(m_NumLevels, 0, kMaxNumLevels);
+            RowReader::Clamped(list, id, 0, kMaxNumLevels, m_NumLevels);
         } else {
             list.GetValue(id, id == IdMinLevel ? m_MinLevel : id == IdMaxLevel ? m_MaxLevel : m_Interval);
         }

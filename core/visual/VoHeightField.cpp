@@ -20,6 +20,7 @@
 #include "core/properties/VbPropertyEvent.h"
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/properties/VbUnsignedPropertyConverter.h"
+#include "core/visual/RowReader.h"
 #include "core/visual/VoIsoSurfacePrivate.h"
 #include "shr/Archive.h"
 #include "shr/Exception.h"
@@ -438,8 +439,8 @@ void VoHeightField::PropertyEvent(VbPropList& list, const VbPropertyEvent& event
         UpdateColorMapProperties(&list);
         break;
     case IdOrientation:
-        list.GetValue(id, m_Orientation);
-        m_Orientation = std::min<uint32_t>(m_Orientation, OrientYZ);
+        if (!RowReader::Choice(list, id, OrientYZ + 1, m_Orientation))
+            return;
         ShowSlice(list);
         break;
     case IdSlice: {
@@ -448,21 +449,26 @@ void VoHeightField::PropertyEvent(VbPropList& list, const VbPropertyEvent& event
         m_Slice = shown - 1;
         break;
     }
-    case IdScale:
-        list.GetValue(id, m_Scale);
-        m_Scale = std::clamp(m_Scale, -1.0, 1.0);
-        list.SetNum(id, m_Scale);
+    case IdScale: RowReader::Clamped(list, id, -1.0, 1.0, m_Scale); break;
+    case IdDrawStyle:
+        if (!RowReader::Choice(list, id, Points + 1, m_DrawStyle))
+            return;
         break;
-    case IdDrawStyle: list.GetValue(id, m_DrawStyle); break;
-    case IdOpacity: list.GetValue(id, m_Opacity); break;
+    case IdOpacity: RowReader::Clamped(list, id, 0.0, 1.0, m_Opacity); break;
     case IdColormap:
         list.GetValue(id, m_ColorMap);
         UpdateColorMapDataLimits(InputLattice(0));
         break;
     case IdOverlayShow: list.GetValue(id, m_ShowOverlay); break;
-    case IdOverlayFit: list.GetValue(id, m_OverlayFit); break;
-    case IdOverlayModulation: list.GetValue(id, m_Modulation); break;
-    case IdOverlayQuality: list.GetValue(id, m_OverlayQuality); break;
+    case IdOverlayFit:
+        if (!RowReader::Choice(list, id, ClipToSurface + 1, m_OverlayFit))
+            return;
+        break;
+    case IdOverlayModulation:
+        if (!RowReader::Choice(list, id, OverlayOnly + 1, m_Modulation))
+            return;
+        break;
+    case IdOverlayQuality: RowReader::Clamped(list, id, 0.0, 1.0, m_OverlayQuality); break;
     default:
         if (!LegendEvent(list, event, IdLegend))
             return;
