@@ -1,6 +1,7 @@
 #include "core/visual/VoLatticeModule.h"
 
 #include "core/data/VdLattice.h"
+#include "core/properties/VbPropList.h"
 #include "shr/Archive.h"
 
 #include <algorithm>
@@ -35,6 +36,14 @@ void VoLatticeModule::UpdateColorMapDataLimits(const VdLattice* lattice)
     // While the map follows the data its window moves too; a NaN limit ends
     // the following, since the window and the limits no longer compare equal.
     m_ColorMap.SetDataLimits(limits.first, limits.second);
+}
+
+void VoLatticeModule::ReadInputComponent(VbPropList& list, int id)
+{
+    unsigned int component = m_InputComponent;
+    list.GetValue(id, component);
+    InputComponentSafe(component);
+    UpdateColorMapDataLimits(InputLattice(0));
 }
 
 shr::Color4b VoLatticeModule::InterpolateColor(double value) const

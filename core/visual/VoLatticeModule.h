@@ -9,6 +9,7 @@
 
 namespace core {
 
+class VbPropList;
 class VdLattice;
 
 class VoLatticeModule : public VoModule {
@@ -35,6 +36,9 @@ protected:
     // follows the data). A null lattice changes nothing.
     void UpdateColorMapDataLimits(const VdLattice* lattice);
     shr::Color4b InterpolateColor(double value) const;
+    // Takes the one-based component row `id` and lets the colour map follow
+    // the new component's range.
+    void ReadInputComponent(VbPropList& list, int id);
     // Base, sync mark, component (4 bytes), colour map, legend.
     void SerializeImpl(shr::Archive& archive);
 

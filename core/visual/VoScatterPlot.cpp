@@ -20,6 +20,7 @@
 #include "core/properties/VbStringPropertyConverter.h"
 #include "core/properties/VbUnsignedPropertyConverter.h"
 #include "core/visual/GeometryScope.h"
+#include "core/visual/RowValues.h"
 #include "core/visual/VoScatterPlotPrivate.h"
 #include "shr/Archive.h"
 #include "shr/Exception.h"
@@ -174,30 +175,6 @@ private:
     unsigned int m_Component;
     bool m_Blankable;
 };
-
-// A double row's value, clamped to [lo, hi]; NaN keeps `current`. The row
-// shows what was taken.
-double ReadClamped(VbPropList& list, int id, double lo, double hi, double current)
-{
-    double value = current;
-    list.GetValue(id, value);
-    value = std::isnan(value) ? current : std::clamp(value, lo, hi);
-    list.SetNum(id, value);
-    return value;
-}
-
-// A combo row's choice; one past the list keeps `current`.
-uint32_t ReadChoice(VbPropList& list, int id, uint32_t count, uint32_t current)
-{
-    unsigned int value = current;
-    list.GetValue(id, value);
-    if (value >= count) {
-        value = current;
-        list.SetCombo(id, value);
-    }
-    return value;
-}
-
 
 } // namespace ScatterPlotPrivate
 
@@ -617,14 +594,7 @@ bool VoScatterPlot::LabelPropertyEvent(VbPropList& list, int id)
         UpdateLabels(list);
         return true;
     case IdLabelField: list.GetValue(id, m_LabelField); return true;
-    case IdLabelFont: {
-        shr::GString face;
-        list.GetValue(id, face);
-        if (!face.empty())
-            m_TextFormat.m_Face = face;
-        list.StringValue(id, m_TextFormat.m_Face);
-        return true;
-    }
+    case IdLabelFont: m_TextFormat.m_Face = ReadFace(list, id, m_TextFormat.m_Face); return true;
     case IdLabelSize: m_TextFormat.m_Height = ReadClamped(list, id, 1.0, kMaxLabelSize, m_TextFormat.m_Height); return true;
     case IdLabelColor: list.GetValue(id, m_TextFormat.m_Color); return true;
     case IdLabelColorMethod:
@@ -669,19 +639,21 @@ struct StoredFields {
     shr::GString labelField;
 };
 
-// A size stored as an int in documents before 110, as a float since.
+// A size stored as an int in documents before 110 (rounded when written so),
+// as a float since.
 void TransferSize(shr::Archive& archive, float& size)
 {
-    if (archive.IsLoading() && archive.GetVersion() < kFloatSizeVersion) {
-        int32_t legacy = 0;
-        archive.Transfer(legacy);
-        size = float(legacy);
-    } else {
+    if (archive.GetVersion() >= kFloatSizeVersion) {
         archive.Transfer(size);
+        return;
     }
+    int32_t legacy = static_cast<int32_t>(std::lround(std::clamp(size, -1e9f, 1e9f)));
+    archive.Transfer(legacy);
+    size = float(legacy);
 }
 
-bool Has(const shr::Archive& archive, int version) { return archive.IsStoring() || archive.GetVersion() >= version; }
+// The archive's document version decides what is written and read.
+bool Has(const shr::Archive& archive, int version) { return archive.GetVersion() >= version; }
 
 void TransferFields(shr::Archive& archive, StoredFields& f)
 {

@@ -260,36 +260,18 @@ TEST_F(ScatterPlotTest, StoredFormThroughTheVersionGates)
     EXPECT_EQ(loaded.GetLegend().GetColorMap(), &loaded.GetColorMap());
 
     // Version 105: int sizes, no density, no line flags, no label formats or field.
-    VoScatterPlot old;
-    std::vector<unsigned char> bytes;
-    {
-        shr::Archive archive(bytes, "", 105);
-        old.VoModule::Serialize(archive);
-        archive.SyncCheck();
-        uint32_t symbol = 11, markerSize = 1, colorMethod = 0, labelColorMethod = 0, component = 1;
-        int32_t pointSize = 9, lineWidth = 2;
-        Color4b fixed(7, 8, 9);
-        bool showLabels = true;
-        archive.Transfer(symbol);
-        archive.Transfer(pointSize);
-        archive.Transfer(markerSize);
-        archive.Transfer(colorMethod);
-        archive.Transfer(labelColorMethod);
-        archive.Transfer(fixed);
-        archive.Transfer(component);
-        archive.Transfer(showLabels);
-        archive.Transfer(lineWidth);
-        old.GetColorMap().Serialize(archive);
-        old.GetLegend().Serialize(archive);
-    }
+    stored.PointSize(9.4f);
+    const std::vector<unsigned char> old = testsupport::Store(stored, 105);
+    EXPECT_LT(old.size() + 20, current.size());
     VoScatterPlot fromOld;
     fromOld.LabelField("kept");
-    EXPECT_EQ(testsupport::Load(fromOld, bytes), 0u);
-    EXPECT_EQ(fromOld.Symbol(), 11u);
+    EXPECT_EQ(testsupport::Load(fromOld, old), 0u);
+    EXPECT_EQ(fromOld.Symbol(), 12u);
     EXPECT_EQ(fromOld.PointSize(), 9.0f);
-    EXPECT_EQ(fromOld.LineWidth(), 2.0f);
-    EXPECT_EQ(fromOld.FixedColor(), Color4b(7, 8, 9));
+    EXPECT_EQ(fromOld.LineWidth(), 3.0f);
+    EXPECT_EQ(fromOld.FixedColor(), Color4b(1, 2, 3));
     EXPECT_EQ(fromOld.Density(), 0u);
+    EXPECT_FALSE(fromOld.ShowLines());
     EXPECT_EQ(fromOld.LabelField(), "kept");
 
     // A cut archive leaves the module as it was.
