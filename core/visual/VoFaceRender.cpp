@@ -3,6 +3,7 @@
 #include "core/data/LatticeUtility.h"
 #include "core/data/ThreadHandOver.h"
 #include "core/data/VdGeometry.h"
+#include "core/graphics/ColorLookup.h"
 #include "core/graphics/VgRenderer.h"
 #include "core/graphics/VgVertexData.h"
 #include "core/network/CoreError.h"
@@ -31,7 +32,6 @@
 #include <tbb/parallel_for.h>
 
 #include <algorithm>
-#include <bitset>
 
 namespace core {
 
@@ -74,26 +74,35 @@ constexpr int kAverageFlagVersion = 127;
 // i - 1, j - 1, i + 1, j + 1, k - 1, k + 1, counter-clockwise from outside.
 const int kFaceCorners[6][4] = {{3, 7, 4, 0}, {3, 2, 6, 7}, {2, 1, 5, 6}, {0, 4, 5, 1}, {3, 0, 1, 2}, {7, 6, 5, 4}};
 
-// The sums of one layer of cells, added up in layer order afterwards.
+// A block that shows faces: its cell number in the range, its position in
+// its layer and the six-bit mask of its faces.
+struct ShowingBlock {
+    uint64_t n;
+    uint32_t i, j;
+    unsigned mask;
+};
+
+// What one layer of cells adds, joined in layer order afterwards.
 struct LayerSums {
     uint64_t blocks = 0;
     double sum = 0.0;
     double volume = 0.0;
+    std::vector<ShowingBlock> showing;
 };
 
 // The cells of a range, their values and which of them stand as blocks.
 class BlockField {
 public:
-    BlockField(const VdLattice& lattice, const LatticeRange& range, std::vector<double> values)
-        : m_Lattice(lattice), m_Range(range), m_Values(std::move(values)), m_CellsI(range.iEnd - range.iFirst - 1),
-          m_CellsJ(range.jEnd - range.jFirst - 1), m_CellsK(range.kEnd - range.kFirst - 1)
+    BlockField(const VdLattice& lattice, const LatticeRange& range, const std::vector<double>& values,
+               const std::vector<uint8_t>& standing)
+        : m_Lattice(lattice), m_Range(range), m_Values(values), m_Standing(standing),
+          m_CellsI(range.iEnd - range.iFirst - 1), m_CellsJ(range.jEnd - range.jFirst - 1),
+          m_CellsK(range.kEnd - range.kFirst - 1)
     {
     }
 
     uint64_t Layers() const { return m_CellsK; }
     uint64_t PerLayer() const { return m_CellsI * m_CellsJ; }
-    const std::vector<double>& Values() const { return m_Values; }
-    std::vector<uint8_t>& Standing() { return m_Standing; }
 
     // Bit f set: the face towards neighbour f (in kFaceCorners order) is drawn.
     unsigned Faces(uint64_t i, uint64_t j, uint64_t k, uint64_t n) const
@@ -125,16 +134,36 @@ public:
 private:
     const VdLattice& m_Lattice;
     LatticeRange m_Range;
-    std::vector<double> m_Values;
-    std::vector<uint8_t> m_Standing;
+    const std::vector<double>& m_Values;
+    const std::vector<uint8_t>& m_Standing;
     uint64_t m_CellsI, m_CellsJ, m_CellsK;
 };
 
-SbVec3f FaceNormal(const shr::Vec3d& a, const shr::Vec3d& b, const shr::Vec3d& c, const shr::Vec3d& d)
+namespace {
+
+// Helpers of the hot loops, kept local so that they inline.
+
+inline bool BlankedOrTransparent(double value, const ColorLookup& colors)
+{
+    return value == VdVertexData::BlankVal || colors(value).a == 0;
+}
+
+// The faces a six-bit mask names.
+inline int FaceCount(unsigned mask)
+{
+    static const unsigned char kBits[64] = {0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4, 1, 2, 2, 3, 2, 3,
+                                            3, 4, 2, 3, 3, 4, 3, 4, 4, 5, 1, 2, 2, 3, 2, 3, 3, 4, 2, 3, 3, 4,
+                                            3, 4, 4, 5, 2, 3, 3, 4, 3, 4, 4, 5, 3, 4, 4, 5, 4, 5, 5, 6};
+    return kBits[mask & 63u];
+}
+
+inline SbVec3f FaceNormal(const shr::Vec3d& a, const shr::Vec3d& b, const shr::Vec3d& c, const shr::Vec3d& d)
 {
     const shr::Vec3d n = (c - a).Cross(d - b).Normalized();
     return SbVec3f(float(n.x), float(n.y), float(n.z));
 }
+
+} // namespace
 
 } // namespace FaceRenderPrivate
 
@@ -180,9 +209,9 @@ void VoFaceRender::OnInputChanged(int, bool)
     UpdateColorMapDataLimits(lattice);
 }
 
-bool VoFaceRender::CellBlankedOrTransparent(double value) const
+bool VoFaceRender::CellBlankedOrTransparent(double value, const ColorLookup& colors)
 {
-    return value == VdVertexData::BlankVal || m_ColorMap.DatToColor(value).a == 0;
+    return BlankedOrTransparent(value, colors);
 }
 
 // ---- execution -----------------------------------------------------------------------------
@@ -193,16 +222,23 @@ VoModule::ModuleStatus VoFaceRender::ExecuteImpl(std::shared_ptr<VgRenderer> ren
         return ModuleOk;
     GeometryScope scope(*renderer, OutputGeometry(0));
     const VdLattice* lattice = InputLattice(0);
-    m_Faces->clear();
-    if (!lattice)
+    if (!lattice) {
+        m_Faces->clear();
         return ModuleOk;
+    }
     m_BlockCount = 0;
     m_BlockAverage = 0.0;
     m_Volume = 0.0;
+    // The faces keep their memory and size from one run to the next.
     const LatticeRange range = EffectiveRange(lattice->GetDims());
-    if (range.iEnd > range.iFirst + 1 && range.jEnd > range.jFirst + 1 && range.kEnd > range.kFirst + 1 &&
-        !ComputeIndexed(*lattice, range))
-        return ModuleAborted;
+    if (range.iEnd > range.iFirst + 1 && range.jEnd > range.jFirst + 1 && range.kEnd > range.kFirst + 1) {
+        if (!ComputeIndexed(*lattice, range)) {
+            m_Faces->clear();
+            return ModuleAborted;
+        }
+    } else {
+        m_Faces->clear();
+    }
     if (m_Faces->vertices.size() >= 3) {
         InvSmartPtr<SoShapeHints> hints(new SoShapeHints);
         hints->vertexOrdering = SoShapeHints::COUNTERCLOCKWISE;
@@ -222,29 +258,31 @@ bool VoFaceRender::ComputeIndexed(const VdLattice& lattice, const LatticeRange& 
 {
     VbProgress progress("Computing blocks.", 0, 500, 100);
     const unsigned int component = InputComponentSafe();
-    BlockField field(lattice, range,
-                     m_UseComponentAverage ? CollectCellValues<CellComponentAverage>(lattice, component, range)
-                                           : CollectCellValues<CellComponentCorner>(lattice, component, range));
+    if (m_UseComponentAverage)
+        CollectCellValues<CellComponentAverage>(lattice, component, range, m_CellValues);
+    else
+        CollectCellValues<CellComponentCorner>(lattice, component, range, m_CellValues);
     if (!progress.Update(0.3))
         return false;
 
     // Which cells stand, each decided alone.
-    const std::vector<double>& values = field.Values();
-    std::vector<uint8_t>& standing = field.Standing();
-    standing.resize(values.size());
-    m_ColorMap.PosToColor(0.0); // builds the colour table before the workers read it
-    HandOver(standing.data());
+    const std::vector<double>& values = m_CellValues;
+    const ColorLookup colors(m_ColorMap);
+    m_Standing.resize(values.size());
+    uint8_t* standing = m_Standing.data();
+    HandOver(standing);
     tbb::parallel_for(tbb::blocked_range<size_t>(0, values.size()), [&](const tbb::blocked_range<size_t>& cells) {
-        TakeOver(standing.data());
+        TakeOver(standing);
         for (size_t n = cells.begin(); n != cells.end(); ++n)
-            standing[n] = CellBlankedOrTransparent(values[n]) ? 0 : 1;
-        HandOver(standing.data());
+            standing[n] = BlankedOrTransparent(values[n], colors) ? 0 : 1;
+        HandOver(standing);
     });
-    TakeOver(standing.data());
+    TakeOver(standing);
     if (!progress.Update(0.5))
         return false;
 
     // Per layer: the blocks, their sums, and the faces they show.
+    const BlockField field(lattice, range, values, m_Standing);
     std::vector<LayerSums> sums(field.Layers());
     const VolumeCalculator calculator;
     const auto countLayer = [&](size_t k) {
@@ -258,7 +296,9 @@ bool VoFaceRender::ComputeIndexed(const VdLattice& lattice, const LatticeRange& 
                 field.Corners(i, j, k, corners);
                 layer.volume += calculator.CellVolume(corners);
             }
-            faces += std::bitset<6>(mask).count();
+            faces += size_t(FaceCount(mask));
+            if (mask)
+                layer.showing.push_back({n, uint32_t(i), uint32_t(j), mask});
         });
         return faces;
     };
@@ -271,11 +311,10 @@ bool VoFaceRender::ComputeIndexed(const VdLattice& lattice, const LatticeRange& 
     };
     const auto fillLayer = [&](size_t k, size_t face) {
         std::vector<shr::Vec3d> corners;
-        field.ForEachBlock(k, [&](uint64_t i, uint64_t j, uint64_t n, unsigned mask) {
-            if (mask == 0)
-                return;
-            field.Corners(i, j, k, corners);
-            const shr::Color4b color = m_ColorMap.DatToColor(values[n]);
+        for (const ShowingBlock& block : sums[k].showing) {
+            field.Corners(block.i, block.j, k, corners);
+            const shr::Color4b color = colors(values[block.n]);
+            unsigned mask = block.mask;
             for (int f = 0; f < 6; ++f, mask >>= 1) {
                 if (!(mask & 1u))
                     continue;
@@ -289,7 +328,8 @@ bool VoFaceRender::ComputeIndexed(const VdLattice& lattice, const LatticeRange& 
                 out.normals[face] = FaceNormal(corners[c[0]], corners[c[1]], corners[c[2]], corners[c[3]]);
                 ++face;
             }
-        });
+        }
+        sums[k].showing = std::vector<ShowingBlock>();
     };
     CompactBlocks(field.Layers(), countLayer, resize, fillLayer);
     out.materialBinding = VgVertexData::PER_FACE;

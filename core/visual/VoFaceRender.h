@@ -20,9 +20,11 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace core {
 
+class ColorLookup;
 class VbModuleInfo;
 class VgVertexData;
 
@@ -92,7 +94,7 @@ private:
     // Blocks, their sums and their faces over the range; false on abort.
     bool ComputeIndexed(const VdLattice& lattice, const LatticeRange& range);
     // Blank, or mapped to an alpha of 0.
-    bool CellBlankedOrTransparent(double value) const;
+    static bool CellBlankedOrTransparent(double value, const ColorLookup& colors);
     void AddRangeRows(VbPropList& list, const VdLattice* lattice);
     void ShowResults(VbPropList& list) const;
 
@@ -106,6 +108,9 @@ private:
     shr::Color4b m_EdgeColor;
     bool m_UseComponentAverage = true;
     std::unique_ptr<VgVertexData> m_Faces;
+    // The working memory of the last run, kept for the next.
+    std::vector<double> m_CellValues;
+    std::vector<uint8_t> m_Standing;
 };
 
 } // namespace core

@@ -111,13 +111,18 @@ constexpr int kLabelFieldVersion = 121;
 // The TextFormat floats the labels use.
 enum LabelFloat { XOffsetFloat = 0, YOffsetFloat = 1, LeaderWidthFloat = 2 };
 
-// Candidates of a point set: every stride-th point.
+// Candidates of a point set: every stride-th point. Double coordinates and
+// values, the usual kind, are read straight.
 class PointSymbols {
 public:
     PointSymbols(const VdPoints& points, uint32_t stride, const uint32_t* component)
         : m_Points(points), m_Stride(stride), m_Count(points.VertexCount()),
           m_Component(component ? *component : 0), m_Blankable(component && points.HasBlanks()),
-          m_Matrix(points.HasUserTransform() ? &points.GetUserTransform() : nullptr)
+          m_Matrix(points.HasUserTransform() ? &points.GetUserTransform() : nullptr),
+          m_Coords(points.GetCoordType() == shr::Double ? static_cast<const double*>(points.GetCoordPtr()) : nullptr),
+          m_Values(points.DataType() == shr::Double && points.ComponentCount() > 0
+                       ? static_cast<const double*>(points.DataPtr())
+                       : nullptr)
     {
     }
     size_t Count() const { return m_Count == 0 ? 0 : (m_Count - 1) / m_Stride + 1; }
@@ -126,16 +131,21 @@ public:
     shr::Vec3d Position(size_t n) const
     {
         const size_t at = 3 * size_t(Point(n));
-        const void* coords = m_Points.GetCoordPtr();
-        const shr::PrimType type = m_Points.GetCoordType();
-        const shr::Vec3d uvw(ElementAt(coords, type, at), ElementAt(coords, type, at + 1),
+        shr::Vec3d uvw;
+        if (m_Coords) {
+            uvw = shr::Vec3d(m_Coords[at], m_Coords[at + 1], m_Coords[at + 2]);
+        } else {
+            const void* coords = m_Points.GetCoordPtr();
+            const shr::PrimType type = m_Points.GetCoordType();
+            uvw = shr::Vec3d(ElementAt(coords, type, at), ElementAt(coords, type, at + 1),
                              ElementAt(coords, type, at + 2));
+        }
         return m_Matrix ? uvw * *m_Matrix : uvw;
     }
     double Value(size_t n) const
     {
         const size_t at = size_t(Point(n)) * m_Points.ComponentCount() + m_Component;
-        return ElementAt(m_Points.DataPtr(), m_Points.DataType(), at);
+        return m_Values ? m_Values[at] : ElementAt(m_Points.DataPtr(), m_Points.DataType(), at);
     }
 
 private:
@@ -147,6 +157,8 @@ private:
     unsigned int m_Component;
     bool m_Blankable;
     const shr::Mat4d* m_Matrix;
+    const double* m_Coords;
+    const double* m_Values;
 };
 
 // Candidates of a lattice: every stride-th node in node order.
@@ -279,9 +291,12 @@ VoModule::ModuleStatus VoScatterPlot::ExecuteImpl(std::shared_ptr<VgRenderer> re
     if (!renderer)
         return ModuleOk;
     GeometryScope scope(*renderer, OutputGeometry(0));
-    m_Symbols->clear();
-    if (!GetInputData(0, VdSpatialData::GetClassTypeId()))
+    // The symbols keep their memory and size from one run to the next: each
+    // drawing sizes them anew, and a run that draws none empties them.
+    if (!GetInputData(0, VdSpatialData::GetClassTypeId())) {
+        m_Symbols->clear();
         return ModuleOk;
+    }
     if (m_ColorMethod == Fixed)
         renderer->setBaseColor(m_FixedColor);
     const uint32_t stride = DensityStride(m_Density);
@@ -292,6 +307,8 @@ VoModule::ModuleStatus VoScatterPlot::ExecuteImpl(std::shared_ptr<VgRenderer> re
             RenderLabels(*renderer, *points, stride);
     } else if (const auto* lattice = dynamic_cast<const VdLattice*>(InputData())) {
         status = Render(*renderer, *lattice, stride);
+    } else {
+        m_Symbols->clear();
     }
     if (status == ModuleOk && m_ColorMethod == ByData)
         m_Legend.Execute(*renderer);
@@ -305,14 +322,18 @@ bool VoScatterPlot::ColorsByData(const VdVertexData& data) const
 
 VoModule::ModuleStatus VoScatterPlot::Render(VgRenderer& renderer, const VdPoints& points, uint32_t stride)
 {
-    if (points.VertexCount() == 0)
+    if (points.VertexCount() == 0) {
+        m_Symbols->clear();
         return ModuleOk;
-    if (m_ColorMethod == ByData && points.ComponentCount() == 0)
+    }
+    if (m_ColorMethod == ByData && points.ComponentCount() == 0) {
+        m_Symbols->clear();
         CORE_THROW(36);
+    }
     const bool byData = ColorsByData(points);
     const PointSymbols source(points, stride, byData ? &m_ColorComponent : nullptr);
-    m_Symbols->vertices.reserve(source.Count());
-    CollectSymbols(source, byData ? &m_ColorMap : nullptr, *m_Symbols, nullptr);
+    const ColorLookup colors(m_ColorMap);
+    CollectSymbols(source, byData ? &colors : nullptr, *m_Symbols, nullptr);
     m_Symbols->materialBinding = byData ? VgVertexData::PER_VERTEX : VgVertexData::OVERALL;
     DrawSymbols(renderer);
     if (m_ShowLines) {
@@ -325,12 +346,15 @@ VoModule::ModuleStatus VoScatterPlot::Render(VgRenderer& renderer, const VdPoint
 // Nodes in node order; with lines, each row of nodes along I is one strip.
 VoModule::ModuleStatus VoScatterPlot::Render(VgRenderer& renderer, const VdLattice& lattice, uint32_t stride)
 {
-    if (lattice.VertexCount() == 0)
+    if (lattice.VertexCount() == 0) {
+        m_Symbols->clear();
         return ModuleOk;
+    }
     const bool byData = ColorsByData(lattice);
     const NodeSymbols source(lattice, stride, byData ? &m_ColorComponent : nullptr);
     std::vector<size_t> kept;
-    CollectSymbols(source, byData ? &m_ColorMap : nullptr, *m_Symbols, m_ShowLines ? &kept : nullptr);
+    const ColorLookup colors(m_ColorMap);
+    CollectSymbols(source, byData ? &colors : nullptr, *m_Symbols, m_ShowLines ? &kept : nullptr);
     m_Symbols->materialBinding = byData ? VgVertexData::PER_VERTEX : VgVertexData::OVERALL;
     DrawSymbols(renderer);
     if (!m_ShowLines)

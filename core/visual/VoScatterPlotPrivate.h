@@ -4,7 +4,7 @@
 // that put labels at a pixel offset from their points and draw the leader
 // lines between them.
 #include "core/data/PrimConvert.h"
-#include "core/graphics/VbColorMap.h"
+#include "core/graphics/ColorLookup.h"
 #include "core/graphics/VgVertexData.h"
 #include "core/visual/BlockCompaction.h"
 #include "core/properties/VbLabelFormat.h"
@@ -98,19 +98,18 @@ private:
 constexpr size_t kSymbolBlock = 1 << 14;
 
 // Fills `out` with the position of every candidate of `source` that is not
-// blank and, given a colour map, its colour (per vertex); `kept`, when not
-// null, receives each vertex's candidate number. The source offers Count(),
-// Blankable(), Blank(n), Position(n) and Value(n); Value is read only with a
-// colour map. The joined result equals the sequential walk.
+// blank and, given colours, its colour (per vertex); `kept`, when not null,
+// receives each vertex's candidate number. The source offers Count(),
+// Blankable(), Blank(n), Position(n) and Value(n); Value is read only with
+// colours. The joined result equals the sequential walk. The vectors keep
+// their memory from one run to the next.
 template <class Source>
-void CollectSymbols(const Source& source, const VbColorMap* colorMap, VgVertexData& out, std::vector<size_t>* kept)
+void CollectSymbols(const Source& source, const ColorLookup* colors, VgVertexData& out, std::vector<size_t>* kept)
 {
     const size_t count = source.Count();
     const size_t blocks = (count + kSymbolBlock - 1) / kSymbolBlock;
     const auto first = [](size_t b) { return b * kSymbolBlock; };
     const auto last = [count](size_t b) { return std::min(count, (b + 1) * kSymbolBlock); };
-    if (colorMap)
-        colorMap->PosToColor(0.0); // builds the table before the workers read it
     const auto countBlock = [&](size_t b) {
         if (!source.Blankable())
             return last(b) - first(b);
@@ -121,19 +120,23 @@ void CollectSymbols(const Source& source, const VbColorMap* colorMap, VgVertexDa
     };
     const auto resize = [&](size_t total) {
         out.vertices.resize(total);
-        out.colors.resize(colorMap ? total : 0);
+        out.colors.resize(colors ? total : 0);
         if (kept)
             kept->resize(total);
     };
     const auto fill = [&](size_t b, size_t at) {
+        shr::Vec3d* vertices = out.vertices.data();
+        shr::Color4b* colored = colors ? out.colors.data() : nullptr;
+        size_t* candidates = kept ? kept->data() : nullptr;
+        const bool blankable = source.Blankable();
         for (size_t c = first(b); c < last(b); ++c) {
-            if (source.Blankable() && source.Blank(c))
+            if (blankable && source.Blank(c))
                 continue;
-            out.vertices[at] = source.Position(c);
-            if (colorMap)
-                out.colors[at] = colorMap->DatToColor(source.Value(c));
-            if (kept)
-                (*kept)[at] = c;
+            vertices[at] = source.Position(c);
+            if (colored)
+                colored[at] = (*colors)(source.Value(c));
+            if (candidates)
+                candidates[at] = c;
             ++at;
         }
     };
