@@ -24,15 +24,14 @@
 #include "core/visual/VoFaceRender.h"
 #include "core/visual/VoScatterPlot.h"
 #include "shr/Box3d.h"
+#include "RawFiles.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <cstdio>
 #include <memory>
 #include <random>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -41,24 +40,7 @@ using namespace core;
 
 constexpr unsigned int kPoints = 1000000;
 
-std::string OutputFolder()
-{
-    char path[4096];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
-    std::string exe(path, length > 0 ? static_cast<size_t>(length) : 0);
-    const size_t slash = exe.rfind('/');
-    return slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
-}
-
-template <class T>
-void WriteRaw(const std::string& name, const std::vector<T>& values)
-{
-    const std::string path = OutputFolder() + "/" + name;
-    if (FILE* file = std::fopen(path.c_str(), "wb")) {
-        std::fwrite(values.data(), sizeof(T), values.size(), file);
-        std::fclose(file);
-    }
-}
+using benchfiles::WriteRaw;
 
 void WriteTable(const std::string& name, const VbColorMap& map)
 {

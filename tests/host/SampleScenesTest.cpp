@@ -38,25 +38,22 @@ std::vector<std::string> ModuleRows(const std::string& out)
     return rows;
 }
 
-CommandResult DrawSample(const ScratchFolder& folder, const char* scene, render::Image& image)
+// Draws a sample scene; every module must have run.
+render::Image DrawSample(const char* scene)
 {
+    ScratchFolder folder;
     const std::string picture = folder.Path("sample.png");
     const CommandResult result =
         Render({std::string(FENRAK_SOURCE_DATA_DIR) + "/scenes/" + scene, "-o", picture, "--stats"});
-    if (result.status == 0)
-        image = hosttest::ReadPng(picture);
-    return result;
+    EXPECT_EQ(result.status, 0) << result.err;
+    for (const std::string& row : ModuleRows(result.out))
+        EXPECT_NE(row.find(" ok "), std::string::npos) << row;
+    return result.status == 0 ? hosttest::ReadPng(picture) : render::Image(1, 1);
 }
 
 TEST(SampleScenes, BoreholesShowAssaysLabelsAndAxes)
 {
-    ScratchFolder folder;
-    render::Image image;
-    const CommandResult result = DrawSample(folder, "boreholes.json", image);
-    ASSERT_EQ(result.status, 0) << result.err;
-    for (const std::string& row : ModuleRows(result.out))
-        EXPECT_NE(row.find(" ok "), std::string::npos) << row;
-    EXPECT_NE(result.out.find("Axes "), std::string::npos) << result.out;
+    const render::Image image = DrawSample("boreholes.json");
     // Low grades are blue symbols, the labels white, the X axis red and the Y axis green.
     EXPECT_GT(Middle(image, [](const shr::Color4b& c) { return c.b > 200 && c.r < 60 && c.g < 120; }), 500);
     EXPECT_GT(Middle(image, [](const shr::Color4b& c) { return c.r > 230 && c.g > 230 && c.b > 230; }), 300);
@@ -64,14 +61,9 @@ TEST(SampleScenes, BoreholesShowAssaysLabelsAndAxes)
     EXPECT_GT(Middle(image, [](const shr::Color4b& c) { return c.g > 200 && c.r < 60 && c.b < 60; }), 300);
 }
 
-TEST(SampleScenes, BlockModelShowsBlocksAndCountsThem)
+TEST(SampleScenes, BlockModelShowsTheOreBlocks)
 {
-    ScratchFolder folder;
-    render::Image image;
-    const CommandResult result = DrawSample(folder, "block-model.json", image);
-    ASSERT_EQ(result.status, 0) << result.err;
-    for (const std::string& row : ModuleRows(result.out))
-        EXPECT_NE(row.find(" ok "), std::string::npos) << row;
+    const render::Image image = DrawSample("block-model.json");
     // Yellow to red ore blocks fill much of the middle.
     EXPECT_GT(Middle(image, [](const shr::Color4b& c) { return c.r > 150 && c.b < 80; }), 10000);
 }
