@@ -24,7 +24,7 @@
 #include "core/visual/VoFaceRender.h"
 #include "core/visual/VoScatterPlot.h"
 #include "shr/Box3d.h"
-#include "RawFiles.h"
+#include "BenchFiles.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,6 +1,6 @@
 #pragma once
-// Where the benchmarks leave their inputs for the peer scripts: raw
-// little-endian arrays in the folder of the running program.
+// The raw files a benchmark writes beside its program for the peer script to
+// read: little-endian values with no header, in the order given.
 #include <cstdio>
 #include <string>
 #include <unistd.h>
@@ -8,6 +8,7 @@
 
 namespace benchfiles {
 
+// The folder of the running program.
 inline std::string OutputFolder()
 {
     char path[4096];
@@ -17,7 +18,6 @@ inline std::string OutputFolder()
     return slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
 }
 
-// The values' bytes as they lie in memory, under `name` beside the program.
 template <class T>
 void WriteRaw(const std::string& name, const std::vector<T>& values)
 {
