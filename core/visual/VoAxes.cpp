@@ -17,7 +17,7 @@
 #include "core/properties/VbUnsignedPropertyConverter.h"
 #include "core/visual/GeometryScope.h"
 #include "core/visual/InputBounds.h"
-#include "core/visual/RowValues.h"
+#include "core/visual/RowReader.h"
 #include "shr/Archive.h"
 #include "shr/MathUtil.h"
 #include "shr/Quat4d.h"
@@ -537,11 +537,12 @@ void VoAxes::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
         list.Enabled(IdGridLineWidth, m_ShowGrid);
         break;
     case IdGridColor: list.GetValue(id, m_GridColor); break;
-    case IdGridLineWidth: m_GridLineWidth = ReadClamped(list, id, 0.0, kMaxGridLineWidth, m_GridLineWidth); break;
-    case IdThickness: m_AxisScale = ReadClamped(list, id, 0.0, kMaxAxisScale, m_AxisScale); break;
+    case IdGridLineWidth: RowReader::Clamped(list, id, 0.0, kMaxGridLineWidth, m_GridLineWidth); break;
+    case IdThickness: RowReader::Clamped(list, id, 0.0, kMaxAxisScale, m_AxisScale); break;
     case IdShowArrows: list.GetValue(id, m_ShowArrows); break;
     case IdFont: {
-        const shr::GString face = ReadFace(list, id, m_Axes[0].text.m_Face);
+        shr::GString face = m_Axes[0].text.m_Face;
+        RowReader::Face(list, id, face);
         forAll([&face](AxisInfo& info) { info.text.m_Face = face; });
         break;
     }
@@ -552,12 +553,14 @@ void VoAxes::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
         break;
     }
     case IdLabelHeight: {
-        const double scale = ReadClamped(list, id, 0.0, kMaxTextScale, m_Axes[0].labelScale);
+        double scale = m_Axes[0].labelScale;
+        RowReader::Clamped(list, id, 0.0, kMaxTextScale, scale);
         forAll([scale](AxisInfo& info) { info.labelScale = scale; });
         break;
     }
     case IdTitleHeight: {
-        const double scale = ReadClamped(list, id, 0.0, kMaxTextScale, m_Axes[0].titleScale);
+        double scale = m_Axes[0].titleScale;
+        RowReader::Clamped(list, id, 0.0, kMaxTextScale, scale);
         forAll([scale](AxisInfo& info) { info.titleScale = scale; });
         break;
     }
@@ -597,7 +600,7 @@ bool VoAxes::AxisPropertyEvent(VbPropList& list, const VbPropertyEvent& event)
         info.end[other] = info.start[other];
         break;
     }
-    case RowPlane: info.plane = ReadClamped(list, id, -180.0, 180.0, info.plane); break;
+    case RowPlane: RowReader::Clamped(list, id, -180.0, 180.0, info.plane); break;
     case RowTitle: list.GetValue(id, info.title); break;
     case RowShowLabels: list.GetValue(id, info.showLabels); break;
     case RowFlipX: list.GetValue(id, info.flipX); break;
@@ -614,12 +617,11 @@ bool VoAxes::AxisPropertyEvent(VbPropList& list, const VbPropertyEvent& event)
         list.SetNum(id, info.labelIncrement);
         break;
     }
-    case RowLabelAngle: info.labelAngle = ReadClamped(list, id, -360.0, 360.0, info.labelAngle); break;
+    case RowLabelAngle: RowReader::Clamped(list, id, -360.0, 360.0, info.labelAngle); break;
     case RowTicksPerLabel: {
         int ticks = info.ticksPerLabel;
-        list.GetValue(id, ticks);
-        info.ticksPerLabel = std::clamp(ticks, 1, kMaxTicksPerLabel);
-        list.SetNum(id, int(info.ticksPerLabel));
+        RowReader::Clamped(list, id, 1, kMaxTicksPerLabel, ticks);
+        info.ticksPerLabel = ticks;
         break;
     }
     default:

@@ -15,7 +15,7 @@
 #include "core/properties/VbUnsignedPropertyConverter.h"
 #include "core/visual/GeometryScope.h"
 #include "core/visual/InputBounds.h"
-#include "core/visual/RowValues.h"
+#include "core/visual/RowReader.h"
 #include "shr/Archive.h"
 #include "shr/StringUtil.h"
 
@@ -153,13 +153,13 @@ void VoBoundingBox::PropertyEvent(VbPropList& list, const VbPropertyEvent& event
     const int id = event.Id();
     switch (id) {
     case IdColor: list.GetValue(id, m_Color); break;
-    case IdLineWidth: m_LineWidth = float(ReadClamped(list, id, 0.0, kMaxLineWidth, m_LineWidth)); break;
+    case IdLineWidth: RowReader::Clamped(list, id, 0.0, kMaxLineWidth, m_LineWidth); break;
     case IdShowLabels:
         list.GetValue(id, m_ShowLabels);
         EnableLabelRows(list);
         break;
-    case IdFont: m_Text.m_Face = ReadFace(list, id, m_Text.m_Face); break;
-    case IdLabelSize: m_Text.m_Height = ReadClamped(list, id, 1.0, kMaxLabelSize, m_Text.m_Height); break;
+    case IdFont: RowReader::Face(list, id, m_Text.m_Face); break;
+    case IdLabelSize: RowReader::Clamped(list, id, 1.0, kMaxLabelSize, m_Text.m_Height); break;
     case IdLabelColor: list.GetValue(id, m_Text.m_Color); break;
     default:
         if (id <= IdLabelFormat || id > IdLabelFormat + 4)

@@ -20,7 +20,7 @@
 #include "core/properties/VbStringPropertyConverter.h"
 #include "core/properties/VbUnsignedPropertyConverter.h"
 #include "core/visual/GeometryScope.h"
-#include "core/visual/RowValues.h"
+#include "core/visual/RowReader.h"
 #include "core/visual/VoScatterPlotPrivate.h"
 #include "shr/Archive.h"
 #include "shr/Exception.h"
@@ -576,20 +576,20 @@ void VoScatterPlot::PropertyEvent(VbPropList& list, const VbPropertyEvent& event
     }
     switch (id) {
     case IdMarker:
-        m_Symbol = ReadChoice(list, id, kSymbolCount, m_Symbol);
+        RowReader::Choice(list, id, kSymbolCount, m_Symbol);
         OnSetMarker(list);
         break;
-    case IdPointSize: m_PointSize = float(ReadClamped(list, id, 0.0, kMaxPointSize, m_PointSize)); break;
-    case IdMarkerSize: m_MarkerSize = ReadChoice(list, id, kMarkerSizeCount, m_MarkerSize); break;
-    case IdLineWidth: m_LineWidth = float(ReadClamped(list, id, 0.0, kMaxLineWidth, m_LineWidth)); break;
+    case IdPointSize: RowReader::Clamped(list, id, 0.0, kMaxPointSize, m_PointSize); break;
+    case IdMarkerSize: RowReader::Choice(list, id, kMarkerSizeCount, m_MarkerSize); break;
+    case IdLineWidth: RowReader::Clamped(list, id, 0.0, kMaxLineWidth, m_LineWidth); break;
     case IdColorMethod:
-        m_ColorMethod = ReadChoice(list, id, 2, m_ColorMethod);
+        RowReader::Choice(list, id, 2, m_ColorMethod);
         UpdateColorMethod(list);
         break;
     case IdFixedColor: list.GetValue(id, m_FixedColor); break;
     case IdColorComponent: {
         const VdVertexData* data = GetInputData(0) ? InputData() : nullptr;
-        m_ColorComponent = ReadChoice(list, id, data ? data->ComponentCount() : 0, m_ColorComponent);
+        RowReader::Choice(list, id, data ? data->ComponentCount() : 0, m_ColorComponent);
         UpdateColorMap();
         break;
     }
@@ -597,7 +597,7 @@ void VoScatterPlot::PropertyEvent(VbPropList& list, const VbPropertyEvent& event
         list.GetValue(id, m_ColorMap);
         UpdateColorMap();
         break;
-    case IdDensity: m_Density = ReadChoice(list, id, kDensityCount, m_Density); break;
+    case IdDensity: RowReader::Choice(list, id, kDensityCount, m_Density); break;
     case IdShowLines:
         list.GetValue(id, m_ShowLines);
         list.Enabled(IdLineWidth, m_ShowLines);
@@ -618,29 +618,31 @@ bool VoScatterPlot::LabelPropertyEvent(VbPropList& list, int id)
         UpdateLabels(list);
         return true;
     case IdLabelField: list.GetValue(id, m_LabelField); return true;
-    case IdLabelFont: m_TextFormat.m_Face = ReadFace(list, id, m_TextFormat.m_Face); return true;
-    case IdLabelSize: m_TextFormat.m_Height = ReadClamped(list, id, 1.0, kMaxLabelSize, m_TextFormat.m_Height); return true;
+    case IdLabelFont: RowReader::Face(list, id, m_TextFormat.m_Face); return true;
+    case IdLabelSize: RowReader::Clamped(list, id, 1.0, kMaxLabelSize, m_TextFormat.m_Height); return true;
     case IdLabelColor: list.GetValue(id, m_TextFormat.m_Color); return true;
     case IdLabelColorMethod:
-        m_LabelColorMethod = ReadChoice(list, id, 2, m_LabelColorMethod);
+        RowReader::Choice(list, id, 2, m_LabelColorMethod);
         UpdateLabelColorMethod(list);
         return true;
-    case IdLabelJustification:
-        m_TextFormat.m_Justification = static_cast<TextFormat::Justification>(
-            ReadChoice(list, id, 3, unsigned(m_TextFormat.m_Justification)));
+    case IdLabelJustification: {
+        uint32_t justification = uint32_t(m_TextFormat.m_Justification);
+        RowReader::Choice(list, id, 3, justification);
+        m_TextFormat.m_Justification = static_cast<TextFormat::Justification>(justification);
         return true;
+    }
     case IdLabelXOffset:
-        floats[XOffsetFloat] = float(ReadClamped(list, id, -kMaxOffset, kMaxOffset, floats[XOffsetFloat]));
+        RowReader::Clamped(list, id, -kMaxOffset, kMaxOffset, floats[XOffsetFloat]);
         return true;
     case IdLabelYOffset:
-        floats[YOffsetFloat] = float(ReadClamped(list, id, -kMaxOffset, kMaxOffset, floats[YOffsetFloat]));
+        RowReader::Clamped(list, id, -kMaxOffset, kMaxOffset, floats[YOffsetFloat]);
         return true;
     case IdLeaderLines:
         list.GetValue(id, m_LeaderLines);
         list.Enabled(IdLeaderLineWidth, m_ShowLabels && m_LeaderLines);
         return true;
     case IdLeaderLineWidth:
-        floats[LeaderWidthFloat] = float(ReadClamped(list, id, 0.0, kMaxLineWidth, floats[LeaderWidthFloat]));
+        RowReader::Clamped(list, id, 0.0, kMaxLineWidth, floats[LeaderWidthFloat]);
         return true;
     default: return false;
     }
