@@ -174,13 +174,15 @@ bool VoAxes::GetBounds(const VgRenderer* renderer, shr::Box3d& box, shr::Mat4d& 
 
 void VoAxes::OnInputChanged(int, bool recalc)
 {
-    // A new source (not fresh data from the same one) counts as a new input;
-    // so does a link made after the old one was cut.
-    const VdData* data = GetInputData(0);
-    if (data != m_LastData && (m_LastData != nullptr || data == nullptr))
+    // Another source linked, or the link cut, makes the next input a new one;
+    // fresh data from the same source, or the first link of a module just
+    // loaded, leave the stored flag to decide.
+    const VoModule* source = GetInputConnection(0, 0);
+    const VbModuleId id = source ? source->Id() : VbModuleId::Bad();
+    if (!(id == m_LastSource) && !m_LastSource.IsBad())
         m_FitNextInput = true;
-    m_LastData = data;
-    if (recalc && m_FitNextInput && data)
+    m_LastSource = id;
+    if (recalc && m_FitNextInput && GetInputData(0))
         RecalcDefaults();
 }
 

@@ -27,7 +27,6 @@
 namespace core {
 
 class VbModuleInfo;
-class VdData;
 class VgRenderer;
 
 class VoAxes : public VoModule {
@@ -139,8 +138,8 @@ private:
     bool m_ShowArrows = true;
     // The stored flag with no row: fit the axes to the next input that comes.
     bool m_FitNextInput = true;
-    // The data last seen at the input, to tell a new source from new data.
-    const VdData* m_LastData = nullptr;
+    // The source last seen at the input, to tell a new source from new data.
+    VbModuleId m_LastSource;
     shr::Color4b m_GridColor;
     double m_GridLineWidth = 1.0;
     double m_AxisScale = 1.0;

@@ -119,6 +119,28 @@ TEST_F(AxesTest, FittingGivesRoundIncrementsAndLabelsThatDiffer)
     EXPECT_EQ(axes->LabelValues(1), (std::vector<double>{0, 25, 50, 75, 100}));
 }
 
+// New data from the same source keep what the user set; another source refits.
+TEST_F(AxesTest, OnlyANewSourceRefitsTheAxes)
+{
+    auto* source = Add(new testsupport::DataSource(Corners(Box3d(0, 0, 0, 10, 10, 10))));
+    auto* axes = Add(new VoAxes);
+    Link(axes, source);
+    RunPass();
+    EXPECT_EQ(axes->Axis(0).end.x, 10.0);
+    axes->Axis(0).labelIncrement = 3.0;
+    source->GetOutput(0)->Data(Corners(Box3d(0, 0, 0, 20, 20, 20)));
+    const int64_t before = source->ExecTime();
+    source->SetModified();
+    RunPass();
+    ASSERT_GT(source->ExecTime(), before) << "the source ran and handed its data on";
+    EXPECT_EQ(axes->Axis(0).labelIncrement, 3.0);
+    EXPECT_EQ(axes->Axis(0).end.x, 10.0);
+    Link(axes, Add(new testsupport::DataSource(Corners(Box3d(0, 0, 0, 40, 40, 40)))));
+    RunPass();
+    EXPECT_EQ(axes->Axis(0).end.x, 40.0);
+    EXPECT_EQ(axes->Axis(0).labelIncrement, 10.0);
+}
+
 TEST_F(AxesTest, ValidationNamesTheAxisAndTheLeastIncrement)
 {
     auto* axes = Look(Corners(Box3d(0, 0, 0, 100, 10, 10)), new VoAxes);
