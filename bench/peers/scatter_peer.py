@@ -19,11 +19,15 @@ faces with colours and normals. Peer: the same cells hidden through the ghost
 array (computed in numpy from the same table before timing), then
 vtkDataSetSurfaceFilter, then the colour mapping of the faces' cell values.
 
-Outputs are compared before timing: symbol counts and every point's colour
-(within one step of the table, VTK rounding the table index down where we
-round to nearest); face counts exactly and the faces' mean red within 1.
-Times are the best of several runs on each side; 2 threads on each side
-(TBB's default arena on this machine, vtkSMPTools.Initialize(2)).
+Outputs are compared: symbol counts and every point's colour (within one
+step of the table, VTK rounding the table index down where we round to
+nearest); face counts exactly and the faces' mean red within 1.
+
+Times: the machine is shared, so the two sides take turns: a fresh run of our
+benchmark (Google Benchmark's mean over at least half a second), then one run
+of the peer, repeated; each side's best turn counts. Real time and CPU time of
+the whole process (worker threads included) are both given. 2 threads on each
+side (TBB's default arena on this machine, vtkSMPTools.Initialize(2)).
 """
 import json
 import os

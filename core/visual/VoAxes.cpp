@@ -303,7 +303,7 @@ void VoAxes::DrawAxis(VgRenderer& renderer, int axis, const shr::Box3d& box, con
     const double length = info.end[axis] - info.start[axis];
     const double major = diagonal * kTickPerDiagonal, minor = major * 0.5;
 
-    renderer.pushState(VgRenderer::SEPARATOR);
+    const StateScope state(renderer, VgRenderer::SEPARATOR);
     renderer.setBaseColor(info.color);
     DrawAxisShaft(renderer, frame, length, thickness);
 
@@ -336,7 +336,6 @@ void VoAxes::DrawAxis(VgRenderer& renderer, int axis, const shr::Box3d& box, con
         DrawLabel(renderer, info, frame, shr::Vec3d(length * 0.5, major + extent + height * kTitleGap, 0.0),
                   info.title.c_str(), 0.0);
     }
-    renderer.popState();
 }
 
 // A line, or a lit cylinder along the frame's X with a cone at the end.
@@ -353,11 +352,10 @@ void VoAxes::DrawAxisShaft(VgRenderer& renderer, const shr::Mat4d& frame, double
     // Y onto the frame's X (X onto Y, Z onto -Z) and size them.
     const shr::Mat4d turn(0, 1, 0, 0, 1, 0, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1);
     const auto place = [&](double radius, double height, double at, void (VgRenderer::*draw)()) {
-        renderer.pushState(VgRenderer::TRANSFORM_SEPARATOR);
+        const StateScope state(renderer, VgRenderer::TRANSFORM_SEPARATOR);
         MultTransform(renderer, shr::Mat4d::MakeScale(radius, height * 0.5, radius) * turn *
                                     shr::Mat4d::MakeTranslation(at, 0.0, 0.0) * frame);
         (renderer.*draw)();
-        renderer.popState();
     };
     place(thickness, length, length * 0.5, &VgRenderer::drawCylinder);
     if (m_ShowArrows)
@@ -380,11 +378,10 @@ double VoAxes::DrawLabel(VgRenderer& renderer, const AxisInfo& info, const shr::
     const double sx = info.flipX ? -1.0 : 1.0, sy = info.flipY ? -1.0 : 1.0;
     shr::Mat4d rotation;
     rotation.RotateZ(radians, shr::Mat4d::PostMultiply);
-    renderer.pushState(VgRenderer::TRANSFORM_SEPARATOR);
+    const StateScope state(renderer, VgRenderer::TRANSFORM_SEPARATOR);
     MultTransform(renderer, shr::Mat4d::MakeTranslation(-centre.x, -centre.y, 0.0) * shr::Mat4d::MakeScale(sx, sy, 1.0) *
                                 rotation * shr::Mat4d::MakeTranslation(at.x, at.y + across * 0.5, 0.0) * frame);
     renderer.drawTzText(text);
-    renderer.popState();
     return across;
 }
 
@@ -406,12 +403,11 @@ void VoAxes::DrawGrid(VgRenderer& renderer, const shr::Mat4d& matrix) const
             }
         }
     }
-    renderer.pushState(VgRenderer::SEPARATOR);
+    const StateScope state(renderer, VgRenderer::SEPARATOR);
     renderer.setLightModel(VgRenderer::BASE_COLOR);
     renderer.setBaseColor(m_GridColor);
     renderer.setLineWidth(m_GridLineWidth);
     renderer.drawLineSet(lines);
-    renderer.popState();
 }
 
 // ---- properties ----------------------------------------------------------------------------

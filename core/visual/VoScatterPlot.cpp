@@ -392,7 +392,7 @@ void VoScatterPlot::RenderLabels(VgRenderer& renderer, const VdPoints& points, u
         m_TextOffset = InvSmartPtr<TextOffsetNode>(new TextOffsetNode);
     m_TextOffset->xOffset = m_TextFormat.m_Floats[XOffsetFloat];
     m_TextOffset->yOffset = m_TextFormat.m_Floats[YOffsetFloat];
-    renderer.pushState(VgRenderer::SEPARATOR);
+    const StateScope state(renderer, VgRenderer::SEPARATOR);
     InvSmartPtr<LeaderLineNode> leaders;
     if (m_LeaderLines) {
         leaders = InvSmartPtr<LeaderLineNode>(new LeaderLineNode);
@@ -428,7 +428,6 @@ void VoScatterPlot::RenderLabels(VgRenderer& renderer, const VdPoints& points, u
             leaders->points.push_back(shifted);
         }
     }
-    renderer.popState();
 }
 
 // ---- properties ----------------------------------------------------------------------------
