@@ -20,26 +20,29 @@ namespace core {
 template <class Count, class Resize, class Fill>
 size_t CompactBlocks(size_t blocks, Count count, Resize resize, Fill fill)
 {
-    std::vector<size_t> offsets(blocks + 1, 0);
-    HandOver(offsets.data());
-    tbb::parallel_for(tbb::blocked_range<size_t>(0, blocks), [&](const tbb::blocked_range<size_t>& range) {
-        TakeOver(offsets.data());
+    std::vector<size_t> sums(blocks + 1, 0);
+    // The tasks reach everything through the hand-over token, which they
+    // hold by value.
+    size_t* const offsets = sums.data();
+    HandOver(offsets);
+    tbb::parallel_for(tbb::blocked_range<size_t>(0, blocks), [&, offsets](const tbb::blocked_range<size_t>& range) {
+        TakeOver(offsets);
         for (size_t b = range.begin(); b != range.end(); ++b)
             offsets[b + 1] = count(b);
-        HandOver(offsets.data());
+        HandOver(offsets);
     });
-    TakeOver(offsets.data());
+    TakeOver(offsets);
     for (size_t b = 0; b < blocks; ++b)
         offsets[b + 1] += offsets[b];
     resize(offsets[blocks]);
-    HandOver(offsets.data());
-    tbb::parallel_for(tbb::blocked_range<size_t>(0, blocks), [&](const tbb::blocked_range<size_t>& range) {
-        TakeOver(offsets.data());
+    HandOver(offsets);
+    tbb::parallel_for(tbb::blocked_range<size_t>(0, blocks), [&, offsets](const tbb::blocked_range<size_t>& range) {
+        TakeOver(offsets);
         for (size_t b = range.begin(); b != range.end(); ++b)
             fill(b, offsets[b]);
-        HandOver(offsets.data());
+        HandOver(offsets);
     });
-    TakeOver(offsets.data());
+    TakeOver(offsets);
     return offsets[blocks];
 }
 

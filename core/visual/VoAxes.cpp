@@ -379,8 +379,8 @@ double VoAxes::DrawLabel(VgRenderer& renderer, const AxisInfo& info, const shr::
     shr::Mat4d rotation;
     rotation.RotateZ(radians, shr::Mat4d::PostMultiply);
     const StateScope state(renderer, VgRenderer::TRANSFORM_SEPARATOR);
-    MultTransform(renderer, shr::Mat4d::MakeTranslation(-centre.x, -centre.y, 0.0) * shr::Mat4d::MakeScale(sx, sy, 1.0) *
-                                rotation * shr::Mat4d::MakeTranslation(at.x, at.y + across * 0.5, 0.0) * frame);
+    const shr::Mat4d mirror = shr::Mat4d::MakeTranslation(-centre.x, -centre.y, 0.0) * shr::Mat4d::MakeScale(sx, sy, 1.0);
+    MultTransform(renderer, mirror * rotation * shr::Mat4d::MakeTranslation(at.x, at.y + across * 0.5, 0.0) * frame);
     renderer.drawTzText(text);
     return across;
 }

@@ -271,7 +271,8 @@ bool VoFaceRender::ComputeIndexed(const VdLattice& lattice, const LatticeRange& 
     m_Standing.resize(values.size());
     uint8_t* standing = m_Standing.data();
     HandOver(standing);
-    tbb::parallel_for(tbb::blocked_range<size_t>(0, values.size()), [&](const tbb::blocked_range<size_t>& cells) {
+    const tbb::blocked_range<size_t> all(0, values.size());
+    tbb::parallel_for(all, [&, standing](const tbb::blocked_range<size_t>& cells) {
         TakeOver(standing);
         for (size_t n = cells.begin(); n != cells.end(); ++n)
             standing[n] = BlankedOrTransparent(values[n], colors) ? 0 : 1;

@@ -150,7 +150,8 @@ TEST_F(AxesTest, ValidationNamesTheAxisAndTheLeastIncrement)
     axes->SetModified();
     RunPass();
     EXPECT_EQ(axes->GetStatus(), VoModule::ModuleFailed);
-    EXPECT_EQ(proxy.LastError(), "Too many labels for the X axis (1000).\nIncrease the label increment to at least 0.5");
+    EXPECT_EQ(proxy.LastError(),
+              "Too many labels for the X axis (1000).\nIncrease the label increment to at least 0.5");
     EXPECT_EQ(axes->MinLabelIncrement(0), 0.5);
 
     axes->Axis(0).labelIncrement = 10.0;

@@ -116,7 +116,8 @@ TEST_F(FaceRenderTest, FacesAreWoundOutwards)
         const Vec3d winding = (v[1] - v[0]).Cross(v[2] - v[1]);
         const Vec3d normal(faces.normals[f][0], faces.normals[f][1], faces.normals[f][2]);
         const Vec3d centre = (v[0] + v[1] + v[2] + v[3]) * 0.25;
-        const Vec3d block(0.5, std::floor(centre.y - 0.25 * normal.y) + 0.5, std::floor(centre.z - 0.25 * normal.z) + 0.5);
+        const auto cellMiddle = [](double face, double n) { return std::floor(face - 0.25 * n) + 0.5; };
+        const Vec3d block(0.5, cellMiddle(centre.y, normal.y), cellMiddle(centre.z, normal.z));
         EXPECT_GT(winding.Dot(normal), 0.0) << f;
         EXPECT_GT((centre - block).Dot(normal), 0.0) << f;
         EXPECT_EQ(faces.indices[5 * f + 4], -1);
