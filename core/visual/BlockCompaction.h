@@ -16,22 +16,28 @@ namespace core {
 
 // count(b) gives the outputs of block b; resize(total) makes room for all of
 // them; fill(b, offset) writes block b's outputs from `offset` on. Returns the
-// total.
+// total. With `counted` the counts are cheap and known ahead (no output is
+// left out), and are taken in the calling thread.
 template <class Count, class Resize, class Fill>
-size_t CompactBlocks(size_t blocks, Count count, Resize resize, Fill fill)
+size_t CompactBlocks(size_t blocks, Count count, Resize resize, Fill fill, bool counted = false)
 {
     std::vector<size_t> sums(blocks + 1, 0);
     // The tasks reach everything through the hand-over token, which they
     // hold by value.
     size_t* const offsets = sums.data();
-    HandOver(offsets);
-    tbb::parallel_for(tbb::blocked_range<size_t>(0, blocks), [&, offsets](const tbb::blocked_range<size_t>& range) {
-        TakeOver(offsets);
-        for (size_t b = range.begin(); b != range.end(); ++b)
+    if (counted) {
+        for (size_t b = 0; b < blocks; ++b)
             offsets[b + 1] = count(b);
+    } else {
         HandOver(offsets);
-    });
-    TakeOver(offsets);
+        tbb::parallel_for(tbb::blocked_range<size_t>(0, blocks), [&, offsets](const tbb::blocked_range<size_t>& range) {
+            TakeOver(offsets);
+            for (size_t b = range.begin(); b != range.end(); ++b)
+                offsets[b + 1] = count(b);
+            HandOver(offsets);
+        });
+        TakeOver(offsets);
+    }
     for (size_t b = 0; b < blocks; ++b)
         offsets[b + 1] += offsets[b];
     resize(offsets[blocks]);

@@ -122,7 +122,8 @@ public:
           m_Coords(points.GetCoordType() == shr::Double ? static_cast<const double*>(points.GetCoordPtr()) : nullptr),
           m_Values(points.DataType() == shr::Double && points.ComponentCount() > 0
                        ? static_cast<const double*>(points.DataPtr())
-                       : nullptr)
+                       : nullptr),
+          m_Components(points.ComponentCount())
     {
     }
     size_t Count() const { return m_Count == 0 ? 0 : (m_Count - 1) / m_Stride + 1; }
@@ -144,7 +145,7 @@ public:
     }
     double Value(size_t n) const
     {
-        const size_t at = size_t(Point(n)) * m_Points.ComponentCount() + m_Component;
+        const size_t at = size_t(Point(n)) * m_Components + m_Component;
         return m_Values ? m_Values[at] : ElementAt(m_Points.DataPtr(), m_Points.DataType(), at);
     }
 
@@ -159,6 +160,7 @@ private:
     const shr::Mat4d* m_Matrix;
     const double* m_Coords;
     const double* m_Values;
+    size_t m_Components;
 };
 
 // Candidates of a lattice: every stride-th node in node order.

@@ -19,6 +19,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 class SoAction;
@@ -125,22 +126,26 @@ void CollectSymbols(const Source& source, const ColorLookup* colors, VgVertexDat
             kept->resize(total);
     };
     const auto fill = [&](size_t b, size_t at) {
+        // Local copies: the colour stores (bytes) could alias anything the
+        // loop reads through a reference, which would then be read again.
+        const Source local = source;
+        const std::optional<ColorLookup> lookup = colors ? std::optional<ColorLookup>(*colors) : std::nullopt;
         shr::Vec3d* vertices = out.vertices.data();
         shr::Color4b* colored = colors ? out.colors.data() : nullptr;
         size_t* candidates = kept ? kept->data() : nullptr;
-        const bool blankable = source.Blankable();
+        const bool blankable = local.Blankable();
         for (size_t c = first(b); c < last(b); ++c) {
-            if (blankable && source.Blank(c))
+            if (blankable && local.Blank(c))
                 continue;
-            vertices[at] = source.Position(c);
+            vertices[at] = local.Position(c);
             if (colored)
-                colored[at] = (*colors)(source.Value(c));
+                colored[at] = (*lookup)(local.Value(c));
             if (candidates)
                 candidates[at] = c;
             ++at;
         }
     };
-    CompactBlocks(blocks, countBlock, resize, fill);
+    CompactBlocks(blocks, countBlock, resize, fill, !source.Blankable());
 }
 
 // ---- scene nodes ---------------------------------------------------------------
