@@ -3,6 +3,7 @@
 #include "core/data/ThreadHandOver.h"
 #include "core/data/VdGeometry.h"
 #include "core/graphics/GLFont.h"
+#include "core/graphics/InvConvert.h"
 #include "core/graphics/InvInterface.h"
 #include "core/graphics/InvText3.h"
 #include "core/graphics/VgDragger.h"
@@ -391,11 +392,7 @@ InvSmartPtr<SoVertexProperty> VgRenderer::toSoVertexProperty(const VgVertexData&
 void VgRenderer::multTransform(const shr::Mat4d& matrix)
 {
     InvSmartPtr<SoMatrixTransform> node(new SoMatrixTransform);
-    SbMatrix value;
-    for (int row = 0; row < 4; ++row)
-        for (int column = 0; column < 4; ++column)
-            value[row][column] = float(matrix.m[row][column]);
-    node->matrix = value;
+    node->matrix = ToSbMatrix(matrix);
     AddNode(node.get());
 }
 
