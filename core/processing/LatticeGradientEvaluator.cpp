@@ -156,12 +156,13 @@ void LatticeGradientEvaluator::AxisAlignedRows(unsigned int first, unsigned int 
             for (unsigned int n = 0; n < count; ++n)
                 run.differences[2][n] = value(rowHiZ + i + n) - value(rowLoZ + i + n);
             // An axis without a second node differences the node with itself
-            // over a divisor of 1: its quotients are the 0 that a blank holds.
+            // over a divisor of 1; its quotients are then replaced by the 0
+            // that a blank holds (an infinite value would leave NaN).
             Quotients(run, sy.divisor, sz.divisor, count);
             StoreConverted(out + uint64_t(node) * 3, 1, run.quotients, 3 * count);
             for (int axis = 0; axis < 3; ++axis)
                 for (unsigned int n = 0; !valid[axis] && n < count; ++n)
-                    m_Output.SetBlank(node + n, static_cast<unsigned int>(axis));
+                    Store(out, node + n, axis, false, 0.0);
         }
     }
 }

@@ -283,7 +283,7 @@ void VoCast::UpdatePropertiesImpl(VbPropList& list)
                    ValCheckNone, 0.0, 0.0, 1.0);
     list.AddDouble(Id(), "ChangeTypeScale", IdScale, "Scale", "Multiplies each value after the offset.", m_Scale,
                    ValCheckNone, 0.0, 0.0, 1.0);
-    list.AddButton(Id(), "ChangeTypeStretch", IdStretch, "",
+    list.AddButton(Id(), "ChangeTypeStretch", IdStretch, "Stretch",
                    "Sets offset and scale so that the input range fills the integer output type.", "Stretch");
     list.AddStatic(Id(), IdOutputRange, "Output range", "The limits of the output values.", "");
     list.Outdent();
