@@ -1,0 +1,455 @@
+#include "core/processing/filters/CNeighborhoodFilter.h"
+
+#include "core/data/PrimConvert.h"
+#include "core/data/ThreadHandOver.h"
+#include "core/data/VdUniformLattice.h"
+#include "core/network/VbProgress.h"
+#include "core/processing/filters/FilterSlabs.h"
+#include "shr/StringUtil.h"
+
+#include <algorithm>
+#include <climits>
+#include <mutex>
+
+namespace core {
+
+namespace CNeighborhoodFilterPrivate {
+
+using LatticeFilterPrivate::RunInSlabs;
+
+// What a padded row holds at a position.
+enum ElementKind : unsigned char {
+    KindValue = 0,   // a value the filter may use
+    KindBlank = 1,   // a blanked node
+    KindOutside = 2, // off the lattice, for the edge handlings that read nothing there
+};
+
+// The axis across the planes of each planar orientation.
+const int kNormalAxis[3] = {2, 1, 0};
+
+// Nodes per slab at least, so that small lattices are not cut finer than pays.
+constexpr unsigned int kSlabNodes = 1u << 16;
+
+// The lattice seen as rows: slice axis 0 runs along a row, axis 1 across the
+// rows of a slice, axis 2 across slices. Lengths, node strides and window
+// sides are per slice axis.
+struct SliceGeometry {
+    unsigned int length[3];
+    uint64_t stride[3];
+    unsigned int size[3];
+    unsigned int half[3];
+
+    unsigned int Padded() const { return length[0] + size[0] - 1; }
+    int RowCount() const { return static_cast<int>(length[1] * length[2]); }
+    unsigned int WindowRows() const { return size[1] * size[2]; }
+    // The first node of row (b, c).
+    uint64_t RowStart(unsigned int b, unsigned int c) const { return b * stride[1] + c * stride[2]; }
+};
+
+// The slice axes of an orientation: XZ planes run rows along i across k, YZ
+// planes along j across k; XY planes and the 3D window along i across j.
+SliceGeometry MakeGeometry(const VdLattice& lattice, const unsigned int* window, uint32_t orientation)
+{
+    static const unsigned int kAxes[CLatticeFilter::OrientationCount][3] = {{0, 1, 2}, {0, 2, 1}, {1, 2, 0}, {0, 1, 2}};
+    const unsigned int* dims = lattice.GetDims();
+    const uint64_t strides[3] = {1, dims[0], uint64_t(dims[0]) * dims[1]};
+    SliceGeometry g;
+    for (int s = 0; s < 3; ++s) {
+        const unsigned int axis = kAxes[orientation][s];
+        g.length[s] = dims[axis];
+        g.stride[s] = strides[axis];
+        g.size[s] = window[axis];
+        g.half[s] = g.size[s] / 2;
+    }
+    return g;
+}
+
+// The coordinate read for c outside [0, n) by the edge handlings that read
+// the lattice there.
+int MapOutside(int c, int n, uint32_t edge)
+{
+    switch (edge) {
+    case CLatticeFilter::EdgeReplicate:
+        return c < 0 ? 0 : n - 1;
+    case CLatticeFilter::EdgeMirror:
+        if (c < 0)
+            c = -c;
+        return c >= n ? n - 1 - (c + 1) % n : c;
+    default: // EdgeWrap
+        c %= n;
+        return c < 0 ? c + n : c;
+    }
+}
+
+bool ReadsOutside(uint32_t edge) { return edge != CLatticeFilter::EdgeBlank && edge != CLatticeFilter::EdgeIgnore; }
+
+// One row of the window as the filter sees it: values along slice axis 0,
+// padded by the window's reach on both sides with what edge handling reads
+// there; position p stands for coordinate p - half[0].
+struct PaddedRow {
+    int b = INT_MIN, c = INT_MIN; // the row's slice coordinates, before any edge mapping
+    bool outside = false;          // off the lattice, no element of it is read
+    bool clean = true;             // every position a value
+    std::vector<double> values;
+    std::vector<unsigned char> kinds;
+};
+
+// What the rows are read with: the input, a component and the edge and blank settings.
+class RowReader {
+public:
+    RowReader(const VdLattice& input, const SliceGeometry& geometry, unsigned int component,
+              const CLatticeFilter::Params& params)
+        : m_Input(input), m_Geometry(geometry), m_Component(component), m_Edge(params.edgeHandling),
+          m_BlankFill(params.blankHandling == CLatticeFilter::BlankFill), m_EdgeFill(params.edgeFill[component]),
+          m_BlankFillValue(params.blankFill[component]), m_HasBlanks(input.HasBlanks())
+    {
+    }
+
+    void Load(PaddedRow& row, int b, int c) const
+    {
+        const SliceGeometry& g = m_Geometry;
+        row.b = b, row.c = c;
+        row.outside = false;
+        row.values.resize(g.Padded());
+        row.kinds.resize(g.Padded());
+        const bool inside = b >= 0 && b < int(g.length[1]) && c >= 0 && c < int(g.length[2]);
+        if (!inside && !ReadsOutside(m_Edge)) {
+            row.outside = true;
+            row.clean = false;
+            return;
+        }
+        if (!inside && m_Edge == CLatticeFilter::EdgeFill) {
+            std::fill(row.values.begin(), row.values.end(), m_EdgeFill);
+            std::fill(row.kinds.begin(), row.kinds.end(), KindValue);
+            row.clean = true;
+            return;
+        }
+        if (!inside) {
+            b = b >= 0 && b < int(g.length[1]) ? b : MapOutside(b, int(g.length[1]), m_Edge);
+            c = c >= 0 && c < int(g.length[2]) ? c : MapOutside(c, int(g.length[2]), m_Edge);
+        }
+        ReadNodes(row, g.RowStart(unsigned(b), unsigned(c)));
+        PadEdges(row);
+        row.clean = std::all_of(row.kinds.begin(), row.kinds.end(), [](unsigned char k) { return k == KindValue; });
+    }
+
+private:
+    // The lattice's nodes along the row into the padded middle. A blank node
+    // reads as BlankVal and is told by that value, so a stored value equal to
+    // BlankVal counts as blank too.
+    void ReadNodes(PaddedRow& row, uint64_t start) const
+    {
+        const SliceGeometry& g = m_Geometry;
+        const uint64_t components = m_Input.ComponentCount();
+        double* values = row.values.data() + g.half[0];
+        DispatchPrimType(m_Input.DataType(), [&](auto tag) {
+            using T = typename decltype(tag)::Type;
+            const T* data = static_cast<const T*>(m_Input.DataPtr()) + m_Component;
+            for (unsigned int x = 0; x < g.length[0]; ++x)
+                values[x] = PrimConvert<double>(data[(start + x * g.stride[0]) * components]);
+        });
+        if (m_HasBlanks)
+            for (unsigned int x = 0; x < g.length[0]; ++x)
+                if (m_Input.IsBlank(static_cast<unsigned int>(start + x * g.stride[0]), m_Component))
+                    values[x] = VdVertexData::BlankVal;
+        unsigned char* kinds = row.kinds.data() + g.half[0];
+        for (unsigned int x = 0; x < g.length[0]; ++x) {
+            if (values[x] != VdVertexData::BlankVal)
+                kinds[x] = KindValue;
+            else if (m_BlankFill)
+                values[x] = m_BlankFillValue, kinds[x] = KindValue;
+            else
+                kinds[x] = KindBlank;
+        }
+    }
+
+    // The positions off the row's ends, as the edge handling reads them.
+    void PadEdges(PaddedRow& row) const
+    {
+        const SliceGeometry& g = m_Geometry;
+        const int half = int(g.half[0]), length = int(g.length[0]);
+        for (int p = 0; p < int(g.Padded()); ++p) {
+            const int x = p - half;
+            if (x >= 0 && x < length)
+                continue;
+            if (!ReadsOutside(m_Edge)) {
+                row.values[p] = VdVertexData::BlankVal;
+                row.kinds[p] = KindOutside;
+            } else if (m_Edge == CLatticeFilter::EdgeFill) {
+                row.values[p] = m_EdgeFill;
+                row.kinds[p] = KindValue;
+            } else {
+                const int from = MapOutside(x, length, m_Edge) + half;
+                row.values[p] = row.values[from];
+                row.kinds[p] = row.kinds[from];
+            }
+        }
+    }
+
+    const VdLattice& m_Input;
+    const SliceGeometry& m_Geometry;
+    unsigned int m_Component;
+    uint32_t m_Edge;
+    bool m_BlankFill;
+    double m_EdgeFill;
+    double m_BlankFillValue;
+    bool m_HasBlanks;
+};
+
+// A task's rows: window-height rows per slice offset, each slot holding the
+// row whose coordinates are congruent to it modulo the window's sides, so
+// that a row is loaded once while the window passes over it.
+class RowRing {
+public:
+    RowRing(const RowReader& reader, const SliceGeometry& geometry)
+        : m_Reader(reader), m_Geometry(geometry), m_Slots(geometry.WindowRows())
+    {
+    }
+
+    const PaddedRow& Get(int b, int c)
+    {
+        const int sb = int(m_Geometry.size[1]), sc = int(m_Geometry.size[2]);
+        PaddedRow& slot = m_Slots[size_t(Modulo(c, sc) * sb + Modulo(b, sb))];
+        if (slot.b != b || slot.c != c)
+            m_Reader.Load(slot, b, c);
+        return slot;
+    }
+
+private:
+    static int Modulo(int value, int n)
+    {
+        const int r = value % n;
+        return r < 0 ? r + n : r;
+    }
+
+    const RowReader& m_Reader;
+    const SliceGeometry& m_Geometry;
+    std::vector<PaddedRow> m_Slots;
+};
+
+// The parallel body for one component: a range of rows, numbered slice by
+// slice. The planar orientations and the 3D window differ only in how the
+// geometry lays the lattice out as rows and how thick the window is across
+// the slices.
+class NeighborhoodBody {
+public:
+    NeighborhoodBody(const CNeighborhoodFilter& filter, const CLatticeFilter::Params& params, const RowReader& reader,
+                     const SliceGeometry& geometry, unsigned int component, void* outputData)
+        : m_Filter(filter), m_Params(params), m_Reader(reader), m_Geometry(geometry),
+          m_Component(component), m_OutputData(outputData)
+    {
+    }
+
+    void operator()(const tbb::blocked_range<int>& range) const
+    {
+        TakeOver(m_OutputData);
+        Workspace work(*this);
+        for (int row = range.begin(); row != range.end(); ++row) {
+            FilterRow(row, work);
+            WriteRow(row, work);
+        }
+        HandOver(m_OutputData);
+    }
+
+private:
+    // A task's buffers.
+    struct Workspace {
+        explicit Workspace(const NeighborhoodBody& body)
+            : ring(body.m_Reader, body.m_Geometry),
+              window(body.m_Filter.WindowCount(), body.CentreElement()),
+              rows(body.m_Geometry.WindowRows()), values(rows.size()), out(body.m_Geometry.length[0]),
+              ok(out.size()), bad(body.m_Geometry.Padded() + 1)
+        {
+        }
+
+        RowRing ring;
+        FilterWindow window;
+        std::vector<const PaddedRow*> rows; // the window's rows in window order
+        std::vector<const double*> values;  // and their values
+        std::vector<double> out;
+        std::vector<unsigned char> ok;
+        std::vector<unsigned int> bad; // running count of positions that no filter may read
+        std::vector<uint64_t> blanks;  // nodes of the row to blank
+    };
+
+    unsigned int CentreRow() const { return m_Geometry.half[1] + m_Geometry.size[1] * m_Geometry.half[2]; }
+    size_t CentreElement() const { return size_t(CentreRow()) * m_Geometry.size[0] + m_Geometry.half[0]; }
+
+    WindowRows RowsView(const Workspace& work) const
+    {
+        return WindowRows{work.values.data(), m_Geometry.WindowRows(), m_Geometry.size[0], CentreRow(),
+                          m_Geometry.half[0]};
+    }
+
+    void FilterRow(int row, Workspace& work) const
+    {
+        const SliceGeometry& g = m_Geometry;
+        const int b = row % int(g.length[1]), c = row / int(g.length[1]);
+        bool outside = false, clean = true;
+        for (unsigned int dc = 0; dc < g.size[2]; ++dc)
+            for (unsigned int db = 0; db < g.size[1]; ++db) {
+                const PaddedRow& padded = work.ring.Get(b + int(db) - int(g.half[1]), c + int(dc) - int(g.half[2]));
+                const size_t r = db + size_t(g.size[1]) * dc;
+                work.rows[r] = &padded;
+                work.values[r] = padded.values.data();
+                outside = outside || padded.outside;
+                clean = clean && padded.clean;
+            }
+        if (outside && m_Params.edgeHandling == CLatticeFilter::EdgeBlank)
+            std::fill(work.ok.begin(), work.ok.end(), 0);
+        else if (clean)
+            m_Filter.FilterRun(RowsView(work), m_Component, 0, g.length[0], work.out.data(), work.ok.data(),
+                               work.window);
+        else
+            FilterMixedRow(work);
+    }
+
+    // A row where some windows meet blanks or the lattice's edge: the runs of
+    // nodes whose windows do not go to FilterRun, the others node by node.
+    void FilterMixedRow(Workspace& work) const
+    {
+        const SliceGeometry& g = m_Geometry;
+        for (unsigned int p = 0; p < g.Padded(); ++p) {
+            bool bad = false;
+            for (const PaddedRow* row : work.rows)
+                bad = bad || row->outside || row->kinds[p] != KindValue;
+            work.bad[p + 1] = work.bad[p] + (bad ? 1 : 0);
+        }
+        const WindowRows view = RowsView(work);
+        unsigned int runStart = 0;
+        for (unsigned int x = 0; x <= g.length[0]; ++x) {
+            const bool clean = x < g.length[0] && work.bad[x + g.size[0]] == work.bad[x];
+            if (clean)
+                continue;
+            if (runStart < x)
+                m_Filter.FilterRun(view, m_Component, runStart, x, work.out.data(), work.ok.data(), work.window);
+            if (x < g.length[0])
+                work.ok[x] = FilterNodeAt(x, work, work.out[x]) ? 1 : 0;
+            runStart = x + 1;
+        }
+    }
+
+    // One node's window, element by element, through the edge and blank rules.
+    bool FilterNodeAt(unsigned int x, Workspace& work, double& out) const
+    {
+        const SliceGeometry& g = m_Geometry;
+        const uint32_t edge = m_Params.edgeHandling, blanks = m_Params.blankHandling;
+        const bool centreBlank = work.rows[CentreRow()]->kinds[x + g.half[0]] == KindBlank;
+        if (centreBlank && (blanks == CLatticeFilter::BlankExpanded || blanks == CLatticeFilter::BlankLeaveAlone))
+            return false;
+        FilterWindow& window = work.window;
+        size_t e = 0;
+        for (const PaddedRow* row : work.rows)
+            for (unsigned int a = 0; a < g.size[0]; ++a, ++e) {
+                const unsigned char kind = row->outside ? static_cast<unsigned char>(KindOutside) : row->kinds[x + a];
+                if (kind == KindValue) {
+                    window[e] = WindowElement{row->values[x + a], true};
+                    continue;
+                }
+                if (kind == KindOutside ? edge == CLatticeFilter::EdgeBlank : blanks == CLatticeFilter::BlankExpanded)
+                    return false;
+                window[e] = WindowElement{VdVertexData::BlankVal, false};
+            }
+        return m_Filter.FilterNode(window, m_Component, out);
+    }
+
+    void WriteRow(int row, Workspace& work) const
+    {
+        const SliceGeometry& g = m_Geometry;
+        const uint64_t start = g.RowStart(unsigned(row) % g.length[1], unsigned(row) / g.length[1]);
+        const uint64_t components = m_Params.output->ComponentCount();
+        work.blanks.clear();
+        DispatchPrimType(m_Params.output->DataType(), [&](auto tag) {
+            using T = typename decltype(tag)::Type;
+            T* data = static_cast<T*>(m_OutputData) + m_Component;
+            for (unsigned int x = 0; x < g.length[0]; ++x) {
+                const uint64_t node = start + x * g.stride[0];
+                if (work.ok[x])
+                    data[node * components] = PrimConvert<T>(work.out[x]);
+                else
+                    work.blanks.push_back(node);
+            }
+        });
+        if (work.blanks.empty())
+            return;
+        std::lock_guard<std::recursive_mutex> lock(VdArrayData::BlankLock());
+        for (uint64_t node : work.blanks)
+            m_Params.output->SetBlank(static_cast<unsigned int>(node), m_Component);
+    }
+
+    const CNeighborhoodFilter& m_Filter;
+    const CLatticeFilter::Params& m_Params;
+    const RowReader& m_Reader;
+    const SliceGeometry& m_Geometry;
+    unsigned int m_Component;
+    void* m_OutputData;
+};
+
+} // namespace CNeighborhoodFilterPrivate
+
+using namespace CNeighborhoodFilterPrivate;
+
+CNeighborhoodFilter::CNeighborhoodFilter(const Params& params) : CLatticeFilter(params)
+{
+    std::copy(params.window, params.window + 3, m_Size);
+    // Across the planes of a planar orientation the window is one node thick.
+    if (Planar())
+        m_Size[kNormalAxis[params.orientation]] = 1;
+}
+
+void CNeighborhoodFilter::FixWindowSize(unsigned int size)
+{
+    for (int axis = 0; axis < 3; ++axis)
+        if (!Planar() || axis != kNormalAxis[GetParams().orientation])
+            m_Size[axis] = size;
+}
+
+unsigned int CNeighborhoodFilter::RowWidth() const
+{
+    return GetParams().orientation == YZPlanes ? m_Size[1] : m_Size[0];
+}
+
+WindowTap CNeighborhoodFilter::TapAt(size_t element, double weight) const
+{
+    const unsigned int width = RowWidth();
+    return WindowTap{weight, static_cast<unsigned int>(element / width), static_cast<unsigned int>(element % width)};
+}
+
+void CNeighborhoodFilter::FilterRun(const WindowRows& rows, unsigned int component, unsigned int first,
+                                    unsigned int last, double* out, unsigned char* ok, FilterWindow& window) const
+{
+    for (unsigned int x = first; x < last; ++x) {
+        size_t e = 0;
+        for (unsigned int r = 0; r < rows.rowCount; ++r)
+            for (unsigned int a = 0; a < rows.width; ++a, ++e)
+                window[e] = WindowElement{rows.rows[r][x + a], true};
+        ok[x] = FilterNode(window, component, out[x]) ? 1 : 0;
+    }
+}
+
+bool CNeighborhoodFilter::Run()
+{
+    const Params& params = GetParams();
+    VbProgress progress(shr::ToString("Filtering: %s", GetInfo(params.filter).label).c_str(), 0, 500, 100);
+    const SliceGeometry geometry = MakeGeometry(Input(), m_Size, params.orientation);
+    const int rows = geometry.RowCount();
+    const int minSlab = static_cast<int>(std::max(1u, kSlabNodes / geometry.length[0]));
+    const size_t flagged = static_cast<size_t>(std::count(params.components.begin(), params.components.end(), true));
+    void* outputData = Output().DataWritePtr();
+    size_t done = 0;
+    for (unsigned int c = 0; c < ComponentCount(); ++c) {
+        if (!params.components[c]) {
+            CopyComponent(c);
+            continue;
+        }
+        const RowReader reader(Input(), geometry, c, params);
+        const NeighborhoodBody body(*this, params, reader, geometry, c, outputData);
+        if (!RunInSlabs(rows, minSlab, body, progress, done, size_t(rows) * flagged, outputData))
+            return false;
+        done += size_t(rows);
+    }
+    Output().DataModified();
+    return true;
+}
+
+} // namespace core

@@ -1,0 +1,32 @@
+#include "core/processing/filters/FilterWindow.h"
+
+#include <algorithm>
+
+namespace core {
+
+void SumTaps(const std::vector<WindowTap>& taps, const WindowRows& rows, unsigned int first, unsigned int last,
+             double* out)
+{
+    // Nodes a block at a time, their sums held in registers while the taps
+    // go by; each node still adds its terms in tap order.
+    constexpr unsigned int kBlock = 8;
+    unsigned int x = first;
+    for (; x + kBlock <= last; x += kBlock) {
+        double sums[kBlock] = {};
+        for (const WindowTap& tap : taps) {
+            const double* values = rows.rows[tap.row] + tap.offset + x;
+            const double weight = tap.weight;
+            for (unsigned int i = 0; i < kBlock; ++i)
+                sums[i] += weight * values[i];
+        }
+        std::copy(sums, sums + kBlock, out + x);
+    }
+    for (; x < last; ++x) {
+        double sum = 0.0;
+        for (const WindowTap& tap : taps)
+            sum += tap.weight * rows.rows[tap.row][tap.offset + x];
+        out[x] = sum;
+    }
+}
+
+} // namespace core

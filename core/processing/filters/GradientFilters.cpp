@@ -1,0 +1,142 @@
+#include "core/processing/filters/GradientFilters.h"
+
+#include <cmath>
+
+namespace core {
+
+namespace GradientFiltersPrivate {
+
+// The planar kernels, first axis fastest.
+const double kPlanarSobel[2][9] = {{1, 0, -1, 2, 0, -2, 1, 0, -1}, {1, 2, 1, 0, 0, 0, -1, -2, -1}};
+
+// The 3D kernels, i fastest, then j, then k.
+const double kVolumeSobel[3][27] = {
+    {-1, 0, 1, -2, 0, 2, -1, 0, 1, -2, 0, 2, -3, 0, 3, -2, 0, 2, -1, 0, 1, -2, 0, 2, -1, 0, 1},
+    {-1, -2, -1, 0, 0, 0, 1, 2, 1, -2, -3, -2, 0, 0, 0, 2, 3, 2, -1, -2, -1, 0, 0, 0, 1, 2, 1},
+    {-1, -2, -1, -2, -3, -2, -1, -2, -1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 1, 2, 3, 2, 1, 2, 1},
+};
+
+// The gradients never exceed three: one per axis.
+constexpr size_t kMaxGradients = 3;
+
+} // namespace GradientFiltersPrivate
+
+using namespace GradientFiltersPrivate;
+
+CGradientFilter::CGradientFilter(const Params& params, Combination combination)
+    : CNonlinearFilter(params), m_Combination(combination)
+{
+}
+
+CGradientFilter::WeightedSum CGradientFilter::MakeSum(const std::vector<double>& weights) const
+{
+    WeightedSum sum;
+    sum.weights = weights;
+    sum.weights.resize(WindowCount(), 0.0);
+    for (size_t e = 0; e < sum.weights.size(); ++e)
+        if (sum.weights[e] != 0.0)
+            sum.taps.push_back(TapAt(e, sum.weights[e]));
+    return sum;
+}
+
+void CGradientFilter::AddGradient(const std::vector<double>& plus, const std::vector<double>& minus)
+{
+    m_Gradients.push_back(Gradient{MakeSum(plus), MakeSum(minus)});
+}
+
+double CGradientFilter::Sum(const WeightedSum& sum, const FilterWindow& window)
+{
+    double total = 0.0;
+    for (size_t e = 0; e < window.size(); ++e)
+        if (window[e].valid && sum.weights[e] != 0.0)
+            total += sum.weights[e] * window[e].value;
+    return total;
+}
+
+double CGradientFilter::Combine(const double* gradients) const
+{
+    double result = 0.0;
+    for (size_t g = 0; g < m_Gradients.size(); ++g) {
+        if (m_Combination == Norm)
+            result += gradients[g] * gradients[g];
+        else if (std::fabs(gradients[g]) > result || g == 0)
+            result = std::fabs(gradients[g]);
+    }
+    return m_Combination == Norm ? std::sqrt(result) : result;
+}
+
+bool CGradientFilter::FilterNode(const FilterWindow& window, unsigned int, double& out) const
+{
+    bool anyValid = false;
+    for (size_t e = 0; e < window.size() && !anyValid; ++e)
+        anyValid = window[e].valid;
+    if (!anyValid)
+        return false;
+    double gradients[kMaxGradients];
+    for (size_t g = 0; g < m_Gradients.size(); ++g)
+        gradients[g] = Sum(m_Gradients[g].plus, window) - Sum(m_Gradients[g].minus, window);
+    out = Combine(gradients);
+    return true;
+}
+
+void CGradientFilter::FilterRun(const WindowRows& rows, unsigned int, unsigned int first, unsigned int last,
+                                double* out, unsigned char* ok, FilterWindow& window) const
+{
+    // Per gradient, its plus and its minus sums, each a row long.
+    const size_t stride = last;
+    std::vector<double>& sums = window.Scratch();
+    sums.resize(stride * 2 * m_Gradients.size());
+    for (size_t g = 0; g < m_Gradients.size(); ++g) {
+        SumTaps(m_Gradients[g].plus.taps, rows, first, last, sums.data() + stride * 2 * g);
+        SumTaps(m_Gradients[g].minus.taps, rows, first, last, sums.data() + stride * (2 * g + 1));
+    }
+    for (unsigned int x = first; x < last; ++x) {
+        double gradients[kMaxGradients];
+        for (size_t g = 0; g < m_Gradients.size(); ++g)
+            gradients[g] = sums[stride * 2 * g + x] - sums[stride * (2 * g + 1) + x];
+        out[x] = Combine(gradients);
+        ok[x] = 1;
+    }
+}
+
+void CGradientFilter::AddSobelGradients()
+{
+    FixWindowSize(3);
+    if (Planar())
+        for (const auto& table : kPlanarSobel)
+            AddGradient(std::vector<double>(std::begin(table), std::end(table)), {});
+    else
+        for (const auto& table : kVolumeSobel)
+            AddGradient(std::vector<double>(std::begin(table), std::end(table)), {});
+}
+
+Filter_SobelA::Filter_SobelA(const Params& params) : CGradientFilter(params, LargestMagnitude)
+{
+    AddSobelGradients();
+}
+
+Filter_SobelB::Filter_SobelB(const Params& params) : CGradientFilter(params, Norm)
+{
+    AddSobelGradients();
+}
+
+Filter_Prewitt::Filter_Prewitt(const Params& params) : CGradientFilter(params, Norm)
+{
+    // Along each axis the orientation uses: weight 1 on the high side, and on
+    // the low side for the sum that is taken away.
+    const unsigned int* size = WindowSize();
+    for (int axis = 0; axis < 3; ++axis) {
+        if (size[axis] == 1)
+            continue;
+        std::vector<double> high(WindowCount(), 0.0), low(WindowCount(), 0.0);
+        const unsigned int half = size[axis] / 2;
+        for (size_t e = 0; e < high.size(); ++e) {
+            const size_t below = axis == 0 ? 1 : axis == 1 ? size[0] : size_t(size[0]) * size[1];
+            const unsigned int index = static_cast<unsigned int>((e / below) % size[axis]);
+            (index > half ? high : low)[e] = index == half ? 0.0 : 1.0;
+        }
+        AddGradient(high, low);
+    }
+}
+
+} // namespace core
