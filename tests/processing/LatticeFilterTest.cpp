@@ -3,6 +3,7 @@
 // components, the run path against the node path, parallel against
 // sequential, and refused settings.
 #include "LatticeFilterTestSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/processing/filters/CLinearFilter.h"
 #include "core/processing/filters/CNeighborhoodFilter.h"
@@ -22,8 +23,19 @@ namespace {
 using namespace filtertest;
 using F = CLatticeFilter;
 
+// Filters report progress to the network, which must not be left aborted by
+// an earlier test: a pass brings the flag down.
+class LatticeFilterEngine : public testsupport::NetworkFixture {
+protected:
+    void SetUp() override
+    {
+        NetworkFixture::SetUp();
+        RunPass();
+    }
+};
+
 // Four nodes [1, 2, 4, 8] along one axis, averaged along that axis only.
-TEST(LatticeFilterEdges, EachModeReadsOffTheLatticeAsItSays)
+TEST_F(LatticeFilterEngine, EachEdgeModeReadsOffTheLatticeAsItSays)
 {
     struct Case {
         uint32_t edge;
@@ -54,7 +66,7 @@ TEST(LatticeFilterEdges, EachModeReadsOffTheLatticeAsItSays)
 }
 
 // [1, 2, blank, 8, 16] averaged over three nodes, edges replicated.
-TEST(LatticeFilterBlanks, EachRuleTreatsTheCentreAndTheWindowAsItSays)
+TEST_F(LatticeFilterEngine, EachBlankRuleTreatsTheCentreAndTheWindowAsItSays)
 {
     struct Case {
         uint32_t blanks;
@@ -83,7 +95,7 @@ TEST(LatticeFilterBlanks, EachRuleTreatsTheCentreAndTheWindowAsItSays)
     EXPECT_EQ(Values(*Filtered(p)), cases[1].expected);
 }
 
-TEST(LatticeFilterBlanks, AWindowWithNothingValidGivesABlankButMeanRemovalGivesZero)
+TEST_F(LatticeFilterEngine, AWindowWithNothingValidGivesABlankButMeanRemovalGivesZero)
 {
     const unsigned int dims[3] = {1, 1, 1};
     const auto input = MakeLattice(dims, {B});
@@ -98,7 +110,7 @@ TEST(LatticeFilterBlanks, AWindowWithNothingValidGivesABlankButMeanRemovalGivesZ
 
 // Each planar orientation filters within its planes: a field constant in
 // the planes of one orientation passes it unchanged and not the others.
-TEST(LatticeFilterOrientation, PlanesAreFilteredApart)
+TEST_F(LatticeFilterEngine, PlanarOrientationsFilterThePlanesApart)
 {
     const unsigned int dims[3] = {4, 5, 6};
     for (uint32_t orientation : {F::XYPlanes, F::XZPlanes, F::YZPlanes}) {
@@ -123,7 +135,7 @@ TEST(LatticeFilterOrientation, PlanesAreFilteredApart)
 
 // A 3 x 3 plane with edges ignored: the centre's window holds all nine
 // values, the corner's four (an even count).
-TEST(LatticeFilterValues, RanksAndMomentsOnAPlane)
+TEST_F(LatticeFilterEngine, RanksAndMomentsOnAPlane)
 {
     const unsigned int dims[3] = {3, 3, 1};
     const auto input = MakeLattice(dims, {7, 2, 9, 4, 7, 1, 8, 3, 6});
@@ -171,7 +183,7 @@ TEST(LatticeFilterValues, RanksAndMomentsOnAPlane)
 
 // Gradients and the Laplacian at the middle of a 5^3 lattice, on a linear
 // field 2i - 3j + 5k and a quadratic one i^2 + 2j^2.
-TEST(LatticeFilterValues, GradientsAndLaplacianOnLinearAndQuadraticFields)
+TEST_F(LatticeFilterEngine, GradientsAndLaplacianOnLinearAndQuadraticFields)
 {
     const unsigned int dims[3] = {5, 5, 5};
     std::vector<double> linear, quadratic;
@@ -211,7 +223,7 @@ TEST(LatticeFilterValues, GradientsAndLaplacianOnLinearAndQuadraticFields)
 }
 
 // Weights of a 5 x 5 planar window (3 x 3 for the Laplacian) at offsets (di, dj).
-TEST(LatticeFilterValues, KernelWeights)
+TEST_F(LatticeFilterEngine, KernelWeights)
 {
     const unsigned int dims[3] = {5, 5, 1};
     const auto input = MakeLattice(dims, std::vector<double>(25, 0.0));
@@ -243,7 +255,7 @@ TEST(LatticeFilterValues, KernelWeights)
     }
 }
 
-TEST(LatticeFilterValues, UnsharpMaskWeighsTheCentreAgainstTheBlur)
+TEST_F(LatticeFilterEngine, UnsharpMaskWeighsTheCentreAgainstTheBlur)
 {
     // Sharpness 0.75: 1.5 times the centre less 0.5 times the mean of three.
     const unsigned int dims[3] = {5, 1, 1};
@@ -258,7 +270,7 @@ TEST(LatticeFilterValues, UnsharpMaskWeighsTheCentreAgainstTheBlur)
 
 // Two components, each with its own parameters: lower bounds first for
 // every component, then upper bounds.
-TEST(LatticeFilterPoints, ParametersArePerComponent)
+TEST_F(LatticeFilterEngine, PointOperationParametersArePerComponent)
 {
     const double bounding[2] = {2.0, 8.0};
     EXPECT_EQ(F::ParameterVector(F::Bounding, bounding, 3), (std::vector<double>{2, 2, 2, 8, 8, 8}));
@@ -291,7 +303,7 @@ TEST(LatticeFilterPoints, ParametersArePerComponent)
     EXPECT_EQ(Values(*out, 1), std::vector<double>(4, 1000));
 }
 
-TEST(LatticeFilterPoints, BrightnessClipsToTheTypeAndHistogramEqualizes)
+TEST_F(LatticeFilterEngine, BrightnessClipsToTheTypeAndHistogramEqualizes)
 {
     const unsigned int dims[3] = {3, 1, 1};
     const auto bytes = MakeLattice(dims, {0, 100, 200}, 1, shr::UInt8);
@@ -310,7 +322,7 @@ TEST(LatticeFilterPoints, BrightnessClipsToTheTypeAndHistogramEqualizes)
 // ---- run path, node path, threads -------------------------------------------------------------
 
 // For every window filter, a run of nodes gives what the nodes give one by one.
-TEST(LatticeFilterPaths, ARunEqualsItsNodesBitForBit)
+TEST_F(LatticeFilterEngine, ARunEqualsItsNodesBitForBit)
 {
     std::mt19937 random(7);
     std::uniform_int_distribution<int> tenths(-50, 50);
@@ -354,7 +366,7 @@ TEST(LatticeFilterPaths, ARunEqualsItsNodesBitForBit)
 
 // The same output on one thread as on all, for a volume and a single image,
 // with blanks and edges in play.
-TEST(LatticeFilterPaths, ParallelEqualsSequentialBitForBit)
+TEST_F(LatticeFilterEngine, ParallelEqualsSequentialBitForBit)
 {
     std::mt19937 random(11);
     std::uniform_real_distribution<double> value(-1.0, 1.0);
@@ -384,7 +396,7 @@ TEST(LatticeFilterPaths, ParallelEqualsSequentialBitForBit)
 
 // ---- refused settings ---------------------------------------------------------------------------
 
-TEST(LatticeFilterSettings, BadSettingsAreRefused)
+TEST_F(LatticeFilterEngine, BadSettingsAreRefused)
 {
     const unsigned int dims[3] = {2, 2, 2};
     const auto input = MakeLattice(dims, std::vector<double>(8, 1.0));
