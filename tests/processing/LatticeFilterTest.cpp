@@ -335,6 +335,7 @@ TEST_F(LatticeFilterEngine, ARunEqualsItsNodesBitForBit)
             F::Params p = Settings(*input, filter, {0.7, 0.8});
             p.output = &output;
             p.orientation = orientation;
+            std::fill(p.window, p.window + 3, 3 + 2 * (filter % 2)); // sizes 3 and 5
             const auto made = F::Create(p);
             const auto& neighborhood = dynamic_cast<const core::CNeighborhoodFilter&>(*made);
             const unsigned int width = neighborhood.RowWidth(), count = neighborhood.WindowCount();
@@ -345,7 +346,8 @@ TEST_F(LatticeFilterEngine, ARunEqualsItsNodesBitForBit)
                     value = tenths(random) / 10.0; // ties happen
                 pointers.push_back(row.data());
             }
-            rows[0][3] = std::nan("");
+            if ((filter / 2) % 2 == 0)
+                rows[0][3] = std::nan(""); // NaN sorts last
             const unsigned int centreRow = unsigned(rows.size() / 2);
             const core::WindowRows view{pointers.data(), unsigned(rows.size()), width, centreRow, width / 2};
             core::FilterWindow window(count, size_t(centreRow) * width + width / 2);

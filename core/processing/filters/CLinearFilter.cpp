@@ -2,6 +2,7 @@
 
 #include "shr/MathUtil.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace core {
@@ -11,7 +12,7 @@ namespace CLinearFilterPrivate {
 // A sum of weights within this of zero is not divided by.
 constexpr double kMinWeightSum = 2.220446049250313e-16;
 
-double Normalise(double products, double weights)
+inline double Normalise(double products, double weights)
 {
     return std::fabs(weights) > kMinWeightSum ? products / weights : products;
 }
@@ -78,13 +79,13 @@ void CLinearFilter::FilterRun(const WindowRows& rows, unsigned int, unsigned int
                               double* out, unsigned char* ok, FilterWindow&) const
 {
     const bool counted = !m_Taps.empty();
-    if (counted)
-        SumTaps(m_Taps, rows, first, last, out);
-    for (unsigned int x = first; x < last; ++x) {
-        ok[x] = counted ? 1 : 0;
-        if (counted)
-            out[x] = Normalise(out[x], m_TapWeights);
-    }
+    std::fill(ok + first, ok + last, counted ? 1 : 0);
+    if (!counted)
+        return;
+    SumTaps(m_Taps, rows, first, last, out);
+    if (std::fabs(m_TapWeights) > kMinWeightSum)
+        for (unsigned int x = first; x < last; ++x)
+            out[x] /= m_TapWeights;
 }
 
 } // namespace core

@@ -9,6 +9,9 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
+#include <limits>
+#include <type_traits>
 #include <mutex>
 
 namespace core {
@@ -66,7 +69,7 @@ SliceGeometry MakeGeometry(const VdLattice& lattice, const unsigned int* window,
 
 // The coordinate read for c outside [0, n) by the edge handlings that read
 // the lattice there.
-int MapOutside(int c, int n, uint32_t edge)
+inline int MapOutside(int c, int n, uint32_t edge)
 {
     switch (edge) {
     case CLatticeFilter::EdgeReplicate:
@@ -81,7 +84,7 @@ int MapOutside(int c, int n, uint32_t edge)
     }
 }
 
-bool ReadsOutside(uint32_t edge) { return edge != CLatticeFilter::EdgeBlank && edge != CLatticeFilter::EdgeIgnore; }
+inline bool ReadsOutside(uint32_t edge) { return edge != CLatticeFilter::EdgeBlank && edge != CLatticeFilter::EdgeIgnore; }
 
 // One row of the window as the filter sees it: values along slice axis 0,
 // padded by the window's reach on both sides with what edge handling reads
@@ -128,32 +131,47 @@ public:
             b = b >= 0 && b < int(g.length[1]) ? b : MapOutside(b, int(g.length[1]), m_Edge);
             c = c >= 0 && c < int(g.length[2]) ? c : MapOutside(c, int(g.length[2]), m_Edge);
         }
-        ReadNodes(row, g.RowStart(unsigned(b), unsigned(c)));
+        const bool blanks = ReadNodes(row, g.RowStart(unsigned(b), unsigned(c)));
         PadEdges(row);
-        row.clean = std::all_of(row.kinds.begin(), row.kinds.end(), [](unsigned char k) { return k == KindValue; });
+        row.clean = !blanks && (g.size[0] == 1 || ReadsOutside(m_Edge));
     }
 
 private:
-    // The lattice's nodes along the row into the padded middle. A blank node
-    // reads as BlankVal and is told by that value, so a stored value equal to
-    // BlankVal counts as blank too.
-    void ReadNodes(PaddedRow& row, uint64_t start) const
+    // The lattice's nodes along the row into the padded middle; whether one
+    // of them is blank. A blank node reads as BlankVal and is told by that
+    // value, so a stored value equal to BlankVal counts as blank too.
+    bool ReadNodes(PaddedRow& row, uint64_t start) const
     {
         const SliceGeometry& g = m_Geometry;
         const uint64_t components = m_Input.ComponentCount();
+        const unsigned int length = g.length[0];
         double* values = row.values.data() + g.half[0];
         DispatchPrimType(m_Input.DataType(), [&](auto tag) {
             using T = typename decltype(tag)::Type;
-            const T* data = static_cast<const T*>(m_Input.DataPtr()) + m_Component;
-            for (unsigned int x = 0; x < g.length[0]; ++x)
-                values[x] = PrimConvert<double>(data[(start + x * g.stride[0]) * components]);
+            const T* data = static_cast<const T*>(m_Input.DataPtr()) + start * components + m_Component;
+            const uint64_t step = g.stride[0] * components;
+            if (step == 1)
+                for (unsigned int x = 0; x < length; ++x)
+                    values[x] = PrimConvert<double>(data[x]);
+            else
+                for (unsigned int x = 0; x < length; ++x)
+                    values[x] = PrimConvert<double>(data[x * step]);
         });
         if (m_HasBlanks)
-            for (unsigned int x = 0; x < g.length[0]; ++x)
+            for (unsigned int x = 0; x < length; ++x)
                 if (m_Input.IsBlank(static_cast<unsigned int>(start + x * g.stride[0]), m_Component))
                     values[x] = VdVertexData::BlankVal;
         unsigned char* kinds = row.kinds.data() + g.half[0];
-        for (unsigned int x = 0; x < g.length[0]; ++x) {
+        // Only doubles hold BlankVal without a blank mark.
+        unsigned int blanks = 0;
+        if (m_HasBlanks || m_Input.DataType() == shr::Double)
+            for (unsigned int x = 0; x < length; ++x)
+                blanks += values[x] == VdVertexData::BlankVal ? 1 : 0;
+        if (blanks == 0) {
+            std::fill(kinds, kinds + length, static_cast<unsigned char>(KindValue));
+            return false;
+        }
+        for (unsigned int x = 0; x < length; ++x) {
             if (values[x] != VdVertexData::BlankVal)
                 kinds[x] = KindValue;
             else if (m_BlankFill)
@@ -161,6 +179,7 @@ private:
             else
                 kinds[x] = KindBlank;
         }
+        return !m_BlankFill;
     }
 
     // The positions off the row's ends, as the edge handling reads them.
@@ -168,21 +187,24 @@ private:
     {
         const SliceGeometry& g = m_Geometry;
         const int half = int(g.half[0]), length = int(g.length[0]);
-        for (int p = 0; p < int(g.Padded()); ++p) {
-            const int x = p - half;
-            if (x >= 0 && x < length)
-                continue;
-            if (!ReadsOutside(m_Edge)) {
-                row.values[p] = VdVertexData::BlankVal;
-                row.kinds[p] = KindOutside;
-            } else if (m_Edge == CLatticeFilter::EdgeFill) {
-                row.values[p] = m_EdgeFill;
-                row.kinds[p] = KindValue;
-            } else {
-                const int from = MapOutside(x, length, m_Edge) + half;
-                row.values[p] = row.values[from];
-                row.kinds[p] = row.kinds[from];
-            }
+        for (int p = 0; p < half; ++p)
+            PadPosition(row, p, p - half, half, length);
+        for (int p = half + length; p < int(g.Padded()); ++p)
+            PadPosition(row, p, p - half, half, length);
+    }
+
+    void PadPosition(PaddedRow& row, int p, int x, int half, int length) const
+    {
+        if (!ReadsOutside(m_Edge)) {
+            row.values[p] = VdVertexData::BlankVal;
+            row.kinds[p] = KindOutside;
+        } else if (m_Edge == CLatticeFilter::EdgeFill) {
+            row.values[p] = m_EdgeFill;
+            row.kinds[p] = KindValue;
+        } else {
+            const int from = MapOutside(x, length, m_Edge) + half;
+            row.values[p] = row.values[from];
+            row.kinds[p] = row.kinds[from];
         }
     }
 
@@ -358,23 +380,45 @@ private:
         const SliceGeometry& g = m_Geometry;
         const uint64_t start = g.RowStart(unsigned(row) % g.length[1], unsigned(row) / g.length[1]);
         const uint64_t components = m_Params.output->ComponentCount();
+        const uint64_t step = g.stride[0] * components;
         work.blanks.clear();
+        for (unsigned int x = 0; x < g.length[0]; ++x)
+            if (!work.ok[x])
+                work.blanks.push_back(start + x * g.stride[0]);
         DispatchPrimType(m_Params.output->DataType(), [&](auto tag) {
             using T = typename decltype(tag)::Type;
-            T* data = static_cast<T*>(m_OutputData) + m_Component;
-            for (unsigned int x = 0; x < g.length[0]; ++x) {
-                const uint64_t node = start + x * g.stride[0];
-                if (work.ok[x])
-                    data[node * components] = PrimConvert<T>(work.out[x]);
-                else
-                    work.blanks.push_back(node);
-            }
+            T* data = static_cast<T*>(m_OutputData) + start * components + m_Component;
+            if (work.blanks.empty() && step == 1)
+                WriteValues(work.out.data(), g.length[0], data);
+            else
+                for (unsigned int x = 0; x < g.length[0]; ++x)
+                    if (work.ok[x])
+                        data[x * step] = PrimConvert<T>(work.out[x]);
         });
         if (work.blanks.empty())
             return;
         std::lock_guard<std::recursive_mutex> lock(VdArrayData::BlankLock());
         for (uint64_t node : work.blanks)
             m_Params.output->SetBlank(static_cast<unsigned int>(node), m_Component);
+    }
+
+    // A whole row of results into consecutive elements. Floats within range
+    // convert by a plain cast, which the compiler can do many at a time.
+    template <class T>
+    static void WriteValues(const double* values, unsigned int count, T* data)
+    {
+        if constexpr (std::is_same<T, float>::value) {
+            bool inRange = true;
+            for (unsigned int x = 0; x < count; ++x)
+                inRange &= std::fabs(values[x]) <= double(std::numeric_limits<float>::max());
+            if (inRange) {
+                for (unsigned int x = 0; x < count; ++x)
+                    data[x] = static_cast<float>(values[x]);
+                return;
+            }
+        }
+        for (unsigned int x = 0; x < count; ++x)
+            data[x] = PrimConvert<T>(values[x]);
     }
 
     const CNeighborhoodFilter& m_Filter;

@@ -8,8 +8,13 @@ CNonlinearFilter::CNonlinearFilter(const Params& params) : CNeighborhoodFilter(p
 
 double CNonlinearFilter::Select(std::vector<double>& values, size_t k)
 {
+    // NaN sorts last: move them there, then order the numbers by < alone,
+    // which is faster than testing every comparison for NaN.
+    const auto numbers = std::partition(values.begin(), values.end(), [](double v) { return v == v; });
     const auto at = values.begin() + static_cast<std::ptrdiff_t>(k);
-    std::nth_element(values.begin(), at, values.end(), Before);
+    if (at >= numbers)
+        return *at;
+    std::nth_element(values.begin(), at, numbers);
     return *at;
 }
 
@@ -43,10 +48,13 @@ void CValueFilter::FilterRun(const WindowRows& rows, unsigned int component, uns
 {
     std::vector<double>& values = window.Scratch();
     const size_t centre = size_t(rows.centreRow) * rows.width + rows.centreOffset;
+    const size_t count = size_t(rows.rowCount) * rows.width;
     for (unsigned int x = first; x < last; ++x) {
-        values.clear();
+        values.resize(count);
+        double* to = values.data();
         for (unsigned int r = 0; r < rows.rowCount; ++r)
-            values.insert(values.end(), rows.rows[r] + x, rows.rows[r] + x + rows.width);
+            for (unsigned int a = 0; a < rows.width; ++a)
+                *to++ = rows.rows[r][x + a];
         ok[x] = FromValues(values, centre, component, out[x]) ? 1 : 0;
     }
 }

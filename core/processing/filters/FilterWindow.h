@@ -31,13 +31,15 @@ public:
     const WindowElement& operator[](size_t index) const { return m_Elements[index]; }
     const WindowElement& Centre() const { return m_Elements[m_Centre]; }
     size_t CentreIndex() const { return m_Centre; }
-    // Room for the filters' own use; a window is used by one thread at a time.
-    std::vector<double>& Scratch() const { return m_Scratch; }
+    // Room for the filters' own use, ScratchCount buffers; a window is used
+    // by one thread at a time.
+    static constexpr size_t ScratchCount = 3;
+    std::vector<double>& Scratch(size_t which = 0) const { return m_Scratch[which]; }
 
 private:
     std::vector<WindowElement> m_Elements;
     size_t m_Centre;
-    mutable std::vector<double> m_Scratch;
+    mutable std::vector<double> m_Scratch[ScratchCount];
 };
 
 struct WindowRows {

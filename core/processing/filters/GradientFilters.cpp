@@ -1,5 +1,6 @@
 #include "core/processing/filters/GradientFilters.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace core {
@@ -55,11 +56,13 @@ double CGradientFilter::Sum(const WeightedSum& sum, const FilterWindow& window)
 
 double CGradientFilter::Combine(const double* gradients) const
 {
-    double result = 0.0;
-    for (size_t g = 0; g < m_Gradients.size(); ++g) {
+    if (m_Gradients.empty())
+        return 0.0; // a window one node wide on every axis
+    double result = m_Combination == Norm ? gradients[0] * gradients[0] : std::fabs(gradients[0]);
+    for (size_t g = 1; g < m_Gradients.size(); ++g) {
         if (m_Combination == Norm)
             result += gradients[g] * gradients[g];
-        else if (std::fabs(gradients[g]) > result || g == 0)
+        else if (std::fabs(gradients[g]) > result)
             result = std::fabs(gradients[g]);
     }
     return m_Combination == Norm ? std::sqrt(result) : result;
@@ -82,21 +85,34 @@ bool CGradientFilter::FilterNode(const FilterWindow& window, unsigned int, doubl
 void CGradientFilter::FilterRun(const WindowRows& rows, unsigned int, unsigned int first, unsigned int last,
                                 double* out, unsigned char* ok, FilterWindow& window) const
 {
-    // Per gradient, its plus and its minus sums, each a row long.
+    // Per gradient, its plus and its minus sums, each a row long; then the
+    // gradients combined as Combine does, a whole run at a time.
     const size_t stride = last;
     std::vector<double>& sums = window.Scratch();
     sums.resize(stride * 2 * m_Gradients.size());
     for (size_t g = 0; g < m_Gradients.size(); ++g) {
-        SumTaps(m_Gradients[g].plus.taps, rows, first, last, sums.data() + stride * 2 * g);
-        SumTaps(m_Gradients[g].minus.taps, rows, first, last, sums.data() + stride * (2 * g + 1));
+        double* plus = sums.data() + stride * 2 * g;
+        const double* minus = plus + stride;
+        SumTaps(m_Gradients[g].plus.taps, rows, first, last, plus);
+        SumTaps(m_Gradients[g].minus.taps, rows, first, last, plus + stride);
+        for (unsigned int x = first; x < last; ++x)
+            plus[x] -= minus[x];
     }
-    for (unsigned int x = first; x < last; ++x) {
-        double gradients[kMaxGradients];
-        for (size_t g = 0; g < m_Gradients.size(); ++g)
-            gradients[g] = sums[stride * 2 * g + x] - sums[stride * (2 * g + 1) + x];
-        out[x] = Combine(gradients);
-        ok[x] = 1;
+    if (m_Gradients.empty())
+        std::fill(out + first, out + last, 0.0);
+    for (size_t g = 0; g < m_Gradients.size(); ++g) {
+        const double* gradient = sums.data() + stride * 2 * g;
+        for (unsigned int x = first; x < last; ++x) {
+            if (m_Combination == LargestMagnitude)
+                out[x] = g == 0 || std::fabs(gradient[x]) > out[x] ? std::fabs(gradient[x]) : out[x];
+            else
+                out[x] = g == 0 ? gradient[x] * gradient[x] : out[x] + gradient[x] * gradient[x];
+        }
     }
+    if (m_Combination == Norm)
+        for (unsigned int x = first; x < last; ++x)
+            out[x] = std::sqrt(out[x]);
+    std::fill(ok + first, ok + last, 1);
 }
 
 void CGradientFilter::AddSobelGradients()
