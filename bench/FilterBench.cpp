@@ -115,7 +115,15 @@ void BM_Filter(benchmark::State& state)
     tbb::global_control limit(tbb::global_control::max_allowed_parallelism, size_t(threads));
     const VdUniformLattice& input = Input(shape);
     CLatticeFilter::Params p = Settings(c, input);
+    // The output for the peer, once per case and shape, before the timing.
     static std::set<std::string> written;
+    const std::string name = std::string("filter_out_") + c.name + "_" + std::to_string(shape) + ".raw";
+    if (written.insert(name).second) {
+        VdUniformLattice output(shr::Float, input.GetDims(), nullptr, 1);
+        p.output = &output;
+        CLatticeFilter::Execute(p);
+        WriteRaw(name, output.DataPtr(), output.DataTotalSize());
+    }
     for (auto _ : state) {
         // As the module does: a new output lattice each time.
         VdUniformLattice output(shr::Float, input.GetDims(), nullptr, 1);
@@ -123,9 +131,6 @@ void BM_Filter(benchmark::State& state)
         if (!CLatticeFilter::Execute(p))
             state.SkipWithError("aborted");
         benchmark::DoNotOptimize(output.DataPtr());
-        const std::string name = std::string("filter_out_") + c.name + "_" + std::to_string(shape) + ".raw";
-        if (written.insert(name).second)
-            WriteRaw(name, output.DataPtr(), output.DataTotalSize());
     }
     state.SetLabel(c.name);
     state.counters["nodes"] = benchmark::Counter(double(input.VertexCount()), benchmark::Counter::kIsIterationInvariantRate);

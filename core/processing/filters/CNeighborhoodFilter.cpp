@@ -7,8 +7,11 @@
 #include "core/processing/filters/FilterSlabs.h"
 #include "shr/StringUtil.h"
 
+#include <tbb/enumerable_thread_specific.h>
+
 #include <algorithm>
 #include <climits>
+#include <memory>
 #include <cmath>
 #include <limits>
 #include <type_traits>
@@ -255,26 +258,31 @@ private:
 // the slices.
 class NeighborhoodBody {
 public:
+    struct Workspace;
+    // One workspace per thread, kept from task to task for one component.
+    using Workspaces = tbb::enumerable_thread_specific<std::unique_ptr<Workspace>>;
+
     NeighborhoodBody(const CNeighborhoodFilter& filter, const CLatticeFilter::Params& params, const RowReader& reader,
-                     const SliceGeometry& geometry, unsigned int component, void* outputData)
+                     const SliceGeometry& geometry, unsigned int component, void* outputData, Workspaces& workspaces)
         : m_Filter(filter), m_Params(params), m_Reader(reader), m_Geometry(geometry),
-          m_Component(component), m_OutputData(outputData)
+          m_Component(component), m_OutputData(outputData), m_Workspaces(workspaces)
     {
     }
 
     void operator()(const tbb::blocked_range<int>& range) const
     {
         TakeOver(m_OutputData);
-        Workspace work(*this);
+        std::unique_ptr<Workspace>& slot = m_Workspaces.local();
+        if (!slot)
+            slot = std::make_unique<Workspace>(*this);
         for (int row = range.begin(); row != range.end(); ++row) {
-            FilterRow(row, work);
-            WriteRow(row, work);
+            FilterRow(row, *slot);
+            WriteRow(row, *slot);
         }
         HandOver(m_OutputData);
     }
 
-private:
-    // A task's buffers.
+    // A thread's buffers; its ring of rows serves every task of the thread.
     struct Workspace {
         explicit Workspace(const NeighborhoodBody& body)
             : ring(body.m_Reader, body.m_Geometry),
@@ -294,6 +302,7 @@ private:
         std::vector<uint64_t> blanks;  // nodes of the row to blank
     };
 
+private:
     unsigned int CentreRow() const { return m_Geometry.half[1] + m_Geometry.size[1] * m_Geometry.half[2]; }
     size_t CentreElement() const { return size_t(CentreRow()) * m_Geometry.size[0] + m_Geometry.half[0]; }
 
@@ -427,6 +436,7 @@ private:
     const SliceGeometry& m_Geometry;
     unsigned int m_Component;
     void* m_OutputData;
+    Workspaces& m_Workspaces;
 };
 
 } // namespace CNeighborhoodFilterPrivate
@@ -487,7 +497,8 @@ bool CNeighborhoodFilter::Run()
             continue;
         }
         const RowReader reader(Input(), geometry, c, params);
-        const NeighborhoodBody body(*this, params, reader, geometry, c, outputData);
+        NeighborhoodBody::Workspaces workspaces;
+        const NeighborhoodBody body(*this, params, reader, geometry, c, outputData, workspaces);
         if (!RunInSlabs(rows, minSlab, body, progress, done, size_t(rows) * flagged, outputData))
             return false;
         done += size_t(rows);
