@@ -353,8 +353,9 @@ TEST_F(LatticeFilterEngine, ARunEqualsItsNodesBitForBit)
             core::FilterWindow window(count, size_t(centreRow) * width + width / 2);
             std::vector<double> out(length);
             std::vector<unsigned char> ok(length);
-            neighborhood.FilterRun(view, 0, 1, length, out.data(), ok.data(), window);
-            for (unsigned int x = 1; x < length; ++x) {
+            const unsigned int last = length - filter % 3; // runs of odd and even lengths
+            neighborhood.FilterRun(view, 0, 1, last, out.data(), ok.data(), window);
+            for (unsigned int x = 1; x < last; ++x) {
                 for (size_t e = 0; e < count; ++e)
                     window[e] = core::WindowElement{rows[e / width][x + e % width], true};
                 double node = 0.0;

@@ -33,7 +33,7 @@ public:
     size_t CentreIndex() const { return m_Centre; }
     // Room for the filters' own use, ScratchCount buffers; a window is used
     // by one thread at a time.
-    static constexpr size_t ScratchCount = 3;
+    static constexpr size_t ScratchCount = 4;
     std::vector<double>& Scratch(size_t which = 0) const { return m_Scratch[which]; }
 
 private:

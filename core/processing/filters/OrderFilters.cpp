@@ -35,14 +35,13 @@ void MergePrefix(const double* a, const double* b, size_t count, double* out)
     }
 }
 
-// The columns of a stretch of the window rows, each sorted ascending, and
-// the merges of each with the next; each followed by infinities enough for
-// any merge that reads it.
+// The columns of a stretch of the window rows (one position of every row),
+// each sorted ascending and followed by infinities enough for any merge that
+// reads it.
 class SortedColumns {
 public:
-    SortedColumns(std::vector<double>& columns, std::vector<double>& pairs, size_t count, size_t keep)
-        : m_Columns(columns), m_Pairs(pairs), m_Count(count), m_PairLength(std::min(2 * count, keep)),
-          m_Stride(count + keep), m_PairStride(m_PairLength + keep)
+    SortedColumns(std::vector<double>& columns, size_t count, size_t keep)
+        : m_Columns(columns), m_Count(count), m_Stride(count + keep)
     {
     }
 
@@ -75,25 +74,73 @@ public:
         for (size_t p = 0; p < positions; ++p)
             for (size_t r = 0; r < m_Count; ++r)
                 m_Columns[p * m_Stride + r] = scratch[r * positions + p];
-        if (m_Count > 0 && positions > 1 && rows.width > 2) {
-            m_Pairs.assign((positions - 1) * m_PairStride, kInfinity);
-            for (size_t p = 0; p + 1 < positions; ++p)
-                MergePrefix(Column(p), Column(p + 1), m_PairLength, m_Pairs.data() + p * m_PairStride);
-        }
         return true;
     }
 
     const double* Column(size_t p) const { return m_Columns.data() + p * m_Stride; }
-    const double* Pair(size_t p) const { return m_Pairs.data() + p * m_PairStride; }
     size_t Count() const { return m_Count; }
-    size_t PairLength() const { return m_PairLength; }
 
 private:
     static constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
     std::vector<double>& m_Columns;
+    size_t m_Count, m_Stride;
+};
+
+// For a window 2m + 1 columns wide: the merges of the 2m columns from each
+// even position on, up to the highest rank wanted. A window starting at an
+// even position is the block there and the column after it; one starting at
+// an odd position, its first column and the block after it. So blocks, and
+// the pairs of columns they are merged from, are made at even positions only.
+class ColumnBlocks {
+public:
+    ColumnBlocks(const SortedColumns& columns, size_t width, size_t keep, std::vector<double>& pairs,
+                 std::vector<double>& blocks)
+        : m_Columns(columns), m_Half(width / 2), m_Keep(keep), m_Pairs(pairs), m_Blocks(blocks),
+          m_PairLength(std::min(2 * columns.Count(), keep)), m_PairStride(m_PairLength + keep),
+          m_BlockLength(std::min(2 * m_Half * columns.Count(), keep))
+    {
+    }
+
+    // Blocks at the even positions up to `nodes`; `buffers` holds the merges on the way.
+    void Make(size_t nodes, std::vector<double>& buffers)
+    {
+        const size_t blocks = nodes / 2 + 1;
+        const size_t pairs = blocks + m_Half - 1;
+        m_Pairs.assign(pairs * m_PairStride, std::numeric_limits<double>::infinity());
+        for (size_t t = 0; t < pairs; ++t)
+            MergePrefix(m_Columns.Column(2 * t), m_Columns.Column(2 * t + 1), m_PairLength, PairAt(t));
+        if (m_Half == 1)
+            return;
+        m_Blocks.resize(blocks * m_Keep);
+        buffers.assign(4 * m_Keep, std::numeric_limits<double>::infinity());
+        for (size_t b = 0; b < blocks; ++b) {
+            const double* merged = PairAt(b);
+            size_t length = m_PairLength;
+            for (size_t t = 1; t < m_Half; ++t) {
+                const size_t taken = std::min(length + m_PairLength, m_Keep);
+                double* target = t + 1 == m_Half ? m_Blocks.data() + b * m_Keep : buffers.data() + (t % 2) * 2 * m_Keep;
+                MergePrefix(merged, PairAt(b + t), taken, target);
+                if (t + 1 < m_Half)
+                    std::fill(target + taken, target + 2 * m_Keep, std::numeric_limits<double>::infinity());
+                merged = target;
+                length = taken;
+            }
+        }
+    }
+
+    // The block at even position p.
+    const double* Block(size_t p) const { return m_Half == 1 ? m_Pairs.data() + p / 2 * m_PairStride : m_Blocks.data() + p / 2 * m_Keep; }
+    size_t BlockLength() const { return m_BlockLength; }
+
+private:
+    double* PairAt(size_t t) { return m_Pairs.data() + t * m_PairStride; }
+
+    const SortedColumns& m_Columns;
+    size_t m_Half, m_Keep;
     std::vector<double>& m_Pairs;
-    size_t m_Count, m_PairLength, m_Stride, m_PairStride;
+    std::vector<double>& m_Blocks;
+    size_t m_PairLength, m_PairStride, m_BlockLength;
 };
 
 // Ranks in the union of two ascending runs a and b: the (k + 1)-th smallest
@@ -157,40 +204,27 @@ bool CRankFilter::FromValues(std::vector<double>& values, size_t centre, unsigne
 void CRankFilter::FilterRun(const WindowRows& rows, unsigned int component, unsigned int first, unsigned int last,
                             double* out, unsigned char* ok, FilterWindow& window) const
 {
-    const size_t width = rows.width, count = size_t(rows.rowCount) * width;
+    const size_t width = rows.width, count = size_t(rows.rowCount) * width, nodes = last - first;
     const size_t keep = TopRank(count) + 1;
-    SortedColumns columns(window.Scratch(1), window.Scratch(2), rows.rowCount, keep);
-    if (!columns.Sort(rows, first, last - first + width - 1, m_ColumnSorter, window.Scratch(0))) {
+    SortedColumns columns(window.Scratch(1), rows.rowCount, keep);
+    // Windows of an even width have no middle column to pair around; they go node by node.
+    if (width % 2 == 0 || !columns.Sort(rows, first, nodes + width - 1, m_ColumnSorter, window.Scratch(0))) {
         CValueFilter::FilterRun(rows, component, first, last, out, ok, window);
         return;
     }
-    // Two buffers taking turns as the merges' output, each padded like a column.
-    std::vector<double>& buffers = window.Scratch(0);
-    buffers.assign(4 * keep, std::numeric_limits<double>::infinity());
-    for (unsigned int x = first; x < last; ++x) {
-        const size_t q = x - first;
-        // The window's columns q to q + width - 1: pairs merged on while more
-        // than two columns are left, then the last one or two ranked directly.
-        const double* merged = columns.Column(q);
-        size_t length = columns.Count(), c = 1;
-        if (width > 2) {
-            merged = columns.Pair(q);
-            length = columns.PairLength();
-            for (c = 2; c + 2 < width; c += 2) {
-                double* target = buffers.data() + (c / 2 % 2) * 2 * keep;
-                const size_t taken = std::min(length + columns.PairLength(), keep);
-                MergePrefix(merged, columns.Pair(q + c), taken, target);
-                std::fill(target + taken, target + 2 * keep, std::numeric_limits<double>::infinity());
-                merged = target;
-                length = taken;
-            }
-        }
-        const bool lastPair = width - c == 2;
-        const MergedRuns ranks(merged, length, width == 1 ? nullptr : lastPair ? columns.Pair(q + c) : columns.Column(q + c),
-                               width == 1 ? 0 : lastPair ? columns.PairLength() : columns.Count());
-        const double centre = rows.Centre(x);
-        out[x] = FromRanks(ranks, count, &centre);
-        ok[x] = 1;
+    ColumnBlocks blocks(columns, width, keep, window.Scratch(2), window.Scratch(3));
+    if (width > 1)
+        blocks.Make(nodes, window.Scratch(0));
+    for (size_t q = 0; q < nodes; ++q) {
+        const bool even = q % 2 == 0;
+        const MergedRuns ranks = width == 1 ? MergedRuns(columns.Column(q), columns.Count(), nullptr, 0)
+                                 : even     ? MergedRuns(blocks.Block(q), blocks.BlockLength(),
+                                                     columns.Column(q + width - 1), columns.Count())
+                                            : MergedRuns(blocks.Block(q + 1), blocks.BlockLength(), columns.Column(q),
+                                                     columns.Count());
+        const double centre = rows.Centre(first + unsigned(q));
+        out[first + q] = FromRanks(ranks, count, &centre);
+        ok[first + q] = 1;
     }
 }
 
