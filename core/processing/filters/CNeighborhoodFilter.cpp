@@ -33,8 +33,10 @@ enum ElementKind : unsigned char {
 // The axis across the planes of each planar orientation.
 const int kNormalAxis[3] = {2, 1, 0};
 
-// Nodes per slab at least, so that small lattices are not cut finer than pays.
-constexpr unsigned int kSlabNodes = 1u << 16;
+// Window elements per slab at least: each slab ends in a wait for all
+// threads, which costs most on a busy machine, so a slab holds some tens of
+// milliseconds of work.
+constexpr uint64_t kSlabElements = uint64_t(1) << 24;
 
 // The lattice seen as rows: slice axis 0 runs along a row, axis 1 across the
 // rows of a slice, axis 2 across slices. Lengths, node strides and window
@@ -487,7 +489,7 @@ bool CNeighborhoodFilter::Run()
     VbProgress progress(shr::ToString("Filtering: %s", GetInfo(params.filter).label).c_str(), 0, 500, 100);
     const SliceGeometry geometry = MakeGeometry(Input(), m_Size, params.orientation);
     const int rows = geometry.RowCount();
-    const int minSlab = static_cast<int>(std::max(1u, kSlabNodes / geometry.length[0]));
+    const int minSlab = static_cast<int>(std::max<uint64_t>(1, kSlabElements / (uint64_t(geometry.length[0]) * WindowCount())));
     const size_t flagged = static_cast<size_t>(std::count(params.components.begin(), params.components.end(), true));
     void* outputData = Output().DataWritePtr();
     size_t done = 0;

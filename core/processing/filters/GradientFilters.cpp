@@ -94,6 +94,9 @@ void CGradientFilter::FilterRun(const WindowRows& rows, unsigned int, unsigned i
         double* plus = sums.data() + stride * 2 * g;
         const double* minus = plus + stride;
         SumTaps(m_Gradients[g].plus.taps, rows, first, last, plus);
+        // Less an empty sum, 0.0, leaves every value as it is.
+        if (m_Gradients[g].minus.taps.empty())
+            continue;
         SumTaps(m_Gradients[g].minus.taps, rows, first, last, plus + stride);
         for (unsigned int x = first; x < last; ++x)
             plus[x] -= minus[x];
