@@ -103,9 +103,9 @@ struct PaddedRow {
 };
 
 // What the rows are read with: the input, a component and the edge and blank settings.
-class RowReader {
+class LatticeRowReader {
 public:
-    RowReader(const VdLattice& input, const SliceGeometry& geometry, unsigned int component,
+    LatticeRowReader(const VdLattice& input, const SliceGeometry& geometry, unsigned int component,
               const CLatticeFilter::Params& params)
         : m_Input(input), m_Geometry(geometry), m_Component(component), m_Edge(params.edgeHandling),
           m_BlankFill(params.blankHandling == CLatticeFilter::BlankFill), m_EdgeFill(params.edgeFill[component]),
@@ -228,7 +228,7 @@ private:
 // that a row is loaded once while the window passes over it.
 class RowRing {
 public:
-    RowRing(const RowReader& reader, const SliceGeometry& geometry)
+    RowRing(const LatticeRowReader& reader, const SliceGeometry& geometry)
         : m_Reader(reader), m_Geometry(geometry), m_Slots(geometry.WindowRows())
     {
     }
@@ -249,7 +249,7 @@ private:
         return r < 0 ? r + n : r;
     }
 
-    const RowReader& m_Reader;
+    const LatticeRowReader& m_Reader;
     const SliceGeometry& m_Geometry;
     std::vector<PaddedRow> m_Slots;
 };
@@ -264,7 +264,7 @@ public:
     // One workspace per thread, kept from task to task for one component.
     using Workspaces = tbb::enumerable_thread_specific<std::unique_ptr<Workspace>>;
 
-    NeighborhoodBody(const CNeighborhoodFilter& filter, const CLatticeFilter::Params& params, const RowReader& reader,
+    NeighborhoodBody(const CNeighborhoodFilter& filter, const CLatticeFilter::Params& params, const LatticeRowReader& reader,
                      const SliceGeometry& geometry, unsigned int component, void* outputData, Workspaces& workspaces)
         : m_Filter(filter), m_Params(params), m_Reader(reader), m_Geometry(geometry),
           m_Component(component), m_OutputData(outputData), m_Workspaces(workspaces)
@@ -434,7 +434,7 @@ private:
 
     const CNeighborhoodFilter& m_Filter;
     const CLatticeFilter::Params& m_Params;
-    const RowReader& m_Reader;
+    const LatticeRowReader& m_Reader;
     const SliceGeometry& m_Geometry;
     unsigned int m_Component;
     void* m_OutputData;
@@ -498,7 +498,7 @@ bool CNeighborhoodFilter::Run()
             CopyComponent(c);
             continue;
         }
-        const RowReader reader(Input(), geometry, c, params);
+        const LatticeRowReader reader(Input(), geometry, c, params);
         NeighborhoodBody::Workspaces workspaces;
         const NeighborhoodBody body(*this, params, reader, geometry, c, outputData, workspaces);
         if (!RunInSlabs(rows, minSlab, body, progress, done, size_t(rows) * flagged, outputData))

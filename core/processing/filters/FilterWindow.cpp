@@ -23,13 +23,13 @@ __attribute__((target_clones("avx512f", "avx2", "default"))) void SumTaps(const 
             for (unsigned int i = 0; i < kBlock; ++i)
                 sums[i] += weight * values[i];
         }
-        std::copy(sums, sums + kBlock, out + x);
+        std::copy(sums, sums + kBlock, out + (x - first));
     }
     for (; x < last; ++x) {
         double sum = 0.0;
         for (const WindowTap& tap : taps)
             sum += tap.weight * rows.rows[tap.row][tap.offset + x];
-        out[x] = sum;
+        out[x - first] = sum;
     }
 }
 

@@ -60,9 +60,9 @@ struct WindowTap {
     unsigned int offset;
 };
 
-// out[x] for x in [first, last): 0.0 plus weight times value of each tap, in
-// the order of `taps`, which is what a node-by-node sum in window order gives,
-// bit for bit.
+// For nodes x in [first, last), out[x - first]: 0.0 plus weight times value
+// of each tap, in the order of `taps`, which is what a node-by-node sum in
+// window order gives, bit for bit.
 void SumTaps(const std::vector<WindowTap>& taps, const WindowRows& rows, unsigned int first, unsigned int last,
              double* out);
 

@@ -19,6 +19,32 @@ const double kVolumeSobel[3][27] = {
 
 // The gradients never exceed three: one per axis.
 constexpr size_t kMaxGradients = 3;
+// Nodes of a run filtered at a time.
+constexpr unsigned int kRunBlock = 256;
+
+// The length of each node's gradient: the square root of the sum of the
+// squared gradients, in gradient order. Built for the vector units at hand.
+__attribute__((target_clones("avx512f", "avx2", "default"))) void Norms(const double* gradients, size_t stride,
+                                                                        size_t count, size_t nodes, double* out)
+{
+    for (size_t x = 0; x < nodes; ++x)
+        out[x] = gradients[x] * gradients[x];
+    for (size_t g = 1; g < count; ++g)
+        for (size_t x = 0; x < nodes; ++x)
+            out[x] += gradients[g * stride + x] * gradients[g * stride + x];
+    for (size_t x = 0; x < nodes; ++x)
+        out[x] = std::sqrt(out[x]);
+}
+
+// The largest magnitude of each node's gradients; the first one wins a tie.
+void LargestMagnitudes(const double* gradients, size_t stride, size_t count, size_t nodes, double* out)
+{
+    for (size_t x = 0; x < nodes; ++x)
+        out[x] = std::fabs(gradients[x]);
+    for (size_t g = 1; g < count; ++g)
+        for (size_t x = 0; x < nodes; ++x)
+            out[x] = std::fabs(gradients[g * stride + x]) > out[x] ? std::fabs(gradients[g * stride + x]) : out[x];
+}
 
 } // namespace GradientFiltersPrivate
 
@@ -85,11 +111,21 @@ bool CGradientFilter::FilterNode(const FilterWindow& window, unsigned int, doubl
 void CGradientFilter::FilterRun(const WindowRows& rows, unsigned int, unsigned int first, unsigned int last,
                                 double* out, unsigned char* ok, FilterWindow& window) const
 {
-    // Per gradient, its plus and its minus sums, each a row long; then the
-    // gradients combined as Combine does, a whole run at a time.
-    const size_t stride = last;
-    std::vector<double>& sums = window.Scratch();
+    // A block of nodes at a time, its sums kept in the fastest cache.
+    for (unsigned int from = first; from < last; from += kRunBlock)
+        FilterBlock(rows, from, std::min(last, from + kRunBlock), out, window.Scratch());
+    std::fill(ok + first, ok + last, 1);
+}
+
+// Per gradient, its plus and minus sums side by side, then the gradients
+// combined as Combine does, the whole block at a time.
+void CGradientFilter::FilterBlock(const WindowRows& rows, unsigned int first, unsigned int last, double* out,
+                                  std::vector<double>& sums) const
+{
+    const size_t stride = kRunBlock;
     sums.resize(stride * 2 * m_Gradients.size());
+    const size_t count = last - first;
+    out += first;
     for (size_t g = 0; g < m_Gradients.size(); ++g) {
         double* plus = sums.data() + stride * 2 * g;
         const double* minus = plus + stride;
@@ -98,24 +134,15 @@ void CGradientFilter::FilterRun(const WindowRows& rows, unsigned int, unsigned i
         if (m_Gradients[g].minus.taps.empty())
             continue;
         SumTaps(m_Gradients[g].minus.taps, rows, first, last, plus + stride);
-        for (unsigned int x = first; x < last; ++x)
+        for (size_t x = 0; x < count; ++x)
             plus[x] -= minus[x];
     }
     if (m_Gradients.empty())
-        std::fill(out + first, out + last, 0.0);
-    for (size_t g = 0; g < m_Gradients.size(); ++g) {
-        const double* gradient = sums.data() + stride * 2 * g;
-        for (unsigned int x = first; x < last; ++x) {
-            if (m_Combination == LargestMagnitude)
-                out[x] = g == 0 || std::fabs(gradient[x]) > out[x] ? std::fabs(gradient[x]) : out[x];
-            else
-                out[x] = g == 0 ? gradient[x] * gradient[x] : out[x] + gradient[x] * gradient[x];
-        }
-    }
-    if (m_Combination == Norm)
-        for (unsigned int x = first; x < last; ++x)
-            out[x] = std::sqrt(out[x]);
-    std::fill(ok + first, ok + last, 1);
+        std::fill(out, out + count, 0.0);
+    else if (m_Combination == Norm)
+        Norms(sums.data(), 2 * stride, m_Gradients.size(), count, out);
+    else
+        LargestMagnitudes(sums.data(), 2 * stride, m_Gradients.size(), count, out);
 }
 
 void CGradientFilter::AddSobelGradients()

@@ -42,6 +42,8 @@ private:
     };
 
     WeightedSum MakeSum(const std::vector<double>& weights) const;
+    void FilterBlock(const WindowRows& rows, unsigned int first, unsigned int last, double* out,
+                     std::vector<double>& sums) const;
     static double Sum(const WeightedSum& sum, const FilterWindow& window);
     double Combine(const double* gradients) const;
 
