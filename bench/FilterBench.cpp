@@ -7,6 +7,7 @@
 // (bench/peers/filter_peer.py) to compare with VTK's and scipy's before it
 // times them. The thread count is a benchmark argument: 2 against VTK, 1
 // against scipy, whose filters run on one thread.
+#include "BenchFiles.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/processing/filters/CLatticeFilter.h"
 
@@ -14,13 +15,11 @@
 #include <tbb/global_control.h>
 
 #include <cmath>
-#include <cstdio>
 #include <map>
 #include <memory>
 #include <random>
 #include <set>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -42,24 +41,6 @@ const Case kCases[] = {
     {"median3", CLatticeFilter::Median, 3, 0.0},   {"median5", CLatticeFilter::Median, 5, 0.0},
     {"sobel", CLatticeFilter::SobelB, 3, 0.0},
 };
-
-std::string OutputFolder()
-{
-    char path[4096];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
-    std::string exe(path, length > 0 ? static_cast<size_t>(length) : 0);
-    const size_t slash = exe.rfind('/');
-    return slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
-}
-
-void WriteRaw(const std::string& name, const void* data, size_t bytes)
-{
-    const std::string path = OutputFolder() + "/" + name;
-    if (FILE* file = std::fopen(path.c_str(), "wb")) {
-        std::fwrite(data, 1, bytes, file);
-        std::fclose(file);
-    }
-}
 
 // Shape 128 and 256: a cube; 4096: a single image.
 void Dims(unsigned int shape, unsigned int* dims)
@@ -86,7 +67,7 @@ const VdUniformLattice& Input(unsigned int shape)
             for (unsigned int i = 0; i < dims[0]; ++i)
                 values.push_back(float(std::sin(0.05 * i) * std::cos(0.07 * j) + 0.01 * k) + noise(random));
     slot = std::make_unique<VdUniformLattice>(shr::Float, dims, values.data(), 1);
-    WriteRaw("filter_in_" + std::to_string(shape) + ".raw", values.data(), values.size() * sizeof(float));
+    benchfiles::WriteRaw("filter_in_" + std::to_string(shape) + ".raw", values);
     return *slot;
 }
 
@@ -122,7 +103,8 @@ void BM_Filter(benchmark::State& state)
         VdUniformLattice output(shr::Float, input.GetDims(), nullptr, 1);
         p.output = &output;
         CLatticeFilter::Execute(p);
-        WriteRaw(name, output.DataPtr(), output.DataTotalSize());
+        const float* result = static_cast<const float*>(output.DataPtr());
+        benchfiles::WriteRaw(name, std::vector<float>(result, result + output.VertexCount()));
     }
     for (auto _ : state) {
         // As the module does: a new output lattice each time.
