@@ -272,7 +272,7 @@ TEST_F(LatticeFilterEngine, UnsharpMaskWeighsTheCentreAgainstTheBlur)
 // every component, then upper bounds.
 TEST_F(LatticeFilterEngine, PointOperationParametersArePerComponent)
 {
-    const double bounding[2] = {2.0, 8.0};
+    const double bounding[F::ParameterSlots] = {2.0, 8.0};
     EXPECT_EQ(F::ParameterVector(F::Bounding, bounding, 3), (std::vector<double>{2, 2, 2, 8, 8, 8}));
     EXPECT_EQ(F::ParameterVector(F::Gamma, bounding, 2), (std::vector<double>{2, 2}));
     EXPECT_EQ(F::ParameterVector(F::Gaussian, bounding, 2).size(), size_t(F::ParameterSlots));

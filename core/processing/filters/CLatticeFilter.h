@@ -79,11 +79,12 @@ public:
     static const Info& GetInfo(uint32_t filter);
     // Raises "Invalid <what> <value>." unless value < count.
     static void CheckSetting(uint32_t value, uint32_t count, const char* what);
-    // The module's ten parameters as the filter reads them: as they stand,
-    // except for the filters with a value per component: Threshold Averaging,
-    // Threshold Crossing and Gamma Correction take parameter 0 once per
-    // component; Bounding and Brightness & Contrast take parameter 0 for every
-    // component, then parameter 1 for every component.
+    // The module's ten parameters (ParameterSlots values at `params`) as the
+    // filter reads them: as they stand, except for the filters with a value
+    // per component: Threshold Averaging, Threshold Crossing and Gamma
+    // Correction take parameter 0 once per component; Bounding and Brightness
+    // & Contrast take parameter 0 for every component, then parameter 1 for
+    // every component.
     static std::vector<double> ParameterVector(uint32_t filter, const double* params, unsigned int components);
 
     // Filters params.input into params.output. True at once for a lattice
