@@ -48,8 +48,9 @@ TOLERANCE = {"average3": 1e-5, "gauss3": 1e-5, "median3": 0.0, "median5": 0.0, "
 
 
 def repeats(shape, case):
-    slow = case.startswith("median") or shape != 128
-    return 1 if slow and shape != 128 else 2 if slow else 5
+    if case.startswith("median"):
+        return 3 if shape == 128 else 1
+    return 9 if shape == 128 else 3
 
 
 def ours(build_dir, case, shape):

@@ -173,9 +173,8 @@ CLatticeFilter::Params VoLatticeFilter::MakeParams(const VdUniformLattice& input
     params.blankHandling = m_BlankHandling;
     params.orientation = m_Orientation;
     // One node across the planes of a planar orientation.
-    static const int kNormalAxis[3] = {2, 1, 0};
     for (int axis = 0; axis < 3; ++axis)
-        params.window[axis] = m_Orientation != F::Volume && axis == kNormalAxis[m_Orientation] ? 1 : m_KernelSize;
+        params.window[axis] = axis == F::NormalAxis(m_Orientation) ? 1 : m_KernelSize;
     for (unsigned int c = 0; c < components; ++c)
         params.components.push_back(c < m_Components.size() ? m_Components[c] : true);
     params.edgeFill.assign(components, m_EdgeFill);

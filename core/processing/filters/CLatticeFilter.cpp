@@ -152,6 +152,18 @@ std::unique_ptr<CLatticeFilter> MakeFilter(const CLatticeFilter::Params& p)
 
 using namespace LatticeFilterPrivate;
 
+int CLatticeFilter::NormalAxis(uint32_t orientation)
+{
+    static const int kNormal[OrientationCount] = {2, 1, 0, -1};
+    return orientation < OrientationCount ? kNormal[orientation] : -1;
+}
+
+const unsigned int* CLatticeFilter::SliceAxes(uint32_t orientation)
+{
+    static const unsigned int kAxes[OrientationCount][3] = {{0, 1, 2}, {0, 2, 1}, {1, 2, 0}, {0, 1, 2}};
+    return kAxes[orientation < OrientationCount ? orientation : Volume];
+}
+
 void CLatticeFilter::CheckSetting(uint32_t value, uint32_t count, const char* what)
 {
     if (value >= count)
@@ -213,11 +225,8 @@ double CLatticeFilter::Param(size_t index) const
 void CLatticeFilter::GetSliceDims(unsigned int& width, unsigned int& height, unsigned int& depth) const
 {
     const unsigned int* n = m_Params.input->GetDims();
-    switch (m_Params.orientation) {
-    case XZPlanes: width = n[0], height = n[2], depth = n[1]; break;
-    case YZPlanes: width = n[1], height = n[2], depth = n[0]; break;
-    default: width = n[0], height = n[1], depth = n[2]; break;
-    }
+    const unsigned int* axes = SliceAxes(m_Params.orientation);
+    width = n[axes[0]], height = n[axes[1]], depth = n[axes[2]];
 }
 
 void CLatticeFilter::CopyComponent(unsigned int component) const

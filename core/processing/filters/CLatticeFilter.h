@@ -43,7 +43,8 @@ public:
 
     // The longest window side a filter takes.
     static constexpr unsigned int MaxWindowSize = 99;
-    // The parameters of the module, of which a filter uses its first ParameterCount.
+    // The parameters of the module, of which a filter uses the first
+    // Info::parameterCount.
     static constexpr unsigned int ParameterSlots = 10;
 
     struct Parameter {
@@ -77,6 +78,13 @@ public:
 
     // The row of the filter table; a number beyond it raises "Invalid lattice filter %u.".
     static const Info& GetInfo(uint32_t filter);
+    // The axis across the planes of a planar orientation (k for XY planes, j
+    // for XZ, i for YZ); -1 for the 3D window.
+    static int NormalAxis(uint32_t orientation);
+    // The lattice axes that an orientation's slices run along: the slice's
+    // width, its height, and across the slices. XY planes and the 3D window
+    // give i, j, k; XZ planes i, k, j; YZ planes j, k, i.
+    static const unsigned int* SliceAxes(uint32_t orientation);
     // Raises "Invalid <what> <value>." unless value < count.
     static void CheckSetting(uint32_t value, uint32_t count, const char* what);
     // The module's ten parameters (ParameterSlots values at `params`) as the

@@ -82,10 +82,10 @@ void CLinearFilter::FilterRun(const WindowRows& rows, unsigned int, unsigned int
     std::fill(ok + first, ok + last, counted ? 1 : 0);
     if (!counted)
         return;
-    SumTaps(m_Taps, rows, first, last, out + first);
     if (std::fabs(m_TapWeights) > kMinWeightSum)
-        for (unsigned int x = first; x < last; ++x)
-            out[x] /= m_TapWeights;
+        SumTapsOver(m_Taps, rows, first, last, m_TapWeights, out + first);
+    else
+        SumTaps(m_Taps, rows, first, last, out + first);
 }
 
 } // namespace core

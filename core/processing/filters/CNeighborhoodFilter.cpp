@@ -30,13 +30,9 @@ enum ElementKind : unsigned char {
     KindOutside = 2, // off the lattice, for the edge handlings that read nothing there
 };
 
-// The axis across the planes of each planar orientation.
-const int kNormalAxis[3] = {2, 1, 0};
-
-// Window elements per slab at least: each slab ends in a wait for all
-// threads, which costs most on a busy machine, so a slab holds some tens of
-// milliseconds of work.
-constexpr uint64_t kSlabElements = uint64_t(1) << 24;
+// Window elements per chunk of rows that a thread takes: a fraction of a
+// millisecond of work.
+constexpr uint64_t kChunkElements = uint64_t(1) << 18;
 
 // The lattice seen as rows: slice axis 0 runs along a row, axis 1 across the
 // rows of a slice, axis 2 across slices. Lengths, node strides and window
@@ -54,16 +50,16 @@ struct SliceGeometry {
     uint64_t RowStart(unsigned int b, unsigned int c) const { return b * stride[1] + c * stride[2]; }
 };
 
-// The slice axes of an orientation: XZ planes run rows along i across k, YZ
-// planes along j across k; XY planes and the 3D window along i across j.
+// The rows of an orientation run along the slice's width, one after the
+// other up its height, slice after slice.
 SliceGeometry MakeGeometry(const VdLattice& lattice, const unsigned int* window, uint32_t orientation)
 {
-    static const unsigned int kAxes[CLatticeFilter::OrientationCount][3] = {{0, 1, 2}, {0, 2, 1}, {1, 2, 0}, {0, 1, 2}};
+    const unsigned int* axes = CLatticeFilter::SliceAxes(orientation);
     const unsigned int* dims = lattice.GetDims();
     const uint64_t strides[3] = {1, dims[0], uint64_t(dims[0]) * dims[1]};
     SliceGeometry g;
     for (int s = 0; s < 3; ++s) {
-        const unsigned int axis = kAxes[orientation][s];
+        const unsigned int axis = axes[s];
         g.length[s] = dims[axis];
         g.stride[s] = strides[axis];
         g.size[s] = window[axis];
@@ -223,34 +219,38 @@ private:
     bool m_HasBlanks;
 };
 
-// A task's rows: window-height rows per slice offset, each slot holding the
-// row whose coordinates are congruent to it modulo the window's sides, so
-// that a row is loaded once while the window passes over it.
+// A thread's rows: for each slice the window reaches, as many rows as the
+// window is high, rounded up to powers of two. A row goes to the slot its
+// coordinates give modulo those sizes, so it is loaded once while the window
+// passes over it, and the rows of one window never share a slot.
 class RowRing {
 public:
     RowRing(const LatticeRowReader& reader, const SliceGeometry& geometry)
-        : m_Reader(reader), m_Geometry(geometry), m_Slots(geometry.WindowRows())
+        : m_Reader(reader), m_RowMask(PowerOfTwo(geometry.size[1]) - 1), m_SliceMask(PowerOfTwo(geometry.size[2]) - 1),
+          m_Slots(size_t(m_RowMask + 1) * (m_SliceMask + 1))
     {
     }
 
     const PaddedRow& Get(int b, int c)
     {
-        const int sb = int(m_Geometry.size[1]), sc = int(m_Geometry.size[2]);
-        PaddedRow& slot = m_Slots[size_t(Modulo(c, sc) * sb + Modulo(b, sb))];
+        // Two's complement: the masks map negative coordinates too.
+        PaddedRow& slot = m_Slots[size_t(unsigned(c) & m_SliceMask) * (m_RowMask + 1) + (unsigned(b) & m_RowMask)];
         if (slot.b != b || slot.c != c)
             m_Reader.Load(slot, b, c);
         return slot;
     }
 
 private:
-    static int Modulo(int value, int n)
+    static unsigned int PowerOfTwo(unsigned int n)
     {
-        const int r = value % n;
-        return r < 0 ? r + n : r;
+        unsigned int power = 1;
+        while (power < n)
+            power *= 2;
+        return power;
     }
 
     const LatticeRowReader& m_Reader;
-    const SliceGeometry& m_Geometry;
+    unsigned int m_RowMask, m_SliceMask;
     std::vector<PaddedRow> m_Slots;
 };
 
@@ -301,7 +301,6 @@ public:
         std::vector<double> out;
         std::vector<unsigned char> ok;
         std::vector<unsigned int> bad; // running count of positions that no filter may read
-        std::vector<uint64_t> blanks;  // nodes of the row to blank
     };
 
 private:
@@ -392,25 +391,24 @@ private:
         const uint64_t start = g.RowStart(unsigned(row) % g.length[1], unsigned(row) / g.length[1]);
         const uint64_t components = m_Params.output->ComponentCount();
         const uint64_t step = g.stride[0] * components;
-        work.blanks.clear();
-        for (unsigned int x = 0; x < g.length[0]; ++x)
-            if (!work.ok[x])
-                work.blanks.push_back(start + x * g.stride[0]);
+        const unsigned int length = g.length[0];
+        const bool allValid = std::find(work.ok.begin(), work.ok.begin() + length, 0) == work.ok.begin() + length;
         DispatchPrimType(m_Params.output->DataType(), [&](auto tag) {
             using T = typename decltype(tag)::Type;
             T* data = static_cast<T*>(m_OutputData) + start * components + m_Component;
-            if (work.blanks.empty() && step == 1)
-                WriteValues(work.out.data(), g.length[0], data);
+            if (allValid && step == 1)
+                WriteValues(work.out.data(), length, data);
             else
-                for (unsigned int x = 0; x < g.length[0]; ++x)
+                for (unsigned int x = 0; x < length; ++x)
                     if (work.ok[x])
                         data[x * step] = PrimConvert<T>(work.out[x]);
         });
-        if (work.blanks.empty())
+        if (allValid)
             return;
         std::lock_guard<std::recursive_mutex> lock(VdArrayData::BlankLock());
-        for (uint64_t node : work.blanks)
-            m_Params.output->SetBlank(static_cast<unsigned int>(node), m_Component);
+        for (unsigned int x = 0; x < length; ++x)
+            if (!work.ok[x])
+                m_Params.output->SetBlank(static_cast<unsigned int>(start + x * g.stride[0]), m_Component);
     }
 
     // A whole row of results into consecutive elements. Floats within range
@@ -450,19 +448,19 @@ CNeighborhoodFilter::CNeighborhoodFilter(const Params& params) : CLatticeFilter(
     std::copy(params.window, params.window + 3, m_Size);
     // Across the planes of a planar orientation the window is one node thick.
     if (Planar())
-        m_Size[kNormalAxis[params.orientation]] = 1;
+        m_Size[NormalAxis(params.orientation)] = 1;
 }
 
 void CNeighborhoodFilter::FixWindowSize(unsigned int size)
 {
     for (int axis = 0; axis < 3; ++axis)
-        if (!Planar() || axis != kNormalAxis[GetParams().orientation])
+        if (axis != NormalAxis(GetParams().orientation))
             m_Size[axis] = size;
 }
 
 unsigned int CNeighborhoodFilter::RowWidth() const
 {
-    return GetParams().orientation == YZPlanes ? m_Size[1] : m_Size[0];
+    return m_Size[SliceAxes(GetParams().orientation)[0]];
 }
 
 WindowTap CNeighborhoodFilter::TapAt(size_t element, double weight) const
@@ -489,7 +487,9 @@ bool CNeighborhoodFilter::Run()
     VbProgress progress(shr::ToString("Filtering: %s", GetInfo(params.filter).label).c_str(), 0, 500, 100);
     const SliceGeometry geometry = MakeGeometry(Input(), m_Size, params.orientation);
     const int rows = geometry.RowCount();
-    const int minSlab = static_cast<int>(std::max<uint64_t>(1, kSlabElements / (uint64_t(geometry.length[0]) * WindowCount())));
+    // At least a window's height of rows, which the ring loads when a chunk begins.
+    const int grain = static_cast<int>(std::max<uint64_t>(
+        2 * geometry.size[1], kChunkElements / (uint64_t(geometry.length[0]) * WindowCount())));
     const size_t flagged = static_cast<size_t>(std::count(params.components.begin(), params.components.end(), true));
     void* outputData = Output().DataWritePtr();
     size_t done = 0;
@@ -501,7 +501,7 @@ bool CNeighborhoodFilter::Run()
         const LatticeRowReader reader(Input(), geometry, c, params);
         NeighborhoodBody::Workspaces workspaces;
         const NeighborhoodBody body(*this, params, reader, geometry, c, outputData, workspaces);
-        if (!RunInSlabs(rows, minSlab, body, progress, done, size_t(rows) * flagged, outputData))
+        if (!RunInSlabs(rows, grain, body, progress, done, size_t(rows) * flagged, outputData))
             return false;
         done += size_t(rows);
     }

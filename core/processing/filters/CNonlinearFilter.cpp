@@ -6,18 +6,6 @@ namespace core {
 
 CNonlinearFilter::CNonlinearFilter(const Params& params) : CNeighborhoodFilter(params) {}
 
-double CNonlinearFilter::Select(std::vector<double>& values, size_t k)
-{
-    // NaN sorts last: move them there, then order the numbers by < alone,
-    // which is faster than testing every comparison for NaN.
-    const auto numbers = std::partition(values.begin(), values.end(), [](double v) { return v == v; });
-    const auto at = values.begin() + static_cast<std::ptrdiff_t>(k);
-    if (at >= numbers)
-        return *at;
-    std::nth_element(values.begin(), at, numbers);
-    return *at;
-}
-
 double CNonlinearFilter::Mean(const std::vector<double>& values)
 {
     double sum = 0.0;

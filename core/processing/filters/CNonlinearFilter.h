@@ -18,8 +18,6 @@ class CNonlinearFilter : public CNeighborhoodFilter {
 public:
     // A strict weak order of doubles: numbers as usual, NaN after all of them.
     static bool Before(double a, double b) { return a < b || (a == a && b != b); }
-    // The value at sorted position `k` (< values.size()); reorders `values`.
-    static double Select(std::vector<double>& values, size_t k);
     static double Mean(const std::vector<double>& values);
 
 protected:

@@ -16,22 +16,27 @@
 namespace core {
 namespace LatticeFilterPrivate {
 
-// Slabs per run of work, so that an abort is seen soon.
+// Slabs per run of work at most, so that an abort is seen soon; chunks per
+// slab at least, so that the threads share a slab evenly.
 constexpr int kSlabsPerRun = 32;
+constexpr int kChunksPerSlab = 64;
 
-// Runs body(tbb::blocked_range<Index>) over [0, count), in slabs of at least
-// minSlab items. `done` and `total` place this run within the whole filter's
-// progress, in units of items. `token` marks the data the bodies hand back
-// (see ThreadHandOver.h). False when the progress asks to stop.
+// Runs body(tbb::blocked_range<Index>) over [0, count), in slabs. The threads
+// take chunks of about `grain` items: small, so that when the machine is busy
+// and a thread is held up, it holds up little work at the end of a slab.
+// `done` and `total` place this run within the whole filter's progress, in
+// units of items. `token` marks the data the bodies hand back (see
+// ThreadHandOver.h). False when the progress asks to stop.
 template <class Index, class Body>
-bool RunInSlabs(Index count, Index minSlab, const Body& body, VbProgress& progress, size_t done, size_t total,
+bool RunInSlabs(Index count, Index grain, const Body& body, VbProgress& progress, size_t done, size_t total,
                 const void* token)
 {
-    const Index slab = std::max<Index>(std::max<Index>(minSlab, 1), count / kSlabsPerRun + 1);
+    grain = std::max<Index>(grain, 1);
+    const Index slab = std::max<Index>(grain * kChunksPerSlab, count / kSlabsPerRun + 1);
     for (Index first = 0; first < count;) {
         const Index last = count - first > slab ? first + slab : count;
         HandOver(token);
-        tbb::parallel_for(tbb::blocked_range<Index>(first, last), body, tbb::auto_partitioner());
+        tbb::parallel_for(tbb::blocked_range<Index>(first, last, grain), body, tbb::simple_partitioner());
         TakeOver(token);
         first = last;
         if (!progress.Update(done + static_cast<size_t>(first), total))

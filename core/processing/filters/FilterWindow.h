@@ -65,5 +65,8 @@ struct WindowTap {
 // window order gives, bit for bit.
 void SumTaps(const std::vector<WindowTap>& taps, const WindowRows& rows, unsigned int first, unsigned int last,
              double* out);
+// The same sums, each divided by `divisor`.
+void SumTapsOver(const std::vector<WindowTap>& taps, const WindowRows& rows, unsigned int first, unsigned int last,
+                 double divisor, double* out);
 
 } // namespace core

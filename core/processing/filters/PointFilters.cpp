@@ -119,7 +119,7 @@ bool CLatticeFilter::RunPointOperation(const MakeOp& makeOp) const
             continue;
         }
         const PointBody<decltype(makeOp(c))> body(Input(), Output(), outputData, c, makeOp(c));
-        if (!LatticeFilterPrivate::RunInSlabs(nodes, 1u << 22, body, progress, done, nodes * flagged, outputData))
+        if (!LatticeFilterPrivate::RunInSlabs(nodes, 1u << 16, body, progress, done, nodes * flagged, outputData))
             return false;
         done += nodes;
     }
