@@ -16,14 +16,14 @@
 namespace core {
 namespace LatticeFilterPrivate {
 
-// Slabs per run of work at most, so that an abort is seen soon; chunks per
+// Slabs per run of work at most, so that an abort is seen soon; grains per
 // slab at least, so that the threads share a slab evenly.
 constexpr int kSlabsPerRun = 32;
-constexpr int kChunksPerSlab = 64;
+constexpr int kGrainsPerSlab = 64;
 
 // Runs body(tbb::blocked_range<Index>) over [0, count), in slabs. The threads
-// take chunks of about `grain` items: small, so that when the machine is busy
-// and a thread is held up, it holds up little work at the end of a slab.
+// take chunks of at least `grain` items, which the auto partitioner cuts
+// finer when a thread runs out of work.
 // `done` and `total` place this run within the whole filter's progress, in
 // units of items. `token` marks the data the bodies hand back (see
 // ThreadHandOver.h). False when the progress asks to stop.
@@ -32,11 +32,11 @@ bool RunInSlabs(Index count, Index grain, const Body& body, VbProgress& progress
                 const void* token)
 {
     grain = std::max<Index>(grain, 1);
-    const Index slab = std::max<Index>(grain * kChunksPerSlab, count / kSlabsPerRun + 1);
+    const Index slab = std::max<Index>(grain * kGrainsPerSlab, count / kSlabsPerRun + 1);
     for (Index first = 0; first < count;) {
         const Index last = count - first > slab ? first + slab : count;
         HandOver(token);
-        tbb::parallel_for(tbb::blocked_range<Index>(first, last, grain), body, tbb::simple_partitioner());
+        tbb::parallel_for(tbb::blocked_range<Index>(first, last, grain), body, tbb::auto_partitioner());
         TakeOver(token);
         first = last;
         if (!progress.Update(done + static_cast<size_t>(first), total))
