@@ -7,8 +7,11 @@
 #include "core/processing/filters/OrderFilters.h"
 #include "core/processing/filters/PointFilters.h"
 #include "core/processing/filters/StatisticFilters.h"
+#include "core/network/VbProgress.h"
 #include "shr/Exception.h"
+#include "shr/StringUtil.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace core {
@@ -227,6 +230,24 @@ void CLatticeFilter::GetSliceDims(unsigned int& width, unsigned int& height, uns
     const unsigned int* n = m_Params.input->GetDims();
     const unsigned int* axes = SliceAxes(m_Params.orientation);
     width = n[axes[0]], height = n[axes[1]], depth = n[axes[2]];
+}
+
+bool CLatticeFilter::RunComponents(size_t units, const ComponentFilter& filter) const
+{
+    VbProgress progress(shr::ToString("Filtering: %s", GetInfo(m_Params.filter).label).c_str(), 0, 500, 100);
+    const size_t flagged = static_cast<size_t>(std::count(m_Params.components.begin(), m_Params.components.end(), true));
+    size_t done = 0;
+    for (unsigned int c = 0; c < ComponentCount(); ++c) {
+        if (!m_Params.components[c]) {
+            CopyComponent(c);
+            continue;
+        }
+        if (!filter(c, progress, done, units * flagged))
+            return false;
+        done += units;
+    }
+    Output().DataModified();
+    return true;
 }
 
 void CLatticeFilter::CopyComponent(unsigned int component) const

@@ -18,12 +18,15 @@
 
 #include <boost/noncopyable.hpp>
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
 namespace core {
 
+class VbProgress;
 class VdUniformLattice;
 
 class CLatticeFilter : private boost::noncopyable, private shr::NonComparable {
@@ -124,6 +127,13 @@ protected:
 
     // Copies a component that is not filtered, with its blanks.
     void CopyComponent(unsigned int component) const;
+    // Filters one component in `units` items of work, reporting them to
+    // `progress` from `done` of `total`; false on abort.
+    using ComponentFilter =
+        std::function<bool(unsigned int component, VbProgress& progress, size_t done, size_t total)>;
+    // The frame of Run: each flagged component through `filter`, the others
+    // copied. False when a component's filter was aborted.
+    bool RunComponents(size_t units, const ComponentFilter& filter) const;
     // The frame of the point operations, defined beside them: each flagged
     // component gets op(value) in every node that is not blank, in parallel
     // over nodes, with op = makeOp(component); the others are copied; blanks

@@ -4,8 +4,7 @@
 #include "core/data/ThreadHandOver.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/network/VbProgress.h"
-#include "core/processing/filters/FilterSlabs.h"
-#include "shr/StringUtil.h"
+#include "core/processing/filters/FilterLoop.h"
 
 #include <tbb/enumerable_thread_specific.h>
 
@@ -21,7 +20,7 @@ namespace core {
 
 namespace CNeighborhoodFilterPrivate {
 
-using LatticeFilterPrivate::RunInSlabs;
+using LatticeFilterPrivate::RunWithProgress;
 
 // What a padded row holds at a position.
 enum ElementKind : unsigned char {
@@ -484,29 +483,18 @@ void CNeighborhoodFilter::FilterRun(const WindowRows& rows, unsigned int compone
 bool CNeighborhoodFilter::Run()
 {
     const Params& params = GetParams();
-    VbProgress progress(shr::ToString("Filtering: %s", GetInfo(params.filter).label).c_str(), 0, 500, 100);
     const SliceGeometry geometry = MakeGeometry(Input(), m_Size, params.orientation);
     const int rows = geometry.RowCount();
     // At least a window's height of rows, which the ring loads when a chunk begins.
     const int grain = static_cast<int>(std::max<uint64_t>(
         2 * geometry.size[1], kChunkElements / (uint64_t(geometry.length[0]) * WindowCount())));
-    const size_t flagged = static_cast<size_t>(std::count(params.components.begin(), params.components.end(), true));
     void* outputData = Output().DataWritePtr();
-    size_t done = 0;
-    for (unsigned int c = 0; c < ComponentCount(); ++c) {
-        if (!params.components[c]) {
-            CopyComponent(c);
-            continue;
-        }
+    return RunComponents(size_t(rows), [&](unsigned int c, VbProgress& progress, size_t done, size_t total) {
         const LatticeRowReader reader(Input(), geometry, c, params);
         NeighborhoodBody::Workspaces workspaces;
         const NeighborhoodBody body(*this, params, reader, geometry, c, outputData, workspaces);
-        if (!RunInSlabs(rows, grain, body, progress, done, size_t(rows) * flagged, outputData))
-            return false;
-        done += size_t(rows);
-    }
-    Output().DataModified();
-    return true;
+        return RunWithProgress(rows, grain, body, progress, done, total, outputData);
+    });
 }
 
 } // namespace core

@@ -1,44 +1,65 @@
 #include "core/processing/filters/FilterWindow.h"
 
-#include <cstring>
+#include "core/processing/filters/FilterLanes.h"
 
 namespace core {
 
 namespace FilterWindowPrivate {
 
-// Eight nodes side by side: each lane computes as a lone double would.
-typedef double Lanes __attribute__((vector_size(8 * sizeof(double))));
+using namespace FilterLanes;
 
-// Nodes a block at a time, their sums held in registers while the taps go
-// by; each node still adds its terms in tap order. With Divide, each sum is
-// divided by `divisor` before it is stored.
-template <bool Divide>
-inline void SumTapsOf(const std::vector<WindowTap>& taps, const WindowRows& rows, unsigned int first, unsigned int last,
-                      double divisor, double* out)
+// A term's value at node x, for eight nodes from x and for one.
+inline void AddTerm(const WindowTap& tap, const WindowRows& rows, unsigned int x, Lanes& sum)
 {
-    constexpr unsigned int kLanes = sizeof(Lanes) / sizeof(double);
+    Lanes values;
+    Load(rows.rows[tap.row] + tap.offset + x, values);
+    sum += tap.weight * values;
+}
+
+inline double Term(const WindowTap& tap, const WindowRows& rows, unsigned int x)
+{
+    return tap.weight * rows.rows[tap.row][tap.offset + x];
+}
+
+inline void AddTerm(const WindowDifference& difference, const WindowRows& rows, unsigned int x, Lanes& sum)
+{
+    Lanes high, low;
+    Load(rows.rows[difference.highRow] + difference.highOffset + x, high);
+    Load(rows.rows[difference.lowRow] + difference.lowOffset + x, low);
+    sum += high - low;
+}
+
+inline double Term(const WindowDifference& difference, const WindowRows& rows, unsigned int x)
+{
+    return rows.rows[difference.highRow][difference.highOffset + x] -
+           rows.rows[difference.lowRow][difference.lowOffset + x];
+}
+
+// Nodes a block at a time, their sums held in registers while the terms go
+// by; each node still adds its terms in order, from 0.0. With Divide, each
+// sum is divided by `divisor` before it is stored.
+template <bool Divide, class Terms>
+inline void SumOf(const Terms& terms, const WindowRows& rows, unsigned int first, unsigned int last, double divisor,
+                  double* out)
+{
     unsigned int x = first;
     for (; x + 2 * kLanes <= last; x += 2 * kLanes) {
         Lanes low = {}, high = {};
-        for (const WindowTap& tap : taps) {
-            const double* values = rows.rows[tap.row] + tap.offset + x;
-            Lanes lowValues, highValues;
-            std::memcpy(&lowValues, values, sizeof lowValues);
-            std::memcpy(&highValues, values + kLanes, sizeof highValues);
-            low += tap.weight * lowValues;
-            high += tap.weight * highValues;
+        for (const auto& term : terms) {
+            AddTerm(term, rows, x, low);
+            AddTerm(term, rows, x + kLanes, high);
         }
         if (Divide) {
             low /= divisor;
             high /= divisor;
         }
-        std::memcpy(out + (x - first), &low, sizeof low);
-        std::memcpy(out + (x - first) + kLanes, &high, sizeof high);
+        Store(low, out + (x - first));
+        Store(high, out + (x - first) + kLanes);
     }
     for (; x < last; ++x) {
         double sum = 0.0;
-        for (const WindowTap& tap : taps)
-            sum += tap.weight * rows.rows[tap.row][tap.offset + x];
+        for (const auto& term : terms)
+            sum += Term(term, rows, x);
         out[x - first] = Divide ? sum / divisor : sum;
     }
 }
@@ -47,22 +68,22 @@ inline void SumTapsOf(const std::vector<WindowTap>& taps, const WindowRows& rows
 
 using namespace FilterWindowPrivate;
 
-// Built for the vector units at hand: the same multiplies, adds and
-// divisions, wider. Contraction into fused multiply-adds stays off, so every
-// build gives the same bits.
-__attribute__((target_clones("avx512f", "avx2", "default"))) void SumTaps(const std::vector<WindowTap>& taps,
-                                                                         const WindowRows& rows, unsigned int first,
-                                                                         unsigned int last, double* out)
+FENRAK_VECTOR_CLONES void SumTaps(const std::vector<WindowTap>& taps, const WindowRows& rows, unsigned int first,
+                                  unsigned int last, double* out)
 {
-    SumTapsOf<false>(taps, rows, first, last, 1.0, out);
+    SumOf<false>(taps, rows, first, last, 1.0, out);
 }
 
-__attribute__((target_clones("avx512f", "avx2", "default"))) void SumTapsOver(const std::vector<WindowTap>& taps,
-                                                                             const WindowRows& rows,
-                                                                             unsigned int first, unsigned int last,
-                                                                             double divisor, double* out)
+FENRAK_VECTOR_CLONES void SumTapsOver(const std::vector<WindowTap>& taps, const WindowRows& rows, unsigned int first,
+                                      unsigned int last, double divisor, double* out)
 {
-    SumTapsOf<true>(taps, rows, first, last, divisor, out);
+    SumOf<true>(taps, rows, first, last, divisor, out);
+}
+
+FENRAK_VECTOR_CLONES void SumDifferences(const std::vector<WindowDifference>& differences, const WindowRows& rows,
+                                         unsigned int first, unsigned int last, double* out)
+{
+    SumOf<false>(differences, rows, first, last, 1.0, out);
 }
 
 } // namespace core

@@ -60,6 +60,12 @@ struct WindowTap {
     unsigned int offset;
 };
 
+// One term of a sum of differences: element highOffset of window row
+// highRow less element lowOffset of row lowRow.
+struct WindowDifference {
+    unsigned int highRow, highOffset, lowRow, lowOffset;
+};
+
 // For nodes x in [first, last), out[x - first]: 0.0 plus weight times value
 // of each tap, in the order of `taps`, which is what a node-by-node sum in
 // window order gives, bit for bit.
@@ -68,5 +74,9 @@ void SumTaps(const std::vector<WindowTap>& taps, const WindowRows& rows, unsigne
 // The same sums, each divided by `divisor`.
 void SumTapsOver(const std::vector<WindowTap>& taps, const WindowRows& rows, unsigned int first, unsigned int last,
                  double divisor, double* out);
+// For nodes x in [first, last), out[x - first]: 0.0 plus each difference,
+// in order.
+void SumDifferences(const std::vector<WindowDifference>& differences, const WindowRows& rows, unsigned int first,
+                    unsigned int last, double* out);
 
 } // namespace core

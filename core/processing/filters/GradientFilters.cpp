@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+
+#include "core/processing/filters/FilterLanes.h"
+#include "shr/Exception.h"
 
 namespace core {
 
@@ -46,6 +50,80 @@ void LargestMagnitudes(const double* gradients, size_t stride, size_t count, siz
             out[x] = std::fabs(gradients[g * stride + x]) > out[x] ? std::fabs(gradients[g * stride + x]) : out[x];
 }
 
+using namespace FilterLanes;
+
+inline void Load(const double* values, double& value) { value = *values; }
+inline void Load(const double* values, Lanes& lanes) { FilterLanes::Load(values, lanes); }
+inline void Abs(double& value) { value = std::fabs(value); }
+// The sign bits cleared, as fabs does.
+inline void Abs(Lanes& values)
+{
+    typedef unsigned long long Bits __attribute__((vector_size(sizeof(Lanes))));
+    Bits bits;
+    std::memcpy(&bits, &values, sizeof bits);
+    bits &= 0x7fffffffffffffffull;
+    std::memcpy(&values, &bits, sizeof bits);
+}
+
+// The combined gradients of one node (T double) or of kLanes nodes from x (T
+// Lanes), in the order and with the operations of CGradientFilter::Value and
+// Combine, so that the bits agree; for the norm, the sum of the squares, whose
+// root the caller takes.
+template <bool Norm, class T>
+inline void Combined(const MirroredTables& tables, const WindowRows& rows, unsigned int x, T& result)
+{
+    size_t term = 0, group = 0;
+    for (size_t g = 0; g < tables.groupsPerGradient.size(); ++g) {
+        T value = {};
+        for (unsigned int n = 0; n < tables.groupsPerGradient[g]; ++n, ++group) {
+            T sum = {};
+            for (unsigned int t = 0; t < tables.termsPerGroup[group]; ++t, ++term) {
+                const WindowDifference& d = tables.terms[term];
+                T high, low;
+                Load(rows.rows[d.highRow] + d.highOffset + x, high);
+                Load(rows.rows[d.lowRow] + d.lowOffset + x, low);
+                sum += high - low;
+            }
+            value += tables.weights[group] * sum;
+        }
+        if (Norm) {
+            result = g == 0 ? value * value : result + value * value;
+        } else {
+            Abs(value);
+            result = g == 0 ? value : value > result ? value : result;
+        }
+    }
+}
+
+template <bool Norm>
+inline void CombinedRun(const MirroredTables& tables, const WindowRows& rows, unsigned int first, unsigned int last,
+                        double* out)
+{
+    unsigned int x = first;
+    for (; x + kLanes <= last; x += kLanes) {
+        Lanes result = {};
+        Combined<Norm>(tables, rows, x, result);
+        Store(result, out + x);
+    }
+    for (; x < last; ++x)
+        Combined<Norm>(tables, rows, x, out[x]);
+    if (Norm)
+        for (x = first; x < last; ++x)
+            out[x] = std::sqrt(out[x]);
+}
+
+FENRAK_VECTOR_CLONES void MirroredNorms(const MirroredTables& tables, const WindowRows& rows, unsigned int first,
+                                        unsigned int last, double* out)
+{
+    CombinedRun<true>(tables, rows, first, last, out);
+}
+
+FENRAK_VECTOR_CLONES void MirroredLargest(const MirroredTables& tables, const WindowRows& rows, unsigned int first,
+                                          unsigned int last, double* out)
+{
+    CombinedRun<false>(tables, rows, first, last, out);
+}
+
 } // namespace GradientFiltersPrivate
 
 using namespace GradientFiltersPrivate;
@@ -68,7 +146,56 @@ CGradientFilter::WeightedSum CGradientFilter::MakeSum(const std::vector<double>&
 
 void CGradientFilter::AddGradient(const std::vector<double>& plus, const std::vector<double>& minus)
 {
-    m_Gradients.push_back(Gradient{MakeSum(plus), MakeSum(minus)});
+    m_Gradients.push_back(Gradient{{}, MakeSum(plus), MakeSum(minus)});
+}
+
+size_t CGradientFilter::Mirror(size_t element, unsigned int axis) const
+{
+    const unsigned int* size = WindowSize();
+    size_t index[3] = {element % size[0], element / size[0] % size[1], element / (size_t(size[0]) * size[1])};
+    index[axis] = size[axis] - 1 - index[axis];
+    return index[0] + size[0] * (index[1] + size_t(size[1]) * index[2]);
+}
+
+void CGradientFilter::AddMirroredGradient(const std::vector<double>& table, unsigned int axis)
+{
+    Gradient gradient;
+    for (size_t e = 0; e < table.size(); ++e) {
+        if (table[e] <= 0.0)
+            continue;
+        const size_t mirror = Mirror(e, axis);
+        if (table[mirror] != -table[e])
+            shr::ThrowSharedError("Core", __FILE__, __LINE__, 2);
+        auto group = std::find_if(gradient.pairs.begin(), gradient.pairs.end(),
+                                  [&](const MirroredPairs& pairs) { return pairs.weight == table[e]; });
+        if (group == gradient.pairs.end())
+            group = gradient.pairs.insert(gradient.pairs.end(), MirroredPairs{table[e], {}, {}});
+        group->elements.emplace_back(e, mirror);
+        const WindowTap high = TapAt(e, 1.0), low = TapAt(mirror, 1.0);
+        group->differences.push_back(WindowDifference{high.row, high.offset, low.row, low.offset});
+    }
+    m_Mirrored.groupsPerGradient.push_back(static_cast<unsigned int>(gradient.pairs.size()));
+    for (const MirroredPairs& pairs : gradient.pairs) {
+        m_Mirrored.weights.push_back(pairs.weight);
+        m_Mirrored.termsPerGroup.push_back(static_cast<unsigned int>(pairs.differences.size()));
+        m_Mirrored.terms.insert(m_Mirrored.terms.end(), pairs.differences.begin(), pairs.differences.end());
+    }
+    m_Gradients.push_back(std::move(gradient));
+}
+
+double CGradientFilter::Value(const Gradient& gradient, const FilterWindow& window)
+{
+    if (gradient.pairs.empty())
+        return Sum(gradient.plus, window) - Sum(gradient.minus, window);
+    const auto value = [&](size_t e) { return window[e].valid ? window[e].value : 0.0; };
+    double total = 0.0;
+    for (const MirroredPairs& pairs : gradient.pairs) {
+        double differences = 0.0;
+        for (const auto& [high, low] : pairs.elements)
+            differences += value(high) - value(low);
+        total += pairs.weight * differences;
+    }
+    return total;
 }
 
 double CGradientFilter::Sum(const WeightedSum& sum, const FilterWindow& window)
@@ -103,7 +230,7 @@ bool CGradientFilter::FilterNode(const FilterWindow& window, unsigned int, doubl
         return false;
     double gradients[kMaxGradients];
     for (size_t g = 0; g < m_Gradients.size(); ++g)
-        gradients[g] = Sum(m_Gradients[g].plus, window) - Sum(m_Gradients[g].minus, window);
+        gradients[g] = Value(m_Gradients[g], window);
     out = Combine(gradients);
     return true;
 }
@@ -111,49 +238,68 @@ bool CGradientFilter::FilterNode(const FilterWindow& window, unsigned int, doubl
 void CGradientFilter::FilterRun(const WindowRows& rows, unsigned int, unsigned int first, unsigned int last,
                                 double* out, unsigned char* ok, FilterWindow& window) const
 {
+    std::fill(ok + first, ok + last, 1);
+    if (!m_Gradients.empty() && m_Mirrored.terms.size() > 0) {
+        // Every gradient mirrored (Sobel): one pass, all in registers.
+        if (m_Combination == Norm)
+            MirroredNorms(m_Mirrored, rows, first, last, out);
+        else
+            MirroredLargest(m_Mirrored, rows, first, last, out);
+        return;
+    }
     // A block of nodes at a time, its sums kept in the fastest cache.
     for (unsigned int from = first; from < last; from += kRunBlock)
         FilterBlock(rows, from, std::min(last, from + kRunBlock), out, window.Scratch());
-    std::fill(ok + first, ok + last, 1);
 }
 
-// Per gradient, its plus and minus sums side by side, then the gradients
-// combined as Combine does, the whole block at a time.
+// Each gradient as Value gives it, then the gradients combined as Combine
+// does, the whole block at a time.
 void CGradientFilter::FilterBlock(const WindowRows& rows, unsigned int first, unsigned int last, double* out,
                                   std::vector<double>& sums) const
 {
     const size_t stride = kRunBlock;
-    sums.resize(stride * 2 * m_Gradients.size());
     const size_t count = last - first;
     out += first;
+    sums.resize(stride * (m_Gradients.size() + 1));
+    double* scratch = sums.data() + stride * m_Gradients.size();
     for (size_t g = 0; g < m_Gradients.size(); ++g) {
-        double* plus = sums.data() + stride * 2 * g;
-        const double* minus = plus + stride;
-        SumTaps(m_Gradients[g].plus.taps, rows, first, last, plus);
-        // Less an empty sum, 0.0, leaves every value as it is.
-        if (m_Gradients[g].minus.taps.empty())
+        const Gradient& gradient = m_Gradients[g];
+        double* value = sums.data() + stride * g;
+        if (gradient.pairs.empty()) {
+            SumTaps(gradient.plus.taps, rows, first, last, value);
+            // Less an empty sum, 0.0, leaves every value as it is.
+            if (gradient.minus.taps.empty())
+                continue;
+            SumTaps(gradient.minus.taps, rows, first, last, scratch);
+            for (size_t x = 0; x < count; ++x)
+                value[x] -= scratch[x];
             continue;
-        SumTaps(m_Gradients[g].minus.taps, rows, first, last, plus + stride);
-        for (size_t x = 0; x < count; ++x)
-            plus[x] -= minus[x];
+        }
+        std::fill(value, value + count, 0.0);
+        for (const MirroredPairs& pairs : gradient.pairs) {
+            SumDifferences(pairs.differences, rows, first, last, scratch);
+            for (size_t x = 0; x < count; ++x)
+                value[x] += pairs.weight * scratch[x];
+        }
     }
     if (m_Gradients.empty())
         std::fill(out, out + count, 0.0);
     else if (m_Combination == Norm)
-        Norms(sums.data(), 2 * stride, m_Gradients.size(), count, out);
+        Norms(sums.data(), stride, m_Gradients.size(), count, out);
     else
-        LargestMagnitudes(sums.data(), 2 * stride, m_Gradients.size(), count, out);
+        LargestMagnitudes(sums.data(), stride, m_Gradients.size(), count, out);
 }
 
 void CGradientFilter::AddSobelGradients()
 {
     FixWindowSize(3);
+    const unsigned int* axes = SliceAxes(GetParams().orientation);
     if (Planar())
-        for (const auto& table : kPlanarSobel)
-            AddGradient(std::vector<double>(std::begin(table), std::end(table)), {});
+        for (unsigned int g = 0; g < 2; ++g)
+            AddMirroredGradient(std::vector<double>(std::begin(kPlanarSobel[g]), std::end(kPlanarSobel[g])), axes[g]);
     else
-        for (const auto& table : kVolumeSobel)
-            AddGradient(std::vector<double>(std::begin(table), std::end(table)), {});
+        for (unsigned int g = 0; g < 3; ++g)
+            AddMirroredGradient(std::vector<double>(std::begin(kVolumeSobel[g]), std::end(kVolumeSobel[g])), g);
 }
 
 Filter_SobelA::Filter_SobelA(const Params& params) : CGradientFilter(params, LargestMagnitude)

@@ -1,19 +1,30 @@
 #pragma once
-// The gradient filters. Each gradient is a sum over the window's valid
-// elements, in window order, of a table's weight times the value (less a
-// second such sum for Prewitt's low side); invalid elements add nothing, and
-// a window with no valid element gives a blank.
+// The gradient filters: a gradient along each axis, from the window's valid
+// elements; invalid elements add nothing, and a window with no valid element
+// gives a blank.
 //
 // Sobel's tables are fixed 3 x 3 (planar: two gradients, the third is 0) and
 // 3 x 3 x 3 (three gradients), so the Sobel filters use a window of 3 on every
-// side that the orientation uses, whatever the kernel size. Prewitt takes any
-// window: each gradient is the sum of the elements on the high side of an axis
-// less the sum of those on the low side.
+// side that the orientation uses, whatever the kernel size. A table's weights
+// change sign across the window's middle, so a gradient is summed as weight
+// times the difference of each element and its mirror image: for each weight
+// in the order it first appears, the differences of its elements in window
+// order. Prewitt takes any window: each gradient is the sum of the elements
+// on the high side of an axis less the sum of those on the low side.
 #include "core/processing/filters/CNonlinearFilter.h"
 
 #include <vector>
 
 namespace core {
+
+// Mirrored gradients laid out flat for the run kernels: per gradient its
+// number of weights, per weight its number of differences, the differences.
+struct MirroredTables {
+    std::vector<unsigned int> groupsPerGradient;
+    std::vector<double> weights;
+    std::vector<unsigned int> termsPerGroup;
+    std::vector<WindowDifference> terms;
+};
 
 class CGradientFilter : public CNonlinearFilter {
 public:
@@ -29,6 +40,9 @@ protected:
     // A gradient: the weighted sum over `plus` less the one over `minus`,
     // each one weight per window element in window order (0: not summed).
     void AddGradient(const std::vector<double>& plus, const std::vector<double>& minus);
+    // A gradient from a table of weights, one per window element, that
+    // change sign across the window's middle along lattice axis `axis`.
+    void AddMirroredGradient(const std::vector<double>& table, unsigned int axis);
     // The Sobel tables of the orientation, on a window fixed at 3.
     void AddSobelGradients();
 
@@ -37,18 +51,31 @@ private:
         std::vector<double> weights;
         std::vector<WindowTap> taps;
     };
+    // The elements (and their mirror images) that one weight of a table
+    // stands for.
+    struct MirroredPairs {
+        double weight;
+        std::vector<std::pair<size_t, size_t>> elements;
+        std::vector<WindowDifference> differences;
+    };
+    // Mirrored pairs by weight, or else a plus and a minus sum.
     struct Gradient {
+        std::vector<MirroredPairs> pairs;
         WeightedSum plus, minus;
     };
 
     WeightedSum MakeSum(const std::vector<double>& weights) const;
+    size_t Mirror(size_t element, unsigned int axis) const;
     void FilterBlock(const WindowRows& rows, unsigned int first, unsigned int last, double* out,
                      std::vector<double>& sums) const;
     static double Sum(const WeightedSum& sum, const FilterWindow& window);
+    static double Value(const Gradient& gradient, const FilterWindow& window);
     double Combine(const double* gradients) const;
 
     Combination m_Combination;
     std::vector<Gradient> m_Gradients;
+    // The same, when every gradient is mirrored.
+    MirroredTables m_Mirrored;
 };
 
 // The largest magnitude of the Sobel gradients.

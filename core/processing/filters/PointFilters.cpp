@@ -3,9 +3,8 @@
 #include "core/data/LatticeUtility.h"
 #include "core/data/PrimConvert.h"
 #include "core/data/VdUniformLattice.h"
-#include "core/processing/filters/FilterSlabs.h"
+#include "core/processing/filters/FilterLoop.h"
 #include "shr/PrimType.h"
-#include "shr/StringUtil.h"
 
 #include <algorithm>
 #include <cmath>
@@ -108,23 +107,12 @@ using namespace PointFiltersPrivate;
 template <class MakeOp>
 bool CLatticeFilter::RunPointOperation(const MakeOp& makeOp) const
 {
-    VbProgress progress(shr::ToString("Filtering: %s", GetInfo(m_Params.filter).label).c_str(), 0, 500, 100);
     const unsigned int nodes = Input().VertexCount();
-    const size_t flagged = static_cast<size_t>(std::count(m_Params.components.begin(), m_Params.components.end(), true));
     void* outputData = Output().DataWritePtr();
-    size_t done = 0;
-    for (unsigned int c = 0; c < ComponentCount(); ++c) {
-        if (!m_Params.components[c]) {
-            CopyComponent(c);
-            continue;
-        }
+    return RunComponents(nodes, [&](unsigned int c, VbProgress& progress, size_t done, size_t total) {
         const PointBody<decltype(makeOp(c))> body(Input(), Output(), outputData, c, makeOp(c));
-        if (!LatticeFilterPrivate::RunInSlabs(nodes, 1u << 16, body, progress, done, nodes * flagged, outputData))
-            return false;
-        done += nodes;
-    }
-    Output().DataModified();
-    return true;
+        return LatticeFilterPrivate::RunWithProgress(nodes, 1u << 16, body, progress, done, total, outputData);
+    });
 }
 
 bool Filter_Bounding::Run()
