@@ -10,10 +10,10 @@
 //   CLinearFilter         weighted sums over the window;
 //   CNonlinearFilter      ranks, statistics and gradients over the window.
 //
-// Work runs on TBB in slabs; after each slab the calling thread reports
-// progress and tests for an abort, so Run returns false soon after the network
-// asks to stop. Nodes are independent, so any split of the work gives the same
-// output, bit for bit.
+// Work runs on TBB, one loop per component; the calling thread reports
+// progress and tests for an abort between the chunks it takes, so Run returns
+// false soon after the network asks to stop. Nodes are independent, so any
+// split of the work gives the same output, bit for bit.
 #include "shr/NonComparable.h"
 
 #include <boost/noncopyable.hpp>
