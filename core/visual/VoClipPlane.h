@@ -5,8 +5,9 @@
 // is drawn only through this module, and a clip plane's output may feed
 // another, whose plane then cuts too.
 //
-// A driver clips with only so many planes at once (Mesa's with 8); a plane
-// that would be one too many fails with the count rather than drawing wrong.
+// A driver clips with only so many planes at once (Mesa's with 8), and one
+// plane more makes the whole drawing fail with an OpenGL error; the clip
+// plane that would be one too many fails instead, with the count.
 #include "core/graphics/DraggerNode.h"
 #include "core/graphics/VgClipPlaneDragger.h"
 #include "core/network/VoModule.h"
