@@ -71,15 +71,6 @@ void TransferFields(shr::Archive& archive, StoredFields& f)
     archive.Transfer(f.dropoff);
 }
 
-// The scene offset's x and y, added (sign 1) or taken off (sign -1), when it is valid.
-shr::Vec3d Offset(const shr::Vec3d& position, double sign)
-{
-    const SceneTransform& transform = VoNetwork::Instance().Transform();
-    if (!transform.Valid())
-        return position;
-    return shr::Vec3d(position.x + sign * transform.XTransform(), position.y + sign * transform.YTransform(),
-                      position.z);
-}
 
 } // namespace VoLightPrivate
 
@@ -108,10 +99,9 @@ shr::Box3d VoLight::SceneBounds()
 {
     const InvSmartPtr<SoSeparator> root = VoNetwork::Instance().SceneRoot();
     shr::Box3d box = InvChildrenBoundingBox(InvSmartPtr<SoGroup>(root.get()), VoLight::GetClassTypeId());
-    const SceneTransform& transform = VoNetwork::Instance().Transform();
-    if (transform.Valid() && !box.IsDegenerate()) {
-        box.min = Offset(box.min, -1.0);
-        box.max = Offset(box.max, -1.0);
+    if (!box.IsDegenerate()) {
+        const SceneTransform inverse = VoNetwork::Instance().Transform().Inverse();
+        box = shr::Box3d(inverse.Moved(box.min), inverse.Moved(box.max));
     }
     return box;
 }
@@ -209,7 +199,7 @@ void VoLight::ScaleDragger()
 
 void VoLight::UpdateDraggerFromNodeImpl(VgLightDragger& dragger)
 {
-    dragger.SetPosition(Offset(m_Position, 1.0));
+    dragger.SetPosition(VoNetwork::Instance().Transform().Moved(m_Position));
     dragger.SetColor(m_Color);
     dragger.SetCutoff(m_Cutoff * shr::DEG_TO_RAD);
     dragger.SetDirection(m_Direction);
@@ -223,7 +213,7 @@ void VoLight::DraggerChangedImpl(const VgLightDragger& dragger)
         m_Direction = spot->Direction();
         m_Cutoff = spot->Cutoff() * shr::RAD_TO_DEG;
     }
-    m_Position = Offset(dragger.Position(), -1.0);
+    m_Position = VoNetwork::Instance().Transform().Inverse().Moved(dragger.Position());
     UiProxy::Instance()->UpdatePropertyList(this, DraggerEventId, true);
 }
 

@@ -65,15 +65,6 @@ constexpr double kTiny = 1.1920928955078125e-7;
 // The box the dragger fits when there is no data to fit.
 const shr::Box3d kUnitBox(-1.0, -1.0, -1.0, 1.0, 1.0, 1.0);
 
-// The scene offset's x and y, added (sign 1) or taken off (sign -1), when it is valid.
-shr::Vec3d Offset(const shr::Vec3d& position, double sign)
-{
-    const SceneTransform& transform = VoNetwork::Instance().Transform();
-    if (!transform.Valid())
-        return position;
-    return shr::Vec3d(position.x + sign * transform.XTransform(), position.y + sign * transform.YTransform(),
-                      position.z);
-}
 
 // The stored fields, read whole before the module takes any of them.
 struct StoredFields {
@@ -189,7 +180,7 @@ std::shared_ptr<VgTransformDragger> VoTransform::ConstructDraggerImpl()
 void VoTransform::UpdateDraggerFromNodeImpl(VgTransformDragger& dragger)
 {
     const VdSpatialData* input = InputData();
-    dragger.SetTranslation(Offset(m_Translation, 1.0));
+    dragger.SetTranslation(VoNetwork::Instance().Transform().Moved(m_Translation));
     dragger.SetBox(input ? input->GetUVWBounds() : kUnitBox);
     dragger.SetScale(m_Scale);
     dragger.SetRotation(shr::Quat4d(m_Axis, m_Angle));
@@ -198,7 +189,7 @@ void VoTransform::UpdateDraggerFromNodeImpl(VgTransformDragger& dragger)
 
 void VoTransform::DraggerChangedImpl(const VgTransformDragger& dragger)
 {
-    m_Translation = Offset(dragger.Translation(), -1.0);
+    m_Translation = VoNetwork::Instance().Transform().Inverse().Moved(dragger.Translation());
     m_Scale = dragger.Scale();
     dragger.Rotation().Get(m_Axis, m_Angle);
     UiProxy::Instance()->UpdatePropertyList(this, DraggerEventId, true);

@@ -11,11 +11,7 @@
 #include "core/visual/VoIsoSurface.h"
 #include "core/visual/VoLight.h"
 #include "render/Image.h"
-#include "render/OffscreenContext.h"
-#include "render/SceneRenderer.h"
 
-#include <Inventor/nodes/SoOrthographicCamera.h>
-#include <Inventor/nodes/SoSeparator.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -26,22 +22,12 @@ namespace {
 using core::VoModule;
 using shr::Color4b;
 
-constexpr int kSize = 160;
+constexpr int kSize = 160; // the pictures' side, as TopDownPicture draws them
 
 // The network's scene seen straight down -Z, `units` scene units across.
 render::Image Picture(float units)
 {
-    static render::OffscreenContext context;
-    core::InvSmartPtr<SoSeparator> root(new SoSeparator);
-    auto* camera = new SoOrthographicCamera;
-    camera->position = SbVec3f(0, 0, 50);
-    camera->height = units;
-    camera->nearDistance = 1.0f;
-    camera->farDistance = 100.0f;
-    root->addChild(camera);
-    root->addChild(core::VoNetwork::Instance().SceneRoot().get());
-    render::SceneRenderer drawing(context, kSize, kSize, Color4b::Black);
-    return drawing.Render(root.get());
+    return isotest::TopDownPicture(core::VoNetwork::Instance().SceneRoot().get(), units);
 }
 
 bool Blue(const Color4b& c) { return c.b > 40 && c.b >= c.r + 30 && c.b >= c.g + 30; }
