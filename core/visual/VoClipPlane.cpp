@@ -1,7 +1,7 @@
 #include "core/visual/VoClipPlane.h"
 
 #include "core/data/VdGeometry.h"
-#include "core/graphics/VgGLLimits.h"
+#include "core/graphics/SoGLExtension.h"
 #include "core/graphics/VgRenderer.h"
 #include "core/network/CoreError.h"
 #include "core/network/UiProxy.h"
@@ -168,10 +168,10 @@ VoModule::ModuleStatus VoClipPlane::ExecuteImpl(std::shared_ptr<VgRenderer> rend
     if (IsGeometryVisible()) {
         if (m_Bounds.IsEmpty())
             return ModuleOk;
-        const int maximum = VgGLLimits::MaxClipPlanes();
+        const int maximum = SoGLExtManager::getInstance()->getMaxClipPlanes();
         if (ActivePlaneCount() > maximum)
             CORE_THROW(0, "The maximum number of clip planes (%d) has been exceeded.", maximum);
-        VgGLLimits::AddProbe(*renderer);
+        renderer->addInventorNode(SoGLExtManager::newMeasuringNode().get());
         AddPlane(*renderer);
     }
     for (const VdGeometry* geometry : inputs)

@@ -3,7 +3,7 @@
 #include "core/data/VdGeometry.h"
 #include "core/graphics/InvInterface.h"
 #include "core/graphics/VgDirectionalLightDragger.h"
-#include "core/graphics/VgGLLimits.h"
+#include "core/graphics/SoGLExtension.h"
 #include "core/graphics/VgPointLightDragger.h"
 #include "core/graphics/VgRenderer.h"
 #include "core/graphics/VgSpotLightDragger.h"
@@ -126,8 +126,8 @@ VoModule::ModuleStatus VoLight::ExecuteImpl(std::shared_ptr<VgRenderer> renderer
         return ModuleOk;
     // A group, not a separator: the light shines on everything after it.
     VgStateScope scope(*renderer, OutputGeometry(0), false);
-    VgGLLimits::AddProbe(*renderer);
-    const int maximum = VgGLLimits::MaxLights() - 1; // one is the viewer's headlight
+    renderer->addInventorNode(SoGLExtManager::newMeasuringNode().get());
+    const int maximum = SoGLExtManager::getInstance()->getMaxLights() - 1; // one is the viewer's headlight
     if (GetPrevLightCount() >= maximum)
         CORE_THROW(37, maximum);
     if (!m_ShowDragger || m_DraggerChanged) {

@@ -3,6 +3,7 @@
 #include "core/data/VdGeometry.h"
 #include "core/data/VdLattice.h"
 #include "core/data/VdPoints.h"
+#include "core/wells/VdWellData.h"
 #include "core/graphics/VgRenderer.h"
 #include "core/network/CoreError.h"
 #include "core/network/UiProxy.h"
@@ -113,6 +114,8 @@ std::unique_ptr<VdSpatialData> VoTransform::CloneInput() const
         return std::make_unique<VdPoints>(*points);
     if (const auto* lattice = dynamic_cast<const VdLattice*>(input))
         return lattice->Clone();
+    if (const auto* wells = dynamic_cast<const VdWellData*>(input))
+        return wells->Clone();
     return nullptr;
 }
 

@@ -93,7 +93,7 @@ private:
     void UpdateDraggerFromNodeImpl(VgTransformDragger& dragger) override;
 
     const VdSpatialData* InputData() const;
-    // A copy of the input of its own kind, or null for a kind it cannot copy.
+    // A copy of the input of its own kind: points, a lattice or wells.
     std::unique_ptr<VdSpatialData> CloneInput() const;
     // The dragger needs the origin at the centre: any other origin takes it
     // away (keeping the flag in the hidden row) and disables its row.

@@ -5,7 +5,7 @@
 #include "IsoSurfaceTestSupport.h"
 #include "NetworkFixture.h"
 
-#include "core/graphics/VgGLLimits.h"
+#include "core/graphics/SoGLExtension.h"
 #include "core/visual/VoAnnotation.h"
 #include "core/visual/VoClipPlane.h"
 #include "core/visual/VoIsoSurface.h"
@@ -167,7 +167,7 @@ TEST_F(SceneModulesDrawTest, AsManyClipPlanesAsTheDriverHasDrawTogether)
 {
     VoModule* upstream = Sphere(0.8, Color4b(0, 0, 255));
     std::vector<VoModule*> modules = {upstream};
-    for (int i = 0; i < core::VgGLLimits::MaxClipPlanes(); ++i) {
+    for (int i = 0; i < core::SoGLExtManager::getInstance()->getMaxClipPlanes(); ++i) {
         auto* clip = Add(new core::VoClipPlane);
         Link(clip, upstream);
         clip->SetOrientation(core::VoClipPlane::AlongX);

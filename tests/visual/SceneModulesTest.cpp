@@ -8,7 +8,7 @@
 
 #include "core/data/VdGeometry.h"
 #include "core/data/VdPoints.h"
-#include "core/graphics/VgGLLimits.h"
+#include "core/graphics/SoGLExtension.h"
 #include "core/graphics/VgPointLightDragger.h"
 #include "core/graphics/VgSpotLightDragger.h"
 #include "core/properties/VbPropertyEvent.h"
@@ -127,7 +127,7 @@ TEST_F(SceneModulesTest, EachLightTypeWritesItsNode)
 // rest fails with the count, and those before it keep their nodes.
 TEST_F(SceneModulesTest, ALightBeyondTheDriversMaximumFails)
 {
-    const int maximum = core::VgGLLimits::MaxLights() - 1;
+    const int maximum = core::SoGLExtManager::getInstance()->getMaxLights() - 1;
     std::vector<core::VoLight*> lights;
     for (int i = 0; i <= maximum; ++i)
         lights.push_back(Add(new core::VoLight));
@@ -343,7 +343,7 @@ TEST_F(SceneModulesTest, ClipPlaneInputsAndNormalsAreChecked)
 // driver's count fails with it.
 TEST_F(SceneModulesTest, ClipPlanesBeyondTheDriversMaximumFail)
 {
-    const int maximum = core::VgGLLimits::MaxClipPlanes();
+    const int maximum = core::SoGLExtManager::getInstance()->getMaxClipPlanes();
     VoModule* upstream = Shell();
     std::vector<core::VoClipPlane*> planes;
     for (int i = 0; i <= maximum; ++i) {
