@@ -66,7 +66,7 @@ bool TextRows::PropertyEvent(VbPropList& list, int id, shr::GString& text, TextF
     }
     case IdSize: RowReader::Clamped(list, id, kMinSize, kMaxSize, format.m_Height); return true;
     case IdColor: list.GetValue(id, format.m_Color); return true;
-    case IdFont: list.GetValue(id, format.m_Face); return true;
+    case IdFont: RowReader::Face(list, id, format.m_Face); return true;
     default: return false;
     }
 }
