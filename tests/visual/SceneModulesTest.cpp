@@ -157,22 +157,6 @@ TEST_F(SceneModulesTest, ANewLightStandsBehindTheScene)
     EXPECT_DOUBLE_EQ(position.x, box.Center().x);
 }
 
-TEST_F(SceneModulesTest, LightRowsFollowTheType)
-{
-    auto* light = Add(new core::VoLight);
-    struct Case {
-        const char* type;
-        bool direction, position, spot;
-    } cases[] = {{"0", true, false, false}, {"1", false, true, false}, {"2", true, true, true}};
-    for (const Case& c : cases) {
-        Edit(light, {{core::VoLight::IdType, c.type}});
-        EXPECT_EQ(list.Visible(core::VoLight::IdXDirection), c.direction) << c.type;
-        EXPECT_EQ(list.Visible(core::VoLight::IdPosition), c.position) << c.type;
-        EXPECT_EQ(list.Enabled(core::VoLight::IdCutoff), c.spot) << c.type;
-        EXPECT_EQ(list.Enabled(core::VoLight::IdDropoff), c.spot) << c.type;
-    }
-}
-
 // With the dragger shown the light lives in it; a new type makes a new
 // dragger; a drag edits the module in data coordinates and degrees.
 TEST_F(SceneModulesTest, TheLightDraggerHoldsTheLightAndEditsTheModule)
@@ -186,7 +170,9 @@ TEST_F(SceneModulesTest, TheLightDraggerHoldsTheLightAndEditsTheModule)
 
     Edit(light, {{core::VoLight::IdType, "1"}});
     EXPECT_TRUE(dynamic_cast<const core::VgPointLightDragger*>(light->CurrentDragger().get()));
+    EXPECT_FALSE(list.Visible(core::VoLight::IdXDirection)) << "a point light has no direction";
     Edit(light, {{core::VoLight::IdType, "2"}});
+    EXPECT_TRUE(list.Enabled(core::VoLight::IdDropoff));
 
     core::VgSpotLightDragger dragged(Vec3d(1, 0, 0), 0.5);
     dragged.SetPosition(Vec3d(5, 6, 7));
