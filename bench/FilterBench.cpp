@@ -127,7 +127,8 @@ void BM_Filter(benchmark::State& state)
         benchmark::DoNotOptimize(output.DataPtr());
     }
     state.SetLabel(c.name);
-    state.counters["nodes"] = benchmark::Counter(double(input.VertexCount()), benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["nodes"] =
+        benchmark::Counter(double(input.VertexCount()), benchmark::Counter::kIsIterationInvariantRate);
 }
 
 void Arguments(benchmark::internal::Benchmark* b)

@@ -212,8 +212,8 @@ void VoLatticeFilter::UpdatePropertiesImpl(VbPropList& list)
     list.AddCombo(Id(), "LatticeFilterFilter", IdFilter, "Filter type",
                   "The type of filter to apply to the input lattice.", m_Filter, FilterLabels(), 0);
     list.AddCombo(Id(), "LatticeFilterOrientation", IdOrientation, "Orientation",
-                  "The planar orientation of the filter.", m_Orientation, 3, const_cast<const char**>(kOrientationLabels),
-                  0);
+                  "The planar orientation of the filter.", m_Orientation, 3,
+                  const_cast<const char**>(kOrientationLabels), 0);
     list.AddInt(Id(), "LatticeFilterKernelSize", IdKernelSize, "Kernel size",
                 "The size of the convolution kernel.  If 3 is entered, the kernel will be 3 x 3 x 3 for a 3D "
                 "lattice.",
@@ -234,8 +234,9 @@ void VoLatticeFilter::UpdatePropertiesImpl(VbPropList& list)
 
     list.AddHeader(Id(), IdBlankHeader, "Blank Handling", "Blank Handling", "", "");
     list.Indent();
-    list.AddCombo(Id(), "LatticeFilterBlank", IdBlank, "Blank handling", "How to handle blanked nodes within the lattice.",
-                  m_BlankHandling, F::BlankCount, const_cast<const char**>(kBlankLabels), 0);
+    list.AddCombo(Id(), "LatticeFilterBlank", IdBlank, "Blank handling",
+                  "How to handle blanked nodes within the lattice.", m_BlankHandling, F::BlankCount,
+                  const_cast<const char**>(kBlankLabels), 0);
     list.AddDouble(Id(), "LatticeFilterBlankValue", IdBlankFill, "Blank fill",
                    "This value will be substituted for blanked nodes.", m_BlankFill, ValCheckNone, 0.0, 0.0, 0.0);
     list.Enabled(IdBlankFill, m_BlankHandling == F::BlankFill);

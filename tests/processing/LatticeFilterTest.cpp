@@ -178,7 +178,8 @@ TEST_F(LatticeFilterEngine, RanksAndMomentsOnAPlane)
 
     const auto constant = MakeLattice(dims, std::vector<double>(9, 5.0));
     for (uint32_t filter : {F::ThresholdCrossing, F::Laplacian})
-        EXPECT_EQ(Values(*Filtered(Settings(*constant, filter, {5.0}))), std::vector<double>(9, filter == F::Laplacian ? 5 : 0));
+        EXPECT_EQ(Values(*Filtered(Settings(*constant, filter, {5.0}))),
+                  std::vector<double>(9, filter == F::Laplacian ? 5 : 0));
 }
 
 // Gradients and the Laplacian at the middle of a 5^3 lattice, on a linear
@@ -237,7 +238,8 @@ TEST_F(LatticeFilterEngine, KernelWeights)
         {F::Ellipsoid, 5, 2, 0, 1},     {F::Ellipsoid, 5, 2, 1, 0},     {F::Ellipsoid, 5, 1, 1, 1},
         {F::InfNorm, 5, 1, 0, 0.5},     {F::InfNorm, 5, -2, 1, 0},      {F::InfNorm, 5, 0, 0, 1},
         {F::Dist, 5, 1, 1, 1 - std::sqrt(0.5)}, {F::Dist, 5, 0, -2, 0},
-        {F::InvDist, 5, 1, 0, 1},       {F::InvDist, 5, 2, 1, 1 / std::sqrt(5.0)}, {F::InvDist, 5, -1, 1, 1 / std::sqrt(2.0)},
+        {F::InvDist, 5, 1, 0, 1},       {F::InvDist, 5, 2, 1, 1 / std::sqrt(5.0)},
+        {F::InvDist, 5, -1, 1, 1 / std::sqrt(2.0)},
         {F::Gaussian, 5, 2, 2, std::exp(-4.0)}, {F::Gaussian, 5, 1, 0, std::exp(-0.5)},
         {F::Unsharp, 5, 2, -2, std::exp(-4.0)},
         {F::Laplacian, 3, 0, 0, -5},    {F::Laplacian, 3, 1, 0, 1},     {F::Laplacian, 3, 1, 1, 0},

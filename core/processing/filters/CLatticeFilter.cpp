@@ -235,7 +235,8 @@ void CLatticeFilter::GetSliceDims(unsigned int& width, unsigned int& height, uns
 bool CLatticeFilter::RunComponents(size_t units, const ComponentFilter& filter) const
 {
     VbProgress progress(shr::ToString("Filtering: %s", GetInfo(m_Params.filter).label).c_str(), 0, 500, 100);
-    const size_t flagged = static_cast<size_t>(std::count(m_Params.components.begin(), m_Params.components.end(), true));
+    const auto& flags = m_Params.components;
+    const size_t flagged = static_cast<size_t>(std::count(flags.begin(), flags.end(), true));
     size_t done = 0;
     for (unsigned int c = 0; c < ComponentCount(); ++c) {
         if (!m_Params.components[c]) {

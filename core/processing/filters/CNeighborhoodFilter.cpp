@@ -84,7 +84,10 @@ inline int MapOutside(int c, int n, uint32_t edge)
     }
 }
 
-inline bool ReadsOutside(uint32_t edge) { return edge != CLatticeFilter::EdgeBlank && edge != CLatticeFilter::EdgeIgnore; }
+inline bool ReadsOutside(uint32_t edge)
+{
+    return edge != CLatticeFilter::EdgeBlank && edge != CLatticeFilter::EdgeIgnore;
+}
 
 // One row of the window as the filter sees it: values along slice axis 0,
 // padded by the window's reach on both sides with what edge handling reads
@@ -263,8 +266,9 @@ public:
     // One workspace per thread, kept from task to task for one component.
     using Workspaces = tbb::enumerable_thread_specific<std::unique_ptr<Workspace>>;
 
-    NeighborhoodBody(const CNeighborhoodFilter& filter, const CLatticeFilter::Params& params, const LatticeRowReader& reader,
-                     const SliceGeometry& geometry, unsigned int component, void* outputData, Workspaces& workspaces)
+    NeighborhoodBody(const CNeighborhoodFilter& filter, const CLatticeFilter::Params& params,
+                     const LatticeRowReader& reader, const SliceGeometry& geometry, unsigned int component,
+                     void* outputData, Workspaces& workspaces)
         : m_Filter(filter), m_Params(params), m_Reader(reader), m_Geometry(geometry),
           m_Component(component), m_OutputData(outputData), m_Workspaces(workspaces)
     {

@@ -130,7 +130,10 @@ public:
     }
 
     // The block at even position p.
-    const double* Block(size_t p) const { return m_Half == 1 ? m_Pairs.data() + p / 2 * m_PairStride : m_Blocks.data() + p / 2 * m_Keep; }
+    const double* Block(size_t p) const
+    {
+        return m_Half == 1 ? m_Pairs.data() + p / 2 * m_PairStride : m_Blocks.data() + p / 2 * m_Keep;
+    }
     size_t BlockLength() const { return m_BlockLength; }
 
 private:
