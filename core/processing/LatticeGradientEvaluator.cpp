@@ -1,12 +1,12 @@
 #include "core/processing/LatticeGradientEvaluator.h"
 
 #include "core/data/LatticeUtility.h"
+#include "core/data/ParallelFor.h"
 #include "core/data/PrimConvert.h"
 #include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/network/VbPort.h"
 #include "core/processing/ConvertedStore.h"
-#include "core/processing/ParallelNodes.h"
 #include "core/processing/VectorClones.h"
 #include "shr/Exception.h"
 #include "shr/LeastSquares.h"
@@ -93,7 +93,8 @@ double LatticeGradientEvaluator::Divisor(int axis, unsigned int lo, unsigned int
 
 bool LatticeGradientEvaluator::Run(VbProgress* progress) const
 {
-    const bool completed = ParallelNodes(m_Output.VertexCount(), *this, progress);
+    const unsigned int count = m_Output.VertexCount();
+    const bool completed = ParallelForWithProgress(count, 1u, *this, progress, 0, count, m_Output.DataPtr());
     m_Output.DataModified();
     return completed;
 }

@@ -1,9 +1,9 @@
 #include "core/processing/LatticeMerger.h"
 
+#include "core/data/ParallelFor.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/network/VbPort.h"
 #include "core/processing/ExpressionLattice.h"
-#include "core/processing/ParallelNodes.h"
 #include "shr/Exception.h"
 
 #include <algorithm>
@@ -43,7 +43,8 @@ bool LatticeMerger::Run(VbProgress* progress) const
     for (const VdLattice* input : m_Inputs)
         if (input->GetType() == PortCurvilinearLattice && !input->DataEmpty())
             input->XYZToIJK(first);
-    const bool completed = ParallelNodes(m_Output.VertexCount(), *this, progress);
+    const unsigned int count = m_Output.VertexCount();
+    const bool completed = ParallelForWithProgress(count, 1u, *this, progress, 0, count, m_Output.DataPtr());
     m_Output.DataModified();
     return completed;
 }

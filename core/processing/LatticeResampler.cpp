@@ -1,10 +1,10 @@
 #include "core/processing/LatticeResampler.h"
 
+#include "core/data/ParallelFor.h"
 #include "core/data/PrimConvert.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/network/VbPort.h"
 #include "core/processing/ConvertedStore.h"
-#include "core/processing/ParallelNodes.h"
 #include "core/processing/VectorClones.h"
 #include "shr/Exception.h"
 
@@ -180,7 +180,8 @@ bool LatticeResampler::Run(VbProgress* progress) const
     // here, rather than by racing workers.
     if (m_Input.GetType() == PortCurvilinearLattice && !m_Input.DataEmpty())
         m_Input.XYZToIJK(m_Output.IJKToXYZ(0, 0, 0));
-    const bool completed = ParallelNodes(m_Output.VertexCount(), *this, progress);
+    const unsigned int count = m_Output.VertexCount();
+    const bool completed = ParallelForWithProgress(count, 1u, *this, progress, 0, count, m_Output.DataPtr());
     m_Output.DataModified();
     return completed;
 }

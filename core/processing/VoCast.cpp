@@ -1,12 +1,12 @@
 #include "core/processing/VoCast.h"
 
 #include "core/data/LatticeUtility.h"
+#include "core/data/ParallelFor.h"
 #include "core/data/PrimConvert.h"
 #include "core/data/VdPoints.h"
 #include "core/network/VbModuleInfo.h"
 #include "core/network/VbPort.h"
 #include "core/network/VbProgress.h"
-#include "core/processing/ParallelNodes.h"
 #include "core/processing/VectorClones.h"
 #include "core/properties/VbBoolPropertyConverter.h"
 #include "core/properties/VbDoublePropertyConverter.h"
@@ -192,7 +192,8 @@ bool VoCast::CastNodes(const VdVertexData& input, VdVertexData& output, double o
     if (input.VertexCount() != output.VertexCount() || input.ComponentCount() != output.ComponentCount())
         shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "The output does not match the input.");
     const NodeCaster caster(input, output, offset, scale);
-    const bool completed = ParallelNodes(input.VertexCount(), caster, progress);
+    const unsigned int count = input.VertexCount();
+    const bool completed = ParallelForWithProgress(count, 1u, caster, progress, 0, count, output.DataPtr());
     output.DataModified();
     return completed;
 }
