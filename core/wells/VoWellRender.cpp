@@ -9,6 +9,7 @@
 #include "core/network/VbPort.h"
 #include "core/properties/PropertyError.h"
 #include "core/properties/VbBoolPropertyConverter.h"
+#include "core/properties/VbColorMapPair.h"
 #include "core/properties/VbColorMapPropertyConverter.h"
 #include "core/properties/VbColorPropertyConverter.h"
 #include "core/properties/VbDoublePropertyConverter.h"
@@ -207,10 +208,9 @@ void VoWellRender::SetLogLimits(Kind kind, VbPropList* list)
     // The map follows automatically: its window moves with its data limits.
     group.colorMap.SetDataLimits(range.first, range.second);
     const int row = RowsOf(kind).colorMap;
-    if (list && list->IsProp(row)) {
-        list->AnyValue(row, group.colorMap, false);
-        list->SetHistogram(row, std::vector<unsigned int>(group.histogram.begin(), group.histogram.end()));
-    }
+    // The host's row gets a copy of the map and the histogram.
+    if (list && list->IsProp(row))
+        list->AnyValue(row, VbColorMapPair(group.colorMap, {group.histogram.begin(), group.histogram.end()}), false);
 }
 
 void VoWellRender::SetSizeRange(Kind kind)

@@ -3,6 +3,7 @@
 #include "core/graphics/GLFont.h"
 #include "core/graphics/GLFontManager.h"
 #include "core/graphics/InvSmartPtr.h"
+#include "core/graphics/VgMaterial.h"
 #include "core/graphics/VgRenderer.h"
 #include "core/wells/VdWellData.h"
 #include "core/wells/WellEntryWalk.h"
@@ -140,6 +141,28 @@ const std::array<std::array<double, 2>, 22>& DiskFan()
         return points;
     }();
     return fan;
+}
+
+// The scene graph sends its state to OpenGL only for its own shapes: a
+// callback finds what the shape before it left (the winding of a surface
+// drawn clockwise, two-sided lighting, its material). The tubes are lit,
+// counter-clockwise outside, with the default material's specular and
+// emissive parts; the colours come per vertex.
+void LitFrontFaces()
+{
+    glEnable(GL_LIGHTING);
+    glEnable(GL_NORMALIZE);
+    glFrontFace(GL_CCW);
+    glCullFace(GL_BACK);
+    glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_FALSE);
+    const VgMaterial material;
+    const auto part = [](const shr::Color4b& color, float intensity) {
+        const float scale = intensity / 255.0f;
+        return std::array<GLfloat, 4>{color.r * scale, color.g * scale, color.b * scale, 1.0f};
+    };
+    glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, part(material.specular, material.specularIntensity).data());
+    glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, part(material.emissive, material.emissiveIntensity).data());
+    glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, material.shininess * 128.0f);
 }
 
 // Client arrays are read from memory only while no buffer object is bound:
@@ -509,9 +532,7 @@ void WellDrawing::Render(SoGLRenderAction* action)
     glEnable(GL_COLOR_MATERIAL);
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    // The tubes are lit whatever the shape before them left.
-    glEnable(GL_LIGHTING);
-    glEnable(GL_NORMALIZE);
+    LitFrontFaces();
     if (m_Fields.m_PathStyle == Tubes && m_Fields.m_ShowPath)
         Guarded("tubes", [this] { RenderPathTubes(); });
     if (m_Fields.m_ShowIntervals)
