@@ -2,6 +2,7 @@
 
 #include <GL/gl.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -62,18 +63,29 @@ void MitredRing(const Vec3d& center, const Vec3d& axis, const Vec3d& u, const Ve
 
 void TubeMesh::Clear()
 {
-    m_Positions.clear();
-    m_Normals.clear();
-    m_Colors.clear();
+    m_Vertices.clear();
     m_Indices.clear();
+}
+
+size_t TubeMesh::Bytes() const
+{
+    return m_Vertices.capacity() * sizeof(Vertex) + m_Indices.capacity() * sizeof(uint32_t);
+}
+
+void TubeMesh::ShrinkToFit()
+{
+    m_Vertices.shrink_to_fit();
+    m_Indices.shrink_to_fit();
 }
 
 uint32_t TubeMesh::AddVertex(const Vec3d& position, const Vec3d& normal, const shr::Color4b& color)
 {
-    const uint32_t index = static_cast<uint32_t>(m_Colors.size());
-    m_Positions.insert(m_Positions.end(), {float(position.x), float(position.y), float(position.z)});
-    m_Normals.insert(m_Normals.end(), {float(normal.x), float(normal.y), float(normal.z)});
-    m_Colors.push_back(color);
+    const uint32_t index = static_cast<uint32_t>(m_Vertices.size());
+    // A unit normal's components lie in -1..1: the bytes lie in -127..127.
+    const auto byte = [](double c) { return static_cast<int8_t>(std::lround(std::clamp(c, -1.0, 1.0) * 127.0)); };
+    m_Vertices.push_back(Vertex{{float(position.x), float(position.y), float(position.z)},
+                                {byte(normal.x), byte(normal.y), byte(normal.z), 0},
+                                color});
     return index;
 }
 
@@ -93,19 +105,21 @@ void TubeMesh::AddCap(const std::vector<Vec3d>& ring, const Vec3d& center, const
     }
 }
 
-void TubeMesh::AddTube(const Vec3d* points, const shr::Color4b* colors, size_t count, double radius)
+void TubeMesh::AddTube(const Vec3d* points, const shr::Color4b* colors, size_t count, double radius, unsigned caps)
 {
     if (count < 4)
         return;
     // The drawn points, each place once.
-    std::vector<size_t> drawn;
+    std::vector<size_t>& drawn = m_Drawn;
+    drawn.clear();
     for (size_t i = 1; i + 1 < count; ++i)
         if (drawn.empty() || points[i] != points[drawn.back()])
             drawn.push_back(i);
     if (drawn.size() < 2)
         return;
     const size_t segments = drawn.size() - 1;
-    std::vector<Vec3d> axes(segments);
+    std::vector<Vec3d>& axes = m_Axes;
+    axes.resize(segments);
     for (size_t j = 0; j < segments; ++j)
         axes[j] = (points[drawn[j + 1]] - points[drawn[j]]).Normalized();
     const Vec3d before = (points[drawn.front()] - points[0]).Normalized();
@@ -119,9 +133,11 @@ void TubeMesh::AddTube(const Vec3d* points, const shr::Color4b* colors, size_t c
     // Each ring is made once, with the frame of the segment that ends there,
     // and shared by the segment that starts there: the joins close.
     Vec3d u = Perpendicular(axes[0]);
-    std::vector<Vec3d> start, end;
+    std::vector<Vec3d>& start = m_Start;
+    std::vector<Vec3d>& end = m_End;
     MitredRing(points[drawn[0]], axes[0], u, axes[0].Cross(u), radius, plane(0), start);
-    AddCap(start, points[drawn[0]], -plane(0), colors[drawn[0]]);
+    if (caps & StartCap)
+        AddCap(start, points[drawn[0]], -plane(0), colors[drawn[0]]);
     for (size_t j = 0; j < segments; ++j) {
         const Vec3d& axis = axes[j];
         if (j > 0) // the frame carried onto this segment's axis
@@ -132,7 +148,7 @@ void TubeMesh::AddTube(const Vec3d* points, const shr::Color4b* colors, size_t c
             const Vec3d w = p - origin;
             return (w - axis * w.Dot(axis)).Normalized();
         };
-        const uint32_t first = static_cast<uint32_t>(m_Colors.size());
+        const uint32_t first = static_cast<uint32_t>(m_Vertices.size());
         for (const Vec3d& p : start)
             AddVertex(p, normal(p), colors[drawn[j]]);
         for (const Vec3d& p : end)
@@ -144,7 +160,8 @@ void TubeMesh::AddTube(const Vec3d* points, const shr::Color4b* colors, size_t c
         }
         start.swap(end);
     }
-    AddCap(start, points[drawn.back()], plane(segments), colors[drawn.back()]);
+    if (caps & EndCap)
+        AddCap(start, points[drawn.back()], plane(segments), colors[drawn.back()]);
 }
 
 void TubeMesh::Draw() const
@@ -155,9 +172,10 @@ void TubeMesh::Draw() const
     glEnableClientState(GL_VERTEX_ARRAY);
     glEnableClientState(GL_NORMAL_ARRAY);
     glEnableClientState(GL_COLOR_ARRAY);
-    glVertexPointer(3, GL_FLOAT, 0, m_Positions.data());
-    glNormalPointer(GL_FLOAT, 0, m_Normals.data());
-    glColorPointer(4, GL_UNSIGNED_BYTE, 0, m_Colors.data());
+    const Vertex* vertices = m_Vertices.data();
+    glVertexPointer(3, GL_FLOAT, sizeof(Vertex), vertices->position);
+    glNormalPointer(GL_BYTE, sizeof(Vertex), vertices->normal);
+    glColorPointer(4, GL_UNSIGNED_BYTE, sizeof(Vertex), &vertices->color);
     glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(m_Indices.size()), GL_UNSIGNED_INT, m_Indices.data());
     glPopClientAttrib();
 }

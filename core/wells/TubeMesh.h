@@ -35,23 +35,38 @@ public:
     static constexpr int Sides = 20;
     // The extrusion library's join style that the geometry follows.
     static constexpr int JoinStyle = 530;
+    // The caps a call draws; a caller leaves out a cap that nothing can see
+    // (one that lies inside an opaque tube that goes on from there).
+    enum Caps : unsigned { NoCaps = 0, StartCap = 1, EndCap = 2, BothCaps = 3 };
+
+    // 20 bytes, as OpenGL reads them: the position, the normal in signed
+    // bytes (127 is 1), the colour.
+    struct Vertex {
+        float position[3];
+        int8_t normal[4];
+        shr::Color4b color;
+    };
 
     void Clear();
     bool Empty() const { return m_Indices.empty(); }
-    size_t VertexCount() const { return m_Colors.size(); }
+    size_t VertexCount() const { return m_Vertices.size(); }
     size_t TriangleCount() const { return m_Indices.size() / 3; }
+    // The memory the geometry holds.
+    size_t Bytes() const;
+    // Gives back spare capacity, for a mesh that is kept.
+    void ShrinkToFit();
 
-    // One tube through `count` points (see above); fewer than four distinct
-    // points give no segment and add nothing.
-    void AddTube(const shr::Vec3d* points, const shr::Color4b* colors, size_t count, double radius);
+    // One tube through `count` points (see above); fewer than two distinct
+    // drawn points give no segment and add nothing.
+    void AddTube(const shr::Vec3d* points, const shr::Color4b* colors, size_t count, double radius,
+                 unsigned caps = BothCaps);
 
     // Sends the triangles with their normals and colours; needs a current
-    // context with the lighting and colour-material state of the caller.
+    // context with no buffer object bound, and the lighting and colour
+    // material state of the caller.
     void Draw() const;
 
-    const std::vector<float>& Positions() const { return m_Positions; }
-    const std::vector<float>& Normals() const { return m_Normals; }
-    const std::vector<shr::Color4b>& Colors() const { return m_Colors; }
+    const std::vector<Vertex>& Vertices() const { return m_Vertices; }
     const std::vector<uint32_t>& Indices() const { return m_Indices; }
 
 private:
@@ -59,10 +74,13 @@ private:
     void AddCap(const std::vector<shr::Vec3d>& ring, const shr::Vec3d& center, const shr::Vec3d& normal,
                 const shr::Color4b& color);
 
-    std::vector<float> m_Positions;
-    std::vector<float> m_Normals;
-    std::vector<shr::Color4b> m_Colors;
+    std::vector<Vertex> m_Vertices;
     std::vector<uint32_t> m_Indices;
+    // Working storage of AddTube, kept from one call to the next.
+    std::vector<size_t> m_Drawn;
+    std::vector<shr::Vec3d> m_Axes, m_Start, m_End;
 };
+
+static_assert(sizeof(TubeMesh::Vertex) == 20, "OpenGL reads the vertices with a stride of 20 bytes");
 
 } // namespace core

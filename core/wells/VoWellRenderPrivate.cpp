@@ -316,12 +316,14 @@ void TubeCalls::Clear()
     m_Colors.clear();
     m_Starts.clear();
     m_Radii.clear();
+    m_Caps.clear();
 }
 
-void TubeCalls::Begin(double radius)
+void TubeCalls::Begin(double radius, unsigned caps)
 {
     m_Starts.push_back(m_Points.size());
     m_Radii.push_back(radius);
+    m_Caps.push_back(caps);
 }
 
 void TubeCalls::Add(const shr::Vec3d& point, const shr::Color4b& color)
@@ -338,7 +340,7 @@ size_t TubeCalls::Count(size_t call) const
 void TubeCalls::AddTo(TubeMesh& mesh) const
 {
     for (size_t call = 0; call < size(); ++call)
-        mesh.AddTube(Points(call), Colors(call), Count(call), Radius(call));
+        mesh.AddTube(Points(call), Colors(call), Count(call), Radius(call), Caps(call));
 }
 
 // ---- the drawing of a pass --------------------------------------------------------------------
@@ -419,15 +421,29 @@ void WellDrawing::CollectPathTubes(const Well& well, TubeCalls& calls) const
     // One call per sample over its segment and the points on both sides,
     // in the sample's colour. Where the size log has no value the radius is
     // 1.0 in scene units, whatever the size row says.
-    for (size_t i = 0; i + 1 < samples.size(); ++i) {
+    const size_t count = samples.size() - 1;
+    std::vector<double> radii(count, 1.0);
+    std::vector<shr::Color4b> colors(count);
+    for (size_t i = 0; i < count; ++i) {
         const double md = samples[i].MD();
-        double radius = 1.0;
-        if (sizeLog && !SizeAt(path, *sizeLog, md, radius))
-            radius = 1.0;
-        const shr::Color4b color = ColorAt(path, colorLog, md);
-        calls.Begin(radius);
+        if (sizeLog && !SizeAt(path, *sizeLog, md, radii[i]))
+            radii[i] = 1.0;
+        colors[i] = ColorAt(path, colorLog, md);
+    }
+    // A cap between two opaque samples lies inside the thicker one when its
+    // own sample is not the thicker: nothing can see it, and it is left out.
+    const auto hidden = [&](size_t i, size_t neighbour) {
+        return radii[neighbour] >= radii[i] && colors[i].a == 255 && colors[neighbour].a == 255;
+    };
+    for (size_t i = 0; i < count; ++i) {
+        unsigned caps = TubeMesh::BothCaps;
+        if (i > 0 && hidden(i, i - 1))
+            caps &= ~unsigned(TubeMesh::StartCap);
+        if (i + 1 < count && hidden(i, i + 1))
+            caps &= ~unsigned(TubeMesh::EndCap);
+        calls.Begin(radii[i], caps);
         for (size_t k = i; k < i + 4; ++k)
-            calls.Add(points[k], color);
+            calls.Add(points[k], colors[i]);
     }
 }
 
@@ -533,10 +549,8 @@ void WellDrawing::Render(SoGLRenderAction* action)
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     LitFrontFaces();
-    if (m_Fields.m_PathStyle == Tubes && m_Fields.m_ShowPath)
-        Guarded("tubes", [this] { RenderPathTubes(); });
-    if (m_Fields.m_ShowIntervals)
-        Guarded("intervals", [this] { RenderIntervalData(); });
+    if ((m_Fields.m_PathStyle == Tubes && m_Fields.m_ShowPath) || m_Fields.m_ShowIntervals)
+        Guarded("tubes", [this] { RenderTubes(); });
     if (m_Fields.m_ShowDirData) {
         glDisable(GL_CULL_FACE);
         glDisable(GL_LIGHTING);
@@ -547,29 +561,38 @@ void WellDrawing::Render(SoGLRenderAction* action)
     glPopAttrib();
 }
 
-void WellDrawing::RenderPathTubes()
+void WellDrawing::BuildTubes(const Well& well, TubeMesh& mesh)
 {
-    for (const auto& well : *m_Wells) {
-        if (!Drawn(*well))
-            continue;
-        m_Calls.Clear();
-        m_Mesh.Clear();
-        CollectPathTubes(*well, m_Calls);
-        m_Calls.AddTo(m_Mesh);
-        m_Mesh.Draw();
-    }
+    m_Calls.Clear();
+    mesh.Clear();
+    if (m_Fields.m_PathStyle == Tubes && m_Fields.m_ShowPath)
+        CollectPathTubes(well, m_Calls);
+    if (m_Fields.m_ShowIntervals)
+        CollectIntervals(well, m_Calls);
+    m_Calls.AddTo(mesh);
 }
 
-void WellDrawing::RenderIntervalData()
+void WellDrawing::RenderTubes()
 {
+    m_Meshes.resize(m_Wells->size());
+    size_t index = 0;
     for (const auto& well : *m_Wells) {
+        std::unique_ptr<TubeMesh>& cached = m_Meshes[index++];
         if (!Drawn(*well))
             continue;
-        m_Calls.Clear();
-        m_Mesh.Clear();
-        CollectIntervals(*well, m_Calls);
-        m_Calls.AddTo(m_Mesh);
-        m_Mesh.Draw();
+        if (!cached && m_CachedBytes >= kTubeCacheBytes) {
+            BuildTubes(*well, m_Mesh);
+            m_Mesh.Draw();
+            continue;
+        }
+        if (!cached) {
+            auto built = std::make_unique<TubeMesh>();
+            BuildTubes(*well, *built);
+            built->ShrinkToFit();
+            m_CachedBytes += built->Bytes();
+            cached = std::move(built);
+        }
+        cached->Draw();
     }
 }
 

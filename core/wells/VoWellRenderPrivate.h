@@ -129,13 +129,14 @@ private:
 class TubeCalls {
 public:
     void Clear();
-    void Begin(double radius);
+    void Begin(double radius, unsigned caps = TubeMesh::BothCaps);
     void Add(const shr::Vec3d& point, const shr::Color4b& color);
     size_t size() const { return m_Radii.size(); }
     size_t Count(size_t call) const;
     const shr::Vec3d* Points(size_t call) const { return m_Points.data() + m_Starts[call]; }
     const shr::Color4b* Colors(size_t call) const { return m_Colors.data() + m_Starts[call]; }
     double Radius(size_t call) const { return m_Radii[call]; }
+    unsigned Caps(size_t call) const { return m_Caps[call]; }
     // Every call's geometry into `mesh`.
     void AddTo(TubeMesh& mesh) const;
 
@@ -144,6 +145,7 @@ private:
     std::vector<shr::Color4b> m_Colors;
     std::vector<size_t> m_Starts;
     std::vector<double> m_Radii;
+    std::vector<unsigned> m_Caps;
 };
 
 // A disk marker of directional data: its centre in the scene's frame, the
@@ -189,17 +191,28 @@ private:
     static bool SizeAt(DataGroup<true> group, const WellLog& sizeLog, double md, double& size);
     const WellLog* LogOf(const Well& well, const shr::GString& name) const;
 
-    void RenderPathTubes();
-    void RenderIntervalData();
+    // The tubes of a well: its path (as tubes) and its interval sleeves,
+    // as far as they are shown.
+    void BuildTubes(const Well& well, TubeMesh& mesh);
+    void RenderTubes();
     void RenderDirectionalData();
 
     WellRenderFields m_Fields;
     std::shared_ptr<const VdWellData> m_Wells;
     SceneTransform m_Transform;
+    // The tubes of each well, in the wells' order, made at the first frame
+    // and kept for the frames after until they fill the budget; the wells
+    // beyond it are made again for each frame. A drawing never changes: a
+    // change of the module or its data makes a new one.
+    std::vector<std::unique_ptr<TubeMesh>> m_Meshes;
+    size_t m_CachedBytes = 0;
     // Working storage, kept from one well and one frame to the next.
     TubeCalls m_Calls;
     TubeMesh m_Mesh;
 };
+
+// The memory a drawing may keep its tubes in.
+constexpr size_t kTubeCacheBytes = size_t(512) << 20;
 
 // The labels of the well tops and their leader lines, drawn over the scene.
 class LabelDrawing {

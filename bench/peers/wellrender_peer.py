@@ -1,0 +1,225 @@
+"""Peer of bench_wellrender: VTK's vtkTubeFilter on the same 100 wells.
+
+bench_wellrender builds 100 wells of 2,000 log samples each and draws them with
+the well render module as tubes coloured by the gamma ray log (blue, green, red
+over the log's range) and sized by the resistivity log (radius 2.5 to 7.5),
+20 sides, into a 1024 x 768 picture; it reports its first frame and its steady
+frame, best of five, with the CPU time of the whole process,
+and writes beside itself the points the tubes pass through (wellrender_*.raw:
+the point count of each well, the points, the gamma ray at each and the radius
+of the segment that starts there). This script runs it, then draws the same
+points with VTK: a polyline per well, vtkTubeFilter with 20 sides, capped,
+radius by absolute scalar (the same radii), coloured by the same gamma ray
+through the same three colours, seen through the same camera (the centre from
+(1, -0.8, 0.6) at 1.6 diagonals, Z up, 30 degrees high).
+
+Times, every picture read back: the first frame after the data reach the
+drawing (VTK: the tube filter, the upload and the drawing; ours: the tubes made
+from the logs and drawn), ours best of five; and the steady frame after it
+(VTK's buffers, our kept tubes), best of five on both sides. Before the ratios the pictures are compared: the covered share and the
+mean brightness must agree within the tolerances below (VTK's tubes taper from
+one radius to the next and shade colours along each segment, ours step at each
+sample). Quarter-size pictures go to bench/results.
+
+VTK draws through GLX, so the script runs itself under xvfb-run when no display
+is set; Mesa's llvmpipe draws on both sides with the same thread count.
+"""
+import json
+import os
+import shutil
+import subprocess
+import sys
+import time
+
+import numpy as np
+from vtkmodules.util.numpy_support import numpy_to_vtk, vtk_to_numpy
+from vtkmodules.vtkCommonCore import vtkLookupTable, vtkPoints, vtkSMPTools, vtkUnsignedCharArray
+from vtkmodules.vtkCommonDataModel import vtkCellArray, vtkImageData, vtkPolyData
+from vtkmodules.vtkFiltersCore import vtkTubeFilter
+from vtkmodules.vtkIOImage import vtkPNGWriter
+from vtkmodules.vtkRenderingCore import vtkActor, vtkPolyDataMapper, vtkRenderer, vtkRenderWindow
+import vtkmodules.vtkRenderingOpenGL2  # noqa: F401  the OpenGL back end
+
+WIDTH, HEIGHT = 1024, 768
+SHRINK = 4
+THREADS = 2
+FRAMES = 5
+SIDES = 20
+COVERED_TOLERANCE = 0.03     # share of the picture
+BRIGHTNESS_TOLERANCE = 0.35  # relative: the two light the tubes differently
+RESULTS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "results")
+
+
+def ours(build_dir):
+    program = os.path.join(build_dir, "bench", "bench_wellrender")
+    env = dict(os.environ, FENRAK_BENCH_PICTURES=RESULTS, LP_NUM_THREADS=str(THREADS))
+    output = subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True, text=True,
+                            env=env).stdout
+    runs = {}
+    for run in json.loads(output)["benchmarks"]:
+        if run.get("run_type") != "aggregate":
+            runs.setdefault(run["name"].split("/")[0].replace("BM_", ""), []).append(run)
+    return {name: min(repeated, key=lambda r: r["real_time"]) for name, repeated in runs.items()}
+
+
+def tubes(bench_dir):
+    def raw(name, dtype):
+        return np.fromfile(os.path.join(bench_dir, "wellrender_%s.raw" % name), dtype=dtype)
+
+    counts = raw("counts", "<i4")
+    points = raw("points", "<f8").reshape(-1, 3)
+    gamma, radius, limits = raw("gr", "<f8"), raw("radius", "<f8"), raw("limits", "<f8")
+    vtk_points = vtkPoints()
+    vtk_points.SetData(numpy_to_vtk(points, deep=True))
+    lines = vtkCellArray()
+    start = 0
+    for count in counts:
+        lines.InsertNextCell(int(count))
+        for index in range(start, start + int(count)):
+            lines.InsertCellPoint(index)
+        start += int(count)
+    data = vtkPolyData()
+    data.SetPoints(vtk_points)
+    data.SetLines(lines)
+    radii = numpy_to_vtk(radius, deep=True)
+    radii.SetName("radius")
+    colours = numpy_to_vtk(gamma, deep=True)
+    colours.SetName("GR")
+    data.GetPointData().AddArray(colours)
+    data.GetPointData().SetScalars(radii)
+    return data, points, float(limits[0]), float(limits[1])
+
+
+def lookup_table(low, high):
+    """Blue, green, red over the range, as the module's map."""
+    table = vtkLookupTable()
+    table.SetNumberOfTableValues(256)
+    for i in range(256):
+        t = i / 255.0
+        rgb = (0.0, 2 * t, 1 - 2 * t) if t < 0.5 else (2 * t - 1, 2 - 2 * t, 0.0)
+        table.SetTableValue(i, rgb[0], rgb[1], rgb[2], 1.0)
+    table.SetRange(low, high)
+    return table
+
+
+def place_camera(renderer, points):
+    low, high = points.min(axis=0), points.max(axis=0)
+    centre = 0.5 * (low + high)
+    diagonal = float(np.linalg.norm(high - low))
+    direction = np.array([1.0, -0.8, 0.6])
+    position = direction / np.linalg.norm(direction) * 1.6 * diagonal + centre
+    camera = renderer.GetActiveCamera()
+    camera.SetPosition(*position)
+    camera.SetFocalPoint(*centre)
+    camera.SetViewUp(0.0, 0.0, 1.0)
+    camera.SetViewAngle(30.0)
+    camera.SetClippingRange(0.5 * diagonal, 3.0 * diagonal)
+
+
+def read_back(window):
+    width, height = window.GetSize()
+    pixels = vtkUnsignedCharArray()
+    window.GetRGBACharPixelData(0, 0, width - 1, height - 1, 1, pixels)
+    return vtk_to_numpy(pixels).reshape(height, width, 4)[::-1, :, :3]
+
+
+def picture(window):
+    """(wall seconds, process CPU seconds, picture) of one frame read back."""
+    start, cpu = time.perf_counter(), time.process_time()
+    window.Render()
+    image = read_back(window)
+    return time.perf_counter() - start, time.process_time() - cpu, image
+
+
+def summary(image):
+    total = image.astype(np.int32).sum(axis=2)
+    return float((total > 24).mean()), float(total.mean() / 3.0)
+
+
+def save(image, name):
+    small = image.reshape(HEIGHT // SHRINK, SHRINK, WIDTH // SHRINK, SHRINK, 3).mean(axis=(1, 3)).astype(np.uint8)
+    data = vtkImageData()
+    data.SetDimensions(WIDTH // SHRINK, HEIGHT // SHRINK, 1)
+    data.GetPointData().SetScalars(numpy_to_vtk(np.ascontiguousarray(small[::-1]).reshape(-1, 3), deep=True))
+    writer = vtkPNGWriter()
+    writer.SetFileName(os.path.join(RESULTS, name))
+    writer.SetInputData(data)
+    writer.Write()
+
+
+def peer(data, points, low, high):
+    """(first frame, best steady frame, its CPU time, its picture, triangles) of VTK's tubes."""
+    tube = vtkTubeFilter()
+    tube.SetInputData(data)
+    tube.SetNumberOfSides(SIDES)
+    tube.SetVaryRadiusToVaryRadiusByAbsoluteScalar()
+    tube.CappingOn()
+    mapper = vtkPolyDataMapper()
+    mapper.SetInputConnection(tube.GetOutputPort())
+    mapper.SetScalarModeToUsePointFieldData()
+    mapper.SelectColorArray("GR")
+    mapper.SetLookupTable(lookup_table(low, high))
+    mapper.UseLookupTableScalarRangeOn()
+    actor = vtkActor()
+    actor.SetMapper(mapper)
+    window = vtkRenderWindow()
+    window.SetSize(WIDTH, HEIGHT)
+    window.SetMultiSamples(0)
+    window.OffScreenRenderingOn()
+    renderer = vtkRenderer()
+    renderer.SetBackground(0.0, 0.0, 0.0)
+    window.AddRenderer(renderer)
+    renderer.AddActor(actor)
+    place_camera(renderer, points)
+    first = picture(window)
+    frames = [picture(window) for _ in range(FRAMES)]
+    best = min(frames, key=lambda frame: frame[0])
+    output = tube.GetOutput()
+    strips = vtk_to_numpy(output.GetStrips().GetConnectivityArray()) if output.GetStrips() else []
+    return first[0], best[0], best[1], best[2], output.GetNumberOfPoints(), len(strips)
+
+
+def main(build_dir):
+    bench_dir = os.path.join(build_dir, "bench")
+    if not os.path.exists(os.path.join(bench_dir, "bench_wellrender")):
+        print("well render peer: skipped, bench_wellrender is not built in %s" % build_dir)
+        return 0
+    if not os.environ.get("DISPLAY") and shutil.which("xvfb-run") and not os.environ.get("FENRAK_UNDER_XVFB"):
+        env = dict(os.environ, FENRAK_UNDER_XVFB="1")
+        first_number = str(100 + os.getpid() % 800)
+        return subprocess.call(["xvfb-run", "-a", "-n", first_number, "-s", "-screen 0 1280x1024x24",
+                                sys.executable, os.path.abspath(__file__), build_dir], env=env)
+    os.environ["LP_NUM_THREADS"] = str(THREADS)
+    vtkSMPTools.Initialize(THREADS)
+    os.makedirs(RESULTS, exist_ok=True)
+    mine = ours(build_dir)
+    data, points, low, high = tubes(bench_dir)
+    first, best, best_cpu, image, vtk_points, strip_indices = peer(data, points, low, high)
+    covered, bright = summary(image)
+    save(image, "wellrender_vtk.png")
+    frame, build, ours_first = mine["Frame"], mine["Build"], mine["FirstFrame"]["real_time"] / 1000.0
+    print("%d wells, %d tube points, at %d x %d, %d threads (llvmpipe)" % (
+        len(np.fromfile(os.path.join(bench_dir, "wellrender_counts.raw"), dtype="<i4")), len(points), WIDTH, HEIGHT,
+        THREADS))
+    print("%-34s %10s %10s %10s %9s %9s" % ("", "first", "frame", "frame CPU", "covered", "bright"))
+    print("%-34s %9.0fms %9.0fms %9.0fms %9.3f %9.1f" % (
+        "ours (well render module)", ours_first * 1e3, frame["real_time"], frame["process_cpu"] * 1e3,
+        frame["covered"], frame["brightness"]))
+    print("%-34s %9.0fms %9.0fms %9.0fms %9.3f %9.1f" % (
+        "VTK vtkTubeFilter", first * 1e3, best * 1e3, best_cpu * 1e3, covered, bright))
+    print("ours: tube geometry alone %.0f ms, %d triangles; VTK: %d tube points" % (
+        build["real_time"], build["triangles"], vtk_points))
+    status = 0
+    if abs(frame["covered"] - covered) > COVERED_TOLERANCE or \
+            abs(frame["brightness"] - bright) > BRIGHTNESS_TOLERANCE * bright:
+        print("pictures differ: ours covers %.3f at %.1f, VTK %.3f at %.1f" % (
+            frame["covered"], frame["brightness"], covered, bright))
+        status = 1
+    ours_frame = frame["real_time"] / 1000.0
+    print("ratio ours / VTK: first frame %.2f, steady frame %.2f (CPU %.2f)" % (
+        ours_first / first, ours_frame / best, frame["process_cpu"] / max(best_cpu, 1e-9)))
+    return status
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1] if len(sys.argv) > 1 else "build/release"))
