@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <string>
+#include <typeinfo>
 
 namespace core {
 
@@ -185,7 +186,7 @@ void VoWellData::AddWellRows(VbPropList& list, const Well& well, int number, int
         const int id = logId++;
         list.AddStatic(Id(), id, shr::ToString("Log %u", logNumber++).c_str(), "A log of this well.",
                        (*log)->Name().c_str());
-        list.UserData(id, payload + ";Log=" + (*log)->Name());
+        list.UserData(id, shr::GString(payload + ";Log=" + (*log)->Name()));
     }
     list.Outdent();
     list.Expand(base, false);
@@ -234,11 +235,11 @@ void VoWellData::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
 void VoWellData::ChangeTop(VbPropList& list, const VbPropertyEvent& event, int axis)
 {
     VdWellData* wells = OutputWellData() ? &OutputWells() : nullptr;
-    // The payload is the event's text when it names a well, otherwise the
-    // user data of the row the event names.
-    shr::GString name = NamedWell(wells, AnyText(event.Data()));
-    if (name.empty() && list.IsProp(event.Id()))
-        name = NamedWell(wells, AnyText(list.UserData(event.Id())));
+    // The payload is the event's text; an event without one stands for the
+    // row of its id, whose user data names the well.
+    const bool textual = event.Data().type() == typeid(shr::GString) || event.Data().type() == typeid(std::string);
+    const shr::GString name = NamedWell(
+        wells, textual ? AnyText(event.Data()) : list.IsProp(event.Id()) ? AnyText(list.UserData(event.Id())) : "");
     if (name.empty())
         return;
     int row = event.Id();

@@ -12,7 +12,8 @@
 // 3, 4, 5. A row that concerns a well carries "Well=" and the well's name as
 // its user data; a host addresses a well's top with the event id of the first
 // well's row (9, 10, 11) and that text as the event's value, and the module
-// finds the well's own row from it.
+// finds the well's own row from it (an event whose value is not a text stands
+// for the row of its own id).
 //
 // Stored form: the module base, the sync mark, the path method (4 bytes) and
 // the well data as an object.
