@@ -29,18 +29,18 @@ import os
 import shutil
 import subprocess
 import sys
-import time
 
 import numpy as np
-from vtkmodules.util.numpy_support import numpy_to_vtk, vtk_to_numpy
-from vtkmodules.vtkCommonCore import vtkSMPTools, vtkUnsignedCharArray
+from vtkmodules.util.numpy_support import numpy_to_vtk
+from vtkmodules.vtkCommonCore import vtkSMPTools
 from vtkmodules.vtkCommonDataModel import vtkImageData, vtkPiecewiseFunction
-from vtkmodules.vtkIOImage import vtkPNGWriter
 from vtkmodules.vtkRenderingCore import vtkColorTransferFunction, vtkRenderer, vtkRenderWindow, vtkVolume, \
     vtkVolumeProperty
 import vtkmodules.vtkRenderingOpenGL2  # noqa: F401  the OpenGL back end
 from vtkmodules.vtkRenderingVolume import vtkGPUVolumeRayCastMapper
 from vtkmodules.vtkRenderingVolumeOpenGL2 import vtkSmartVolumeMapper
+
+from _pictures import picture, save, summary
 
 SIDE = 256
 WIDTH, HEIGHT = 1024, 768
@@ -130,37 +130,6 @@ def place_camera(renderer):
     camera.SetClippingRange(diagonal, 4.0 * diagonal)
 
 
-def read_back(window):
-    width, height = window.GetSize()
-    pixels = vtkUnsignedCharArray()
-    window.GetRGBACharPixelData(0, 0, width - 1, height - 1, 1, pixels)
-    return vtk_to_numpy(pixels).reshape(height, width, 4)[::-1, :, :3]
-
-
-def picture(window):
-    """(wall seconds, process CPU seconds, picture) of one frame read back."""
-    start, cpu = time.perf_counter(), time.process_time()
-    window.Render()
-    image = read_back(window)
-    return time.perf_counter() - start, time.process_time() - cpu, image
-
-
-def summary(image):
-    total = image.astype(np.int32).sum(axis=2)
-    return float((total > 24).mean()), float(total.mean() / 3.0)
-
-
-def save(image, name):
-    small = image.reshape(HEIGHT // SHRINK, SHRINK, WIDTH // SHRINK, SHRINK, 3).mean(axis=(1, 3)).astype(np.uint8)
-    data = vtkImageData()
-    data.SetDimensions(WIDTH // SHRINK, HEIGHT // SHRINK, 1)
-    data.GetPointData().SetScalars(numpy_to_vtk(np.ascontiguousarray(small[::-1]).reshape(-1, 3), deep=True))
-    writer = vtkPNGWriter()
-    writer.SetFileName(os.path.join(RESULTS, name))
-    writer.SetInputData(data)
-    writer.Write()
-
-
 # Every window lives to the end: closing one while others draw can take the
 # display connection they share with it.
 WINDOWS = []
@@ -248,7 +217,8 @@ def main(build_dir):
             continue
         load, best, best_cpu, image, used = result
         covered, bright = summary(image)
-        save(image, "volume_%s.png" % ("smart" if kind == "vtkSmartVolumeMapper" else "gpu"))
+        save(image, os.path.join(RESULTS, "volume_%s.png" % ("smart" if kind == "vtkSmartVolumeMapper" else "gpu")),
+             SHRINK)
         label = kind + (" (%s)" % used if used else "")
         print("%-28s %9.0fms %9.0fms %9.0fms %9.3f %9.1f" % (
             label, load * 1e3, best * 1e3, best_cpu * 1e3, covered, bright))

@@ -196,52 +196,18 @@ private:
 // ---- settings ---------------------------------------------------------------------------------
 
 WellRenderFields::WellRenderFields()
-    : m_TextFormat(12.0, shr::Color4b::White, "Arial", TextFormat::Left, true, true),
-      m_PathColorMap(nullptr, 0, 256),
-      m_PathHistogram(kHistogramBins, 0u),
-      m_DirDataColorMap(nullptr, 0, 256),
-      m_DirDataHistogram(kHistogramBins, 0u),
-      m_IntDataColorMap(nullptr, 0, 256),
-      m_IntDataHistogram(kHistogramBins, 0u)
 {
+    m_TextFormat = TextFormat(12.0, shr::Color4b::White, "Arial", TextFormat::Left, true, true);
+    for (Kind kind : {PathData, DirectionalData, IntervalData})
+        Group(kind).histogram.assign(kHistogramBins, 0u);
     LinkLegends();
 }
 
-WellRenderFields::WellRenderFields(const WellRenderFields& other) = default;
+WellRenderFields::WellRenderFields(const WellRenderFields& other) : WellRenderSettings(other) { LinkLegends(); }
 
 WellRenderFields& WellRenderFields::operator=(const WellRenderFields& other)
 {
-    if (this == &other)
-        return *this;
-    WellRenderFields copy(other);
-    // The members one by one, then the legends pointed at this object's maps.
-    m_Logs = std::move(copy.m_Logs);
-    m_HiddenWells = std::move(copy.m_HiddenWells);
-    m_TextFormat = copy.m_TextFormat;
-    m_ShowPath = copy.m_ShowPath;
-    m_PathStyle = copy.m_PathStyle;
-    m_ShowDirData = copy.m_ShowDirData;
-    m_DirDataFill = copy.m_DirDataFill;
-    m_DirDataAzLog = std::move(copy.m_DirDataAzLog);
-    m_DirDataDipLog = std::move(copy.m_DirDataDipLog);
-    m_ShowIntervals = copy.m_ShowIntervals;
-    m_IntDataSource = copy.m_IntDataSource;
-    m_IntDataFill = copy.m_IntDataFill;
-    m_IntDataLog = std::move(copy.m_IntDataLog);
-    for (Kind kind : {PathData, DirectionalData, IntervalData}) {
-        DataGroup<false> to = Group(kind);
-        DataGroup<false> from = copy.Group(kind);
-        to.colorMethod = from.colorMethod;
-        to.sizeMethod = from.sizeMethod;
-        to.color = from.color;
-        to.colorMap = from.colorMap;
-        to.legend = from.legend;
-        to.size = from.size;
-        to.sizeRange = from.sizeRange;
-        to.histogram = std::move(from.histogram);
-        to.colorLog = std::move(from.colorLog);
-        to.sizeLog = std::move(from.sizeLog);
-    }
+    WellRenderSettings::operator=(other);
     LinkLegends();
     return *this;
 }

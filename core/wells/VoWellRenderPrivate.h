@@ -67,18 +67,7 @@ struct DataGroup {
 };
 
 // The module's stored settings, in their stored order.
-struct WellRenderFields {
-    WellRenderFields();
-    WellRenderFields(const WellRenderFields& other);
-    WellRenderFields& operator=(const WellRenderFields& other);
-
-    DataGroup<false> Group(Kind kind);
-    DataGroup<true> Group(Kind kind) const;
-    // The stored form; the document version decides what is there.
-    void Transfer(shr::Archive& archive);
-    // Raises a format error for what no row could have set.
-    void Check(const shr::Archive& archive) const;
-
+struct WellRenderSettings {
     std::vector<shr::GString> m_Logs;
     WellNames m_HiddenWells;
     // Flag 1 shows the labels, flag 4 the leader lines; floats 0 and 1 are
@@ -118,9 +107,23 @@ struct WellRenderFields {
     Range m_IntDataSizeRange = EmptyRange();
     std::vector<uint32_t> m_IntDataHistogram;
     shr::GString m_IntDataColorLog, m_IntDataSizeLog, m_IntDataLog;
+};
+
+// The settings with what the module does with them as a whole: the view of a
+// group, the stored form. Each legend draws its own group's map, copies too.
+struct WellRenderFields : WellRenderSettings {
+    WellRenderFields();
+    WellRenderFields(const WellRenderFields& other);
+    WellRenderFields& operator=(const WellRenderFields& other);
+
+    DataGroup<false> Group(Kind kind);
+    DataGroup<true> Group(Kind kind) const;
+    // The stored form; the document version decides what is there.
+    void Transfer(shr::Archive& archive);
+    // Raises a format error for what no row could have set.
+    void Check(const shr::Archive& archive) const;
 
 private:
-    // Each legend draws its own group's map.
     void LinkLegends();
 };
 
