@@ -1,5 +1,11 @@
-"""What the drawing peers share: a frame drawn and read back with its times,
-the summary of a picture that is compared with ours, and a shrunk copy."""
+"""What the drawing peers share: our benchmark's runs, the drawing under
+xvfb-run, a frame drawn and read back with its times, the summary of a picture
+that is compared with ours, and a shrunk copy."""
+import json
+import os
+import shutil
+import subprocess
+import sys
 import time
 
 import numpy as np
@@ -7,6 +13,26 @@ from vtkmodules.util.numpy_support import numpy_to_vtk, vtk_to_numpy
 from vtkmodules.vtkCommonCore import vtkUnsignedCharArray
 from vtkmodules.vtkCommonDataModel import vtkImageData
 from vtkmodules.vtkIOImage import vtkPNGWriter
+
+
+def benchmark_runs(program, pictures, threads):
+    """The runs (not the aggregates) of one of our drawing benchmarks, its pictures going to `pictures`."""
+    env = dict(os.environ, FENRAK_BENCH_PICTURES=pictures, LP_NUM_THREADS=str(threads))
+    output = subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True, text=True,
+                            env=env).stdout
+    return [run for run in json.loads(output)["benchmarks"] if run.get("run_type") != "aggregate"]
+
+
+def run_under_xvfb(script, build_dir):
+    """VTK draws through GLX: with no display, runs `script` again under xvfb-run and gives its exit
+    status; None when this process can draw."""
+    if os.environ.get("DISPLAY") or not shutil.which("xvfb-run") or os.environ.get("FENRAK_UNDER_XVFB"):
+        return None
+    env = dict(os.environ, FENRAK_UNDER_XVFB="1")
+    # Searching from a number of its own keeps two peers started at once off one server.
+    first_number = str(100 + os.getpid() % 800)
+    return subprocess.call(["xvfb-run", "-a", "-n", first_number, "-s", "-screen 0 1280x1024x24",
+                            sys.executable, os.path.abspath(script), build_dir], env=env)
 
 
 def read_back(window):

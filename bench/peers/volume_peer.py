@@ -24,10 +24,7 @@ to bench/results beside the figures.
 VTK draws through GLX, so the script runs itself under xvfb-run when no
 display is set; Mesa's llvmpipe draws on both sides with the same thread count.
 """
-import json
 import os
-import shutil
-import subprocess
 import sys
 
 import numpy as np
@@ -40,7 +37,7 @@ import vtkmodules.vtkRenderingOpenGL2  # noqa: F401  the OpenGL back end
 from vtkmodules.vtkRenderingVolume import vtkGPUVolumeRayCastMapper
 from vtkmodules.vtkRenderingVolumeOpenGL2 import vtkSmartVolumeMapper
 
-from _pictures import picture, save, summary
+from _pictures import benchmark_runs, picture, run_under_xvfb, save, summary
 
 SIDE = 256
 WIDTH, HEIGHT = 1024, 768
@@ -58,13 +55,8 @@ METHODS = {0: "2-D textures", 1: "3-D textures"}
 
 def ours(build_dir):
     program = os.path.join(build_dir, "bench", "bench_volume")
-    env = dict(os.environ, FENRAK_BENCH_PICTURES=RESULTS, LP_NUM_THREADS=str(THREADS))
-    output = subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True, text=True,
-                            env=env).stdout
     runs = {}
-    for run in json.loads(output)["benchmarks"]:
-        if run.get("run_type") == "aggregate":
-            continue
+    for run in benchmark_runs(program, RESULTS, THREADS):
         workload = run["name"].split("/")[0].replace("BM_", "")
         method = int(run["name"].split("method:")[1].split("/")[0]) if "method:" in run["name"] else None
         runs.setdefault((workload, method), []).append(run)
@@ -189,12 +181,9 @@ def main(build_dir):
     if not os.path.exists(os.path.join(bench_dir, "bench_volume")):
         print("volume peer: skipped, bench_volume is not built in %s" % build_dir)
         return 0
-    if not os.environ.get("DISPLAY") and shutil.which("xvfb-run") and not os.environ.get("FENRAK_UNDER_XVFB"):
-        env = dict(os.environ, FENRAK_UNDER_XVFB="1")
-        # Searching from a number of its own keeps two peers started at once off one server.
-        first_number = str(100 + os.getpid() % 800)
-        return subprocess.call(["xvfb-run", "-a", "-n", first_number, "-s", "-screen 0 1280x1024x24",
-                                sys.executable, os.path.abspath(__file__), build_dir], env=env)
+    status = run_under_xvfb(__file__, build_dir)
+    if status is not None:
+        return status
     os.environ["LP_NUM_THREADS"] = str(THREADS)
     vtkSMPTools.Initialize(THREADS)
     os.makedirs(RESULTS, exist_ok=True)

@@ -25,10 +25,7 @@ calls sent each frame through the extrusion library (GLE) in immediate mode.
 VTK draws through GLX, so the script runs itself under xvfb-run when no display
 is set; Mesa's llvmpipe draws on both sides with the same thread count.
 """
-import json
 import os
-import shutil
-import subprocess
 import sys
 
 import numpy as np
@@ -39,7 +36,7 @@ from vtkmodules.vtkFiltersCore import vtkTubeFilter
 from vtkmodules.vtkRenderingCore import vtkActor, vtkPolyDataMapper, vtkRenderer, vtkRenderWindow
 import vtkmodules.vtkRenderingOpenGL2  # noqa: F401  the OpenGL back end
 
-from _pictures import picture, save, summary
+from _pictures import benchmark_runs, picture, run_under_xvfb, save, summary
 
 WIDTH, HEIGHT = 1024, 768
 SHRINK = 4
@@ -52,14 +49,9 @@ RESULTS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "result
 
 
 def ours(build_dir):
-    program = os.path.join(build_dir, "bench", "bench_wellrender")
-    env = dict(os.environ, FENRAK_BENCH_PICTURES=RESULTS, LP_NUM_THREADS=str(THREADS))
-    output = subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True, text=True,
-                            env=env).stdout
     runs = {}
-    for run in json.loads(output)["benchmarks"]:
-        if run.get("run_type") != "aggregate":
-            runs.setdefault(run["name"].split("/")[0].replace("BM_", ""), []).append(run)
+    for run in benchmark_runs(os.path.join(build_dir, "bench", "bench_wellrender"), RESULTS, THREADS):
+        runs.setdefault(run["name"].split("/")[0].replace("BM_", ""), []).append(run)
     return {name: min(repeated, key=lambda r: r["real_time"]) for name, repeated in runs.items()}
 
 
@@ -152,11 +144,9 @@ def main(build_dir):
     if not os.path.exists(os.path.join(bench_dir, "bench_wellrender")):
         print("well render peer: skipped, bench_wellrender is not built in %s" % build_dir)
         return 0
-    if not os.environ.get("DISPLAY") and shutil.which("xvfb-run") and not os.environ.get("FENRAK_UNDER_XVFB"):
-        env = dict(os.environ, FENRAK_UNDER_XVFB="1")
-        first_number = str(100 + os.getpid() % 800)
-        return subprocess.call(["xvfb-run", "-a", "-n", first_number, "-s", "-screen 0 1280x1024x24",
-                                sys.executable, os.path.abspath(__file__), build_dir], env=env)
+    status = run_under_xvfb(__file__, build_dir)
+    if status is not None:
+        return status
     os.environ["LP_NUM_THREADS"] = str(THREADS)
     vtkSMPTools.Initialize(THREADS)
     os.makedirs(RESULTS, exist_ok=True)
