@@ -216,14 +216,13 @@ TEST_F(WellDataModuleTest, StoredForm)
     EXPECT_EQ(loaded.OutputWellData()->size(), 3u);
     EXPECT_EQ(loaded.OutputWellData()->Well("C")->log_size(), 1u);
 
-    // A damaged document changes nothing: cut short, or a method no row has.
+    // A method that no row has is a damaged document, which changes nothing.
+    // (The well data's own failures are the well tests'.)
     VoWellData fresh;
-    EXPECT_THROW(testsupport::Load(fresh, bytes, 9), shr::Exception);
-    EXPECT_EQ(fresh.PathMethod(), 2);
-    EXPECT_EQ(fresh.OutputWellData(), nullptr);
     module->PathMethod(7);
     EXPECT_THROW(testsupport::Load(fresh, testsupport::Store(*module)), shr::Exception);
     EXPECT_EQ(fresh.PathMethod(), 2);
+    EXPECT_EQ(fresh.OutputWellData(), nullptr);
 }
 
 } // namespace
