@@ -276,7 +276,7 @@ void VoWellRender::AddLabelRows(VbPropList& list) const
                   f.m_Flag1);
     list.AddFont(Id(), "WellRenderFont", IdFont, "Font", "The face of the labels.", f.m_Face);
     list.AddDouble(Id(), "WellRenderLabelSize", IdLabelSize, "Size (points)", "The size of the labels.", f.m_Height,
-                   ValCheckMinMax, 4.0, 72.0, 1.0);
+                   ValCheckMinMax, kMinLabelSize, kMaxLabelSize, 1.0);
     list.AddColor(Id(), "WellRenderLabelColor", IdLabelColor, "Color", "The colour of the labels.", f.m_Color);
     list.AddCombo(Id(), "WellRenderLabelJustification", IdJustification, "Justification",
                   "Where a label stands against its anchor.", static_cast<unsigned int>(f.m_Justification), 3,
@@ -378,7 +378,7 @@ void VoWellRender::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
             f.m_Face = face;
         break;
     }
-    case IdLabelSize: RowReader::Clamped(list, id, 4.0, 72.0, f.m_Height); break;
+    case IdLabelSize: RowReader::Clamped(list, id, kMinLabelSize, kMaxLabelSize, f.m_Height); break;
     case IdLabelColor: list.GetValue(id, f.m_Color); break;
     case IdJustification: {
         uint32_t justification = static_cast<uint32_t>(f.m_Justification);

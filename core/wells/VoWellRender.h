@@ -66,7 +66,7 @@ public:
         IdShowWell = 130,
     };
     static int BaseWellId() { return 131; }
-    static constexpr double MaxSize = 200.0;
+    static constexpr double MaxSize = VoWellRenderPrivate::kMaxSize;
 
     VoWellRender();
     ~VoWellRender() override;

@@ -39,8 +39,6 @@ namespace {
 constexpr uint32_t kHistogramBins = 256;
 // The largest count of names or bins a document may hold.
 constexpr uint32_t kMaxStoredItems = 1u << 20;
-// The limits of the size rows and of the label rows.
-constexpr double kMaxSize = 200.0;
 
 template <class Fields>
 DataGroup<std::is_const<Fields>::value> GroupOf(Fields& f, Kind kind)
@@ -165,6 +163,9 @@ void LitFrontFaces()
     glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, material.shininess * 128.0f);
 }
 
+// Points to pixels, at the screen resolution the legends take.
+double Pixels(double points) { return points * VbLegend::kPixelsPerInch / 72.0; }
+
 // Client arrays are read from memory only while no buffer object is bound:
 // the drawing unbinds those the scene left bound and binds them again after.
 class UnboundBuffers {
@@ -270,7 +271,7 @@ void WellRenderFields::Check(const shr::Archive& archive) const
         if (!(group.size >= 0.0 && group.size <= kMaxSize))
             archive.ThrowFormatError("well render size %g out of range", group.size);
     }
-    if (!(m_TextFormat.m_Height >= 4.0 && m_TextFormat.m_Height <= 72.0))
+    if (!(m_TextFormat.m_Height >= kMinLabelSize && m_TextFormat.m_Height <= kMaxLabelSize))
         archive.ThrowFormatError("well render label size %g out of range", m_TextFormat.m_Height);
 }
 
@@ -615,7 +616,7 @@ void LabelDrawing::Render(SoGLRenderAction* action) const
             anchors.emplace_back(shr::Vec3d(x - viewport[0], y - viewport[1], 0.0), &label.second);
     }
     const double dx = m_Format.m_Floats[0], dy = m_Format.m_Floats[1];
-    const double pixels = std::round(m_Format.m_Height * 96.0 / 72.0);
+    const double pixels = std::round(Pixels(m_Format.m_Height));
     std::shared_ptr<GLFont> font;
     for (const shr::GString& face : {m_Format.m_Face, shr::GString("sans")}) {
         try {
@@ -641,7 +642,7 @@ void LabelDrawing::Render(SoGLRenderAction* action) const
     glLoadIdentity();
     glColor4ubv(&m_Format.m_Color.r);
     if (m_Format.m_Flag4) {
-        glLineWidth(std::max(1.0f, m_Format.m_Floats[3] * 96.0f / 72.0f));
+        glLineWidth(GLfloat(std::max(1.0, Pixels(m_Format.m_Floats[3]))));
         glBegin(GL_LINES);
         for (const auto& anchor : anchors) {
             glVertex2d(anchor.first.x, anchor.first.y);

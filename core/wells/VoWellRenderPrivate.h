@@ -46,6 +46,10 @@ enum Kind { PathData = 0, DirectionalData = 1, IntervalData = 2 };
 using WellNames = std::set<shr::GString, shr::StringLess>;
 using Range = std::pair<double, double>;
 
+// The limits of the rows of sizes (radii and widths) and of label sizes.
+constexpr double kMaxSize = 200.0;
+constexpr double kMinLabelSize = 4.0, kMaxLabelSize = 72.0;
+
 // The range before any log has given one.
 inline Range EmptyRange() { return Range(3.4028234663852886e38, -3.4028234663852886e38); }
 
