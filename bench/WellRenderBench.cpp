@@ -247,8 +247,8 @@ struct Scene {
                     colors[4 * k] = c.r / 255.0f, colors[4 * k + 1] = c.g / 255.0f;
                     colors[4 * k + 2] = c.b / 255.0f, colors[4 * k + 3] = c.a / 255.0f;
                 }
-                glePolyCylinder_c4f(int(n), reinterpret_cast<gleDouble(*)[3]>(const_cast<shr::Vec3d*>(calls.Points(call))),
-                                    reinterpret_cast<gleColor4f*>(colors.data()), calls.Radius(call));
+                auto* points = reinterpret_cast<gleDouble(*)[3]>(const_cast<shr::Vec3d*>(calls.Points(call)));
+                glePolyCylinder_c4f(int(n), points, reinterpret_cast<gleColor4f*>(colors.data()), calls.Radius(call));
             }
         }
         gleSetJoinStyle(style);

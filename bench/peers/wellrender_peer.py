@@ -15,11 +15,11 @@ through the same three colours, seen through the same camera (the centre from
 
 Times, every picture read back: the first frame after the data reach the
 drawing (VTK: the tube filter, the upload and the drawing; ours: the tubes made
-from the logs and drawn), ours best of five; and the steady frame after it
-(VTK's buffers, our kept tubes), best of five on both sides. Before the ratios the pictures are compared: the covered share and the
-mean brightness must agree within the tolerances below (VTK's tubes taper from
-one radius to the next and shade colours along each segment, ours step at each
-sample). Quarter-size pictures go to bench/results. For the record, the same tube
+from the logs and drawn, best of five); and the steady frame after it
+(VTK's buffers, our kept tubes), best of five on both sides. Before the ratios
+the pictures are compared: the covered share and the mean brightness must agree
+within the tolerances below (VTK's tubes taper from one radius to the next and
+shade colours along each segment, ours step at each sample). Quarter-size pictures go to bench/results. For the record, the same tube
 calls sent each frame through the extrusion library (GLE) in immediate mode.
 
 VTK draws through GLX, so the script runs itself under xvfb-run when no display

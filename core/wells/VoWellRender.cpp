@@ -101,9 +101,12 @@ bool RegisterKeys()
             int id;
             unsigned char converter;
         } groupRows[] = {
-            {"ColorMethod", group.colorMethod, kChoice}, {"Color", group.color, kColor},
-            {"ColorLog", group.colorLog, kText},         {"ColorMap", group.colorMap, VbColorMapPropertyConverter::Key()},
-            {"SizeMethod", group.sizeMethod, kChoice},   {"SizeLog", group.sizeLog, kText},
+            {"ColorMethod", group.colorMethod, kChoice},
+            {"Color", group.color, kColor},
+            {"ColorLog", group.colorLog, kText},
+            {"ColorMap", group.colorMap, VbColorMapPropertyConverter::Key()},
+            {"SizeMethod", group.sizeMethod, kChoice},
+            {"SizeLog", group.sizeLog, kText},
             {"Size", group.size, kDouble},
         };
         for (const auto& row : groupRows)
