@@ -10,8 +10,11 @@
 // scene, as blended geometry after the opaque scene; lines go into the scene
 // as line strips. The callback node owns a copy of the settings and a
 // reference on the well data as the pass saw them (WellDrawing), so the
-// scene stays valid whatever becomes of the module. The tubes are built each
-// frame (TubeMesh) and sent in one draw call per well.
+// scene stays valid whatever becomes of the module. The tubes of a well are
+// built at the first frame (TubeMesh), sent in one draw call, and kept for
+// the frames after, until a change of the module or its data makes a new
+// node. The labels are a second callback node, drawn over the scene in
+// pixels, so that they can stand off from the tops by a number of pixels.
 //
 // Property rows: the general header 1, the wells 3 (a check per well from
 // BaseWellId()), the labels 4 to 13, the directional data 52 to 90, the
