@@ -147,6 +147,15 @@ void HostUiProxy::ReloadDataFile(core::VoModule& module, const shr::GString& pat
     }
 }
 
+void HostUiProxy::DoCommand(const shr::CommandOptions& command)
+{
+    std::string message;
+    if (m_WellImport.Answer(command, message) || message.empty())
+        return;
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    WriteLine("error: " + message);
+}
+
 HostUiProxy::ModuleReport HostUiProxy::Report(const core::VbModuleId& id) const
 {
     std::lock_guard<std::mutex> lock(m_Mutex);

@@ -10,6 +10,7 @@
 // them.
 #include "core/network/UiProxy.h"
 #include "core/network/VbModuleId.h"
+#include "host/WellImport.h"
 
 #include <chrono>
 #include <map>
@@ -47,6 +48,9 @@ public:
     void Progress(double fraction) override;
     // Reads the point file again into the point-set module.
     void ReloadDataFile(core::VoModule& module, const shr::GString& path) override;
+    // Answers a well data module's "Import" (see WellImport).
+    void DoCommand(const shr::CommandOptions& command) override;
+    WellImport& WellImports() { return m_WellImport; }
 
     // What was recorded for a module; an empty report if nothing was.
     ModuleReport Report(const core::VbModuleId& id) const;
@@ -67,6 +71,7 @@ private:
     std::map<core::VbModuleId, ModuleReport> m_Reports;
     std::map<core::VbModuleId, std::chrono::steady_clock::time_point> m_Started;
     std::vector<std::string> m_PassErrors;
+    WellImport m_WellImport;
 };
 
 } // namespace host

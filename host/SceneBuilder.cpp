@@ -5,7 +5,10 @@
 #include "core/network/VbPort.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
+#include "core/network/UiProxy.h"
+#include "core/wells/VoWellData.h"
 #include "host/HostError.h"
+#include "host/HostUiProxy.h"
 #include "host/ModuleCatalogue.h"
 #include "host/PointSetLoader.h"
 #include "host/PropertyEditor.h"
@@ -53,8 +56,37 @@ void SceneBuilder::CreateModule(const ModuleSpec& spec)
         module = info->CreateInstance();
     }
     module->Name(spec.name);
+    core::VoModule& added = *module;
     m_Modules[spec.name] = module.get();
     core::VoNetwork::Instance().AddNode(module.release(), true);
+    if (!spec.files.empty())
+        ImportWells(spec, added);
+}
+
+void SceneBuilder::ImportWells(const ModuleSpec& spec, core::VoModule& module)
+{
+    auto* wells = dynamic_cast<core::VoWellData*>(&module);
+    if (!wells)
+        Fail(spec, "\"files\" is only for a well data module (" +
+                       std::string(core::VoWellData::GetClassModuleInfo()->UiName()) + ")");
+    auto* proxy = dynamic_cast<HostUiProxy*>(core::UiProxy::Instance());
+    if (!proxy)
+        Fail(spec, "this host cannot import well files");
+    std::vector<shr::GString> paths;
+    for (const std::string& file : spec.files)
+        paths.push_back(ResolveFile(spec, file, "well file"));
+    proxy->WellImports().Expect(*wells, paths);
+    WellLoadReport report;
+    try {
+        PropertyEditor(module).Set("WellDataAddData", "1");
+        report = proxy->WellImports().Finish(spec.name);
+    } catch (const shr::Exception& error) {
+        if (!IsUserError(error))
+            throw;
+        Fail(spec, error.Message());
+    }
+    for (const std::string& note : report.notes)
+        proxy->StatusMsg("%s: module \"%s\": %s", m_Scene.fileName.c_str(), spec.name.c_str(), note.c_str());
 }
 
 std::unique_ptr<core::VoModule> SceneBuilder::CreatePointSet(const ModuleSpec& spec) const
@@ -73,7 +105,11 @@ std::unique_ptr<core::VoModule> SceneBuilder::CreatePointSet(const ModuleSpec& s
 // folder, then in the data folders.
 std::string SceneBuilder::ResolveFile(const ModuleSpec& spec) const
 {
-    const std::string& file = spec.file;
+    return ResolveFile(spec, spec.file, "point file");
+}
+
+std::string SceneBuilder::ResolveFile(const ModuleSpec& spec, const std::string& file, const char* kind) const
+{
     if (file[0] != '/' && FileExists(m_Scene.folder + file))
         return m_Scene.folder + file;
     if (FileExists(file))
@@ -81,7 +117,7 @@ std::string SceneBuilder::ResolveFile(const ModuleSpec& spec) const
     const std::string located = shr::LocateFile(file);
     if (FileExists(located))
         return located;
-    Fail(spec, "point file \"" + file + "\" not found");
+    Fail(spec, std::string(kind) + " \"" + file + "\" not found");
 }
 
 void SceneBuilder::ConnectInputs(const ModuleSpec& spec)

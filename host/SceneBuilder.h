@@ -37,6 +37,10 @@ private:
     void CreateModule(const ModuleSpec& spec);
     std::unique_ptr<core::VoModule> CreatePointSet(const ModuleSpec& spec) const;
     std::string ResolveFile(const ModuleSpec& spec) const;
+    std::string ResolveFile(const ModuleSpec& spec, const std::string& file, const char* kind) const;
+    // Reads the scene's well files into a well data module through its
+    // "Add Data" button and the host's answer to the Import it sends.
+    void ImportWells(const ModuleSpec& spec, core::VoModule& module);
     void ConnectInputs(const ModuleSpec& spec);
     void SetProperties(const ModuleSpec& spec);
     void SetProperty(const ModuleSpec& spec, PropertyEditor& editor, const std::string& key,

@@ -7,6 +7,7 @@
 
 #include <boost/any.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -105,6 +106,8 @@ private:
             const std::string& key = item.key();
             if (key == "file")
                 spec.file = String(entry, "file", "module \"" + spec.name + "\"");
+            else if (key == "files")
+                spec.files = Names(item.value(), spec.name, "files", "file names");
             else if (key == "inputs")
                 spec.inputs = Inputs(item.value(), spec.name);
             else if (key == "properties")
@@ -123,6 +126,21 @@ private:
         if (!value.is_string())
             Fail(where + ": \"" + key + "\" must be a string");
         return value.get<std::string>();
+    }
+
+    // A list of names, or one name.
+    std::vector<std::string> Names(const Json& names, const std::string& module, const char* key,
+                                   const char* what) const
+    {
+        if (names.is_string())
+            return {names.get<std::string>()};
+        const auto isName = [](const Json& name) { return name.is_string() && !name.get<std::string>().empty(); };
+        if (!names.is_array() || names.empty() || !std::all_of(names.begin(), names.end(), isName))
+            FailModule(module, "\"" + std::string(key) + "\" must be a list of " + what);
+        std::vector<std::string> result;
+        for (const Json& name : names)
+            result.push_back(name.get<std::string>());
+        return result;
     }
 
     std::vector<std::string> Inputs(const Json& inputs, const std::string& module) const

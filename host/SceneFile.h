@@ -13,7 +13,8 @@
 //
 // A module has a registry type, an optional name (the type by default, unique
 // in the scene), input module names for its input ports 0, 1, ..., properties
-// by public key in the order given, and for a point set the file to read
+// by public key in the order given, for a point set the file to read and for
+// a well data module the well files to import ("files": a list, or one name)
 // (relative to the scene file's folder, the working folder or the data
 // folders). Property values are strings; numbers and booleans are taken as
 // their text. Unknown keys are errors, so that a misspelt key is not ignored.
@@ -40,6 +41,7 @@ struct ModuleSpec {
     std::string name;
     std::string type;
     std::string file;
+    std::vector<std::string> files;
     std::vector<std::string> inputs;
     std::vector<std::pair<std::string, std::string>> properties;
 };

@@ -38,11 +38,10 @@ CommandResult Properties(const std::vector<std::string>& args);
 
 // Throws on a missing or unreadable file.
 render::Image ReadPng(const std::string& path);
-bool FileExists(const std::string& path);
 
 // Pixels in the box [x0, x1) x [y0, y1) for which `test` holds.
 template <class Test>
-int CountPixels(const render::Image& image, int x0, int y0, int x1, int y1, Test test)
+int Count(const render::Image& image, int x0, int y0, int x1, int y1, Test test)
 {
     int count = 0;
     for (int y = y0; y < y1; ++y)
@@ -50,5 +49,6 @@ int CountPixels(const render::Image& image, int x0, int y0, int x1, int y1, Test
             count += test(image.At(x, y)) ? 1 : 0;
     return count;
 }
+bool FileExists(const std::string& path);
 
 } // namespace hosttest

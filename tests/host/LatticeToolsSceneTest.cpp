@@ -9,7 +9,7 @@
 
 namespace {
 
-using hosttest::CountPixels;
+using hosttest::Count;
 using hosttest::ReadPng;
 using hosttest::ScratchFolder;
 
@@ -33,13 +33,13 @@ TEST(LatticeToolsScene, GradientRingsAroundTheAnomaliesUnderTheirShells)
     // Steep flanks of the large anomaly in orange beside its shell; the flat
     // field far from both anomalies nearly black.
     const auto steep = [](const shr::Color4b& c) { return c.r > 200 && c.g > 80 && c.b < 40; };
-    EXPECT_GT(CountPixels(image, 310, 450, 350, 490, steep), 900);
+    EXPECT_GT(Count(image, 310, 450, 350, 490, steep), 900);
     const auto flat = [](const shr::Color4b& c) { return c.r < 60 && c.g < 20; };
-    EXPECT_GT(CountPixels(image, 680, 460, 720, 500, flat), 1200);
+    EXPECT_GT(Count(image, 680, 460, 720, 500, flat), 1200);
     // The grey shells tint the section where they stand over it.
-    EXPECT_GT(CountPixels(image, 380, 390, 540, 510, [](const shr::Color4b& c) { return c.b > 25; }), 5000);
+    EXPECT_GT(Count(image, 380, 390, 540, 510, [](const shr::Color4b& c) { return c.b > 25; }), 5000);
     // Nothing beyond the scene.
-    EXPECT_EQ(CountPixels(image, 850, 0, 1024, 200, [](const shr::Color4b& c) { return c.r + c.g + c.b > 0; }), 0);
+    EXPECT_EQ(Count(image, 850, 0, 1024, 200, [](const shr::Color4b& c) { return c.r + c.g + c.b > 0; }), 0);
 }
 
 } // namespace

@@ -9,7 +9,7 @@
 
 namespace {
 
-using hosttest::CountPixels;
+using hosttest::Count;
 using hosttest::ReadPng;
 using hosttest::ScratchFolder;
 
@@ -32,12 +32,12 @@ TEST(VectorScene, ArrowsLinesAndLegendInTheMapsColours)
 
     // The fast lines round the core, in red and orange, fill the middle of the view.
     const auto fast = [](const shr::Color4b& c) { return c.r > 200 && c.b < 80 && c.g < 200; };
-    EXPECT_GT(CountPixels(image, 420, 300, 610, 450, fast), 2000);
+    EXPECT_GT(Count(image, 420, 300, 610, 450, fast), 2000);
     // The slower arrows at the edge of the layer, in cyan and blue, to the lower left.
     const auto slow = [](const shr::Color4b& c) { return c.b > 180 && c.r < 80; };
-    EXPECT_GT(CountPixels(image, 300, 480, 520, 620, slow), 300);
+    EXPECT_GT(Count(image, 300, 480, 520, 620, slow), 300);
     // Nothing beyond the scene.
-    EXPECT_EQ(CountPixels(image, 850, 0, 1024, 200, [](const shr::Color4b& c) { return c.r + c.g + c.b > 0; }), 0);
+    EXPECT_EQ(Count(image, 850, 0, 1024, 200, [](const shr::Color4b& c) { return c.r + c.g + c.b > 0; }), 0);
 }
 
 } // namespace
