@@ -42,12 +42,9 @@ inline std::unique_ptr<core::VdLattice> MakeLattice(unsigned int kind, const uns
         lattice = std::move(uniform);
     } else if (kind == core::PortRectilinearLattice) {
         std::vector<double> axes[3];
-        for (unsigned int n = 0; n < std::max({dims[0], dims[1], dims[2]}); ++n) {
-            const shr::Vec3d p = NodePosition(kind, n, n, n);
-            for (int a = 0; a < 3; ++a)
-                if (n < dims[a])
-                    axes[a].push_back(p[a]);
-        }
+        for (int a = 0; a < 3; ++a)
+            for (unsigned int n = 0; n < dims[a]; ++n)
+                axes[a].push_back(NodePosition(kind, n, n, n)[a]);
         lattice = std::make_unique<core::VdRectilinearLattice>(type, dims, nullptr, components, axes[0], axes[1],
                                                               axes[2]);
     } else {
