@@ -15,6 +15,8 @@
 #include "host/SceneFile.h"
 #include "shr/GString.h"
 
+#include <cstddef>
+
 namespace host {
 
 class NetworkDocument {
@@ -24,9 +26,12 @@ public:
     // Writes the network and the view; the file appears complete or not at all.
     static void Save(const shr::GString& path, const SceneView& view);
     // Restores the modules and links into the network, which must be empty,
-    // and returns the stored view. A bad document raises an error naming the
-    // file and leaves the network empty.
+    // and returns the stored view. A bad document (a damaged stream, a view
+    // that cannot be drawn) raises a user error naming the file and leaves the
+    // network empty and nothing else made.
     static SceneView Load(const shr::GString& path);
+    // The same from `size` bytes at `data`; `name` names them in errors.
+    static SceneView Load(const unsigned char* data, size_t size, const shr::GString& name);
 };
 
 } // namespace host
