@@ -459,6 +459,21 @@ bool VoGridder3::DataMetric_Fill(VdLattice& lattice, const CDataMetricRules& rul
 
 // ---- persistence ----------------------------------------------------------------------
 
+// The limits of the rows, for options read from a document: a damaged
+// resolution or count must not become a grid or a search of any size.
+void VoGridder3::CheckLoaded(const shr::Archive& archive, const GriddingOptions& o, const shr::Vec3i& resolution)
+{
+    for (int axis = 0; axis < 3; ++axis)
+        archive.CheckRange(resolution[axis], 2, int(MaxResolution), "the gridder's resolution");
+    archive.CheckRange(o.searchType, uint32_t(SearchAllData), uint32_t(SearchGeneral), "the gridder's search type");
+    archive.CheckRange(o.minCount, 1, kMaxSearchCount, "the gridder's minimum count");
+    archive.CheckRange(o.maxCount, 1, kMaxSearchCount, "the gridder's maximum count");
+    archive.CheckRange(o.method, uint32_t(MethodDataMetric), uint32_t(MethodLocalPolynomial), "the gridding method");
+    archive.CheckRange(o.anisotropyType, uint32_t(Isotropic), uint32_t(GeneralAnisotropy), "the gridder's anisotropy");
+    archive.CheckRange(o.metric, 0u, uint32_t(CDataMetricRules::MetricCount() - 1), "the gridder's data metric");
+    archive.CheckRange(o.polynomialOrder, 0, 3, "the gridder's polynomial order");
+}
+
 void VoGridder3::Serialize(shr::Archive& archive)
 {
     VoModule::Serialize(archive);
@@ -503,6 +518,7 @@ void VoGridder3::Serialize(shr::Archive& archive)
     }
     if (archive.IsStoring())
         return;
+    CheckLoaded(archive, o, resolution);
     for (int axis = 0; axis < 3; ++axis)
         o.resolution[axis] = static_cast<uint32_t>(resolution[axis]);
     m_Options = o;

@@ -205,6 +205,8 @@ void ExpressionLattice::CheckLoaded(const shr::Archive& archive) const
         archive.ThrowFormatError("invalid output type %d", static_cast<int>(outType));
     if (outComps < 1 || outComps > MaxComponents)
         archive.ThrowFormatError("invalid output component count %u", outComps);
+    for (const unsigned int n : nodes)
+        archive.CheckRange(n, 1u, MaxNodes, "the lattice's node count");
 }
 
 shr::GString StripAssignment(const shr::GString& message)

@@ -328,6 +328,8 @@ void VoSampleLattice::Serialize(shr::Archive& archive)
         archive.ThrowFormatError("invalid test function %u", s.function);
     if (!shr::CPrimType::IsValid(type))
         archive.ThrowFormatError("invalid data type %d", static_cast<int>(type));
+    for (const uint32_t n : s.nodes)
+        archive.CheckRange(n, MinNodes, MaxNodes, "the test lattice's node count");
     s.outType = static_cast<shr::PrimType>(type);
     m_Settings = s;
 }

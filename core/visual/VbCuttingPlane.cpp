@@ -353,6 +353,10 @@ void VbCuttingPlane::Serialize(shr::Archive& archive)
         return;
     if (orientation > OrientCustom)
         shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "Invalid cutting plane orientation.");
+    // The normal's rows refuse a zero vector.
+    if (!(normal.LengthSquared() > 0.0) || !std::isfinite(normal.LengthSquared()))
+        archive.ThrowFormatError("the cutting plane's normal (%g, %g, %g) has no direction", normal.x, normal.y,
+                                 normal.z);
     m_Orientation = orientation;
     m_OffsetLimit = limit;
     m_ShowDragger = showDragger;

@@ -212,7 +212,21 @@ void VbLegend::Serialize(shr::Archive& archive)
         loaded.m_XPos = std::clamp(loaded.m_XPos / 800.0f, 0.0f, 1.0f);
         loaded.m_YPos = std::clamp(loaded.m_YPos / 800.0f, 0.0f, 1.0f);
     }
+    loaded.CheckLoaded(archive);
     *this = loaded;
+}
+
+// The limits the legend's rows apply, for a legend read from a document: a
+// damaged count or size would otherwise cost minutes and gigabytes to draw.
+void VbLegend::CheckLoaded(const shr::Archive& archive) const
+{
+    archive.CheckRange(m_NumLabels, 0u, kMaxLabels, "the legend's label count");
+    archive.CheckRange(m_XPos, 0.0f, 1.0f, "the legend's x position");
+    archive.CheckRange(m_YPos, 0.0f, 1.0f, "the legend's y position");
+    for (const float size : {m_Width, m_Length, m_TitleHeight, m_LabelHeight})
+        archive.CheckRange(size, std::nextafter(0.0f, 1.0f), kMaxPoints, "a legend size in points");
+    for (const float spacing : m_Layout)
+        archive.CheckRange(spacing, 0.0f, kMaxPoints, "a legend spacing in points");
 }
 
 void VbLegend::TransferFields(shr::Archive& archive)

@@ -142,6 +142,7 @@ private:
     struct Frame;
 
     void TransferFields(shr::Archive& archive);
+    void CheckLoaded(const shr::Archive& archive) const;
     // Sets the rows that depend on other rows' values enabled or not.
     void UpdateDependentRows(VbPropList& list, int base) const;
     // Each returns false when the event's row value was refused or clamped.

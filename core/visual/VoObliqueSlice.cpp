@@ -377,6 +377,8 @@ void VoObliqueSlice::Serialize(shr::Archive& archive)
     mapping.Transfer(archive);
     colorMap.Serialize(archive);
     legend.Serialize(archive);
+    archive.CheckRange(resolution, unsigned(Coarse), unsigned(VeryFine), "the slice resolution");
+    archive.CheckRange(opacity, 0.0, 1.0, "the slice opacity");
     m_Plane.Serialize(archive);
     if (archive.IsStoring())
         return;

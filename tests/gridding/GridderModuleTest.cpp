@@ -500,9 +500,11 @@ TEST_F(GridderModuleTest, AbortLeavesNoOutput)
 
 namespace {
 
+using Damage = void (*)(VoGridder3::GriddingOptions&, shr::Vec3i&);
+
 // The fields of the gridder's part of a document as an older version wrote
-// them, with a component of 2 and 7 nodes in X.
-void WriteOldDocument(std::vector<unsigned char>& bytes, int version)
+// them, with a component of 2 and 7 nodes in X; `damage` changes them first.
+void WriteOldDocument(std::vector<unsigned char>& bytes, int version, Damage damage = nullptr)
 {
     VoGridder3 module;
     shr::Archive archive(bytes, "", version);
@@ -517,6 +519,8 @@ void WriteOldDocument(std::vector<unsigned char>& bytes, int version)
     archive.Transfer(o.reserved);
     archive.Transfer(o.limits);
     shr::Vec3i resolution(7, 50, 50);
+    if (damage)
+        damage(o, resolution);
     archive.Transfer(resolution);
     archive.Transfer(o.searchType);
     archive.Transfer(o.minCount);
@@ -564,6 +568,32 @@ TEST_F(GridderModuleTest, DocumentsRoundTripThroughEveryVersionGate)
         EXPECT_FALSE(loaded.DefaultsPending()) << c.version;
         EXPECT_EQ(loaded.GetOutput(0)->Data() != nullptr, c.lattice) << c.version;
         EXPECT_EQ(loaded.IsCachingOutput(), c.lattice) << c.version;
+    }
+}
+
+// A document may hold anything: what the rows would not take is refused, so
+// that a damaged resolution or count never becomes a grid or a search.
+TEST_F(GridderModuleTest, DocumentsBeyondTheRowsLimitsAreRefused)
+{
+    const std::pair<const char*, Damage> cases[] = {
+        {"resolution 1", [](VoGridder3::GriddingOptions&, shr::Vec3i& r) { r.y = 1; }},
+        {"resolution", [](VoGridder3::GriddingOptions&, shr::Vec3i& r) { r.z = 1 << 30; }},
+        {"search type", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.searchType = 4; }},
+        {"minimum count", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.minCount = 0; }},
+        {"maximum count", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.maxCount = 1 << 30; }},
+        {"method", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.method = 3; }},
+        {"anisotropy", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.anisotropyType = 7; }},
+        {"metric", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.metric = 21; }},
+        {"polynomial order", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.polynomialOrder = -1; }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.first);
+        std::vector<unsigned char> bytes;
+        WriteOldDocument(bytes, shr::Archive::CurrentVersion, c.second);
+        VoGridder3 loaded;
+        shr::Archive archive(bytes.data(), bytes.size());
+        EXPECT_THROW(loaded.Serialize(archive), shr::Exception);
+        EXPECT_EQ(loaded.Options().resolution[0], VoGridder3().Options().resolution[0]);
     }
 }
 

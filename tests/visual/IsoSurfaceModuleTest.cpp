@@ -276,6 +276,24 @@ TEST_F(IsoSurfaceModuleTest, StoredFormThroughEveryVersionGate)
     EXPECT_EQ(target.ColorMethod(), VoIsoSurface::ByIsovalue);
 }
 
+TEST_F(IsoSurfaceModuleTest, StoredValuesBeyondTheRowsAreRefused)
+{
+    const std::pair<const char*, void (*)(VoIsoSurface&)> cases[] = {
+        {"draw style", [](VoIsoSurface& s) { s.DrawStyle(3); }},
+        {"side", [](VoIsoSurface& s) { s.Side(3); }},
+        {"colour method", [](VoIsoSurface& s) { s.ColorMethod(2); }},
+        {"opacity", [](VoIsoSurface& s) { s.Opacity(std::nan("")); }},
+        {"shininess", [](VoIsoSurface& s) { s.Material().shininess = 2.0f; }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.first);
+        VoIsoSurface damaged, target;
+        c.second(damaged);
+        EXPECT_THROW(Load(target, Store(damaged)), shr::Exception);
+        EXPECT_EQ(target.ColorMethod(), VoIsoSurface::ByIsovalue);
+    }
+}
+
 // ---- a picture ----------------------------------------------------------------------------------
 
 TEST_F(IsoSurfaceModuleTest, DrawsTheSphereWhereItLies)

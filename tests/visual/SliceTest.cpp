@@ -178,6 +178,18 @@ TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
     EXPECT_TRUE(proxy.Errors().empty());
 }
 
+// Rows count from 1; the lowest int names no slice, as every value below 1
+// does, and the middle one is drawn (the row's arithmetic must not overflow).
+TEST_F(SliceTest, OrthoSliceRowBelowOneDrawsTheMiddle)
+{
+    auto* slice = Feed(Gradient(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }), new VoOrthoSlice);
+    for (const char* row : {"-2147483648", "0", "4"}) {
+        SCOPED_TRACE(row);
+        Edit(slice, {{VoOrthoSlice::IdSlice, row}});
+        EXPECT_EQ(slice->Slice(), std::string(row) == "4" ? 3 : 2);
+    }
+}
+
 TEST_F(SliceTest, OrthoSliceReportsANonUniformLattice)
 {
     const unsigned int dims[3] = {2, 2, 2};
@@ -391,6 +403,40 @@ TEST_F(SliceTest, StoredFormsRoundTripAndFailWhole)
     EXPECT_THROW(Load(target, orthoBytes, 5), shr::Exception);
     EXPECT_EQ(target.Orientation(), 0u);
     EXPECT_EQ(target.Slice(), -1);
+}
+
+// What the rows would refuse is refused in a document too, and the slice
+// keeps its settings.
+TEST(SliceStoredForm, LoadingRefusesWhatTheRowsWouldNotTake)
+{
+    const std::pair<const char*, void (*)(VoOrthoSlice&)> orthoCases[] = {
+        {"orientation", [](VoOrthoSlice& s) { s.Orientation(3); }},
+        {"slice", [](VoOrthoSlice& s) { s.Slice(2147483647); }},
+        {"quality", [](VoOrthoSlice& s) { s.Quality(std::nan("")); }},
+        {"opacity", [](VoOrthoSlice& s) { s.Opacity(-0.5); }},
+        {"mapping", [](VoOrthoSlice& s) { s.Mapping().method = SliceMapping::Method(2); }},
+    };
+    for (const auto& c : orthoCases) {
+        SCOPED_TRACE(c.first);
+        VoOrthoSlice damaged, target;
+        c.second(damaged);
+        EXPECT_THROW(testsupport::Load(target, testsupport::Store(damaged)), shr::Exception);
+        EXPECT_EQ(target.Orientation(), 0u);
+        EXPECT_EQ(target.Slice(), -1);
+    }
+    const std::pair<const char*, void (*)(VoObliqueSlice&)> obliqueCases[] = {
+        {"resolution", [](VoObliqueSlice& s) { s.SetResolution(4); }},
+        {"opacity", [](VoObliqueSlice& s) { s.Opacity(1.5); }},
+        {"normal", [](VoObliqueSlice& s) { s.Plane().Normal(Vec3d(0, 0, 0)); }},
+    };
+    for (const auto& c : obliqueCases) {
+        SCOPED_TRACE(c.first);
+        VoObliqueSlice damaged, target;
+        c.second(damaged);
+        EXPECT_THROW(testsupport::Load(target, testsupport::Store(damaged)), shr::Exception);
+        EXPECT_EQ(target.GetResolution(), 1u);
+        EXPECT_EQ(target.Plane().Normal(), Vec3d(0, 0, 1));
+    }
 }
 
 } // namespace
