@@ -8,12 +8,10 @@
 #include "shr/Archive.h"
 #include "shr/Color4b.h"
 
-#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <map>
 #include <set>
-#include <cerrno>
 #include <memory>
 #include <vector>
 
@@ -227,24 +225,14 @@ bool NetworkDocument::IsDocument(const shr::GString& path)
 
 void NetworkDocument::Save(const shr::GString& path, const SceneView& view)
 {
-    const shr::GString temporary = path + ".part";
-    try {
-        shr::Archive archive(temporary, shr::Archive::Store);
-        bool withLinks = false;
-        archive.ConnectionsFlag = &withLinks;
-        StoreModules(archive);
-        Network().Serialize(archive);
-        SceneView stored = view;
-        TransferView(archive, stored);
-        archive.Close();
-    } catch (...) {
-        std::remove(temporary.c_str());
-        throw;
-    }
-    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
-        std::remove(temporary.c_str());
-        HOST_USER_ERROR("%s: cannot write the document: %s", path.c_str(), std::strerror(errno));
-    }
+    shr::Archive archive(path, shr::Archive::Store);
+    bool withLinks = false;
+    archive.ConnectionsFlag = &withLinks;
+    StoreModules(archive);
+    Network().Serialize(archive);
+    SceneView stored = view;
+    TransferView(archive, stored);
+    archive.Close();
 }
 
 namespace {

@@ -23,7 +23,8 @@ class NetworkDocument {
 public:
     // Whether the file starts like a document (as opposed to a scene file).
     static bool IsDocument(const shr::GString& path);
-    // Writes the network and the view; the file appears complete or not at all.
+    // Writes the network and the view to `path` (OutputFiles gives it a
+    // temporary name).
     static void Save(const shr::GString& path, const SceneView& view);
     // Restores the modules and links into the network, which must be empty,
     // and returns the stored view. A bad document (a damaged stream, a view

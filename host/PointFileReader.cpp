@@ -1,6 +1,9 @@
 #include "host/PointFileReader.h"
 
+#include "core/data/MemoryBudget.h"
 #include "host/HostError.h"
+
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cctype>
@@ -450,11 +453,26 @@ PointFile PointFileReader::Read(const shr::GString& path, const shr::GString& di
     std::ifstream file(path, std::ios::binary);
     if (!file)
         HOST_USER_ERROR("%s: cannot open the point file: %s", name.c_str(), std::strerror(errno));
-    std::ostringstream text;
-    text << file.rdbuf();
+    // A file's size is known at once; a device or a pipe is read in blocks up
+    // to the budget.
+    const uint64_t budget = core::MemoryBudget::Bytes();
+    const auto refuse = [&] {
+        HOST_USER_ERROR("%s: the point file is larger than the memory budget of %s bytes (%s)", name.c_str(),
+                        std::to_string(budget).c_str(), core::MemoryBudget::Variable);
+    };
+    struct stat info {};
+    if (stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && uint64_t(info.st_size) > budget)
+        refuse();
+    std::string text;
+    std::vector<char> block(1 << 16);
+    while (file.read(block.data(), static_cast<std::streamsize>(block.size())) || file.gcount() > 0) {
+        text.append(block.data(), static_cast<size_t>(file.gcount()));
+        if (text.size() > budget)
+            refuse();
+    }
     if (file.bad())
         HOST_USER_ERROR("%s: cannot read the point file", name.c_str());
-    return Parse(text.str(), name);
+    return Parse(text, name);
 }
 
 PointFile PointFileReader::Parse(const std::string& text, const shr::GString& name)

@@ -6,6 +6,7 @@
 #include "core/network/VoNetwork.h"
 #include "host/HostError.h"
 #include "host/PropertyEditor.h"
+#include "host/RenderCommand.h"
 #include "shr/StringUtil.h"
 
 #include <ostream>
@@ -64,8 +65,7 @@ int PropertiesCommand::Run(const std::vector<std::string>& args, std::ostream& o
         Print(args[0], out);
         return 0;
     } catch (const shr::Exception& error) {
-        err << "fenrak: " << (IsUserError(error) ? error.Message() : error.Describe()) << "\n";
-        return IsUserError(error) ? kUserErrorCode : 3;
+        return RenderCommand::ReportFailure(error, err);
     }
 }
 

@@ -5,11 +5,14 @@
 #include "host/HostError.h"
 #include "host/HostUiProxy.h"
 #include "host/NetworkDocument.h"
+#include "host/OutputFiles.h"
 #include "host/SceneBuilder.h"
 #include "host/ScenePicture.h"
 #include "host/SceneStatistics.h"
 #include "shr/LocateFile.h"
+#include "shr/Logger.h"
 
+#include <new>
 #include <ostream>
 
 namespace host {
@@ -90,23 +93,46 @@ SceneView LoadAndRun(const std::string& path)
 }
 
 // A failed module or pass is an error of the scene: nothing is written then.
+// Every failure is one line, naming its module; each is reported once, here.
 void CheckExecution(const std::string& path, const HostUiProxy& proxy)
 {
+    std::vector<std::string> failures;
     for (const core::VoModule* module : Network()) {
+        const HostUiProxy::ModuleReport report = proxy.Report(module->Id());
+        const std::string prefix = path + ": module \"" + module->Name() + "\": ";
+        for (const std::string& error : report.loadErrors)
+            failures.push_back(prefix + error);
         if (module->GetStatus() != core::VoModule::ModuleFailed && module->GetStatus() != core::VoModule::ModuleAborted)
             continue;
-        const HostUiProxy::ModuleReport report = proxy.Report(module->Id());
         const std::string reason = report.errors.empty() ? std::string("no message") : report.errors.back();
-        HOST_USER_ERROR("%s: module \"%s\": execution %s: %s", path.c_str(), module->Name().c_str(),
-                        HostUiProxy::StatusName(module->GetStatus()), reason.c_str());
+        failures.push_back(prefix + "execution " + HostUiProxy::StatusName(module->GetStatus()) + ": " + reason);
     }
-    const std::vector<std::string> passErrors = proxy.PassErrors();
-    if (!passErrors.empty())
-        HOST_USER_ERROR("%s: the update failed: %s", path.c_str(), passErrors.front().c_str());
+    for (const std::string& error : proxy.PassErrors())
+        failures.push_back(path + ": the update failed: " + error);
+    if (failures.empty())
+        return;
+    std::string message = failures.front();
+    for (size_t i = 1; i < failures.size(); ++i)
+        message += "\n" + failures[i];
+    HOST_USER_ERROR("%s", message.c_str());
+}
+
+// The outputs the options name, each checked before anything is computed.
+void AddOutputs(const RenderOptions& options, OutputFiles& outputs)
+{
+    if (!options.document.empty())
+        outputs.Add(options.document, "document");
+    if (!options.picture.empty())
+        outputs.Add(options.picture, "picture");
+    if (!options.inventor.empty())
+        outputs.Add(options.inventor, "scene graph");
+    outputs.Check();
 }
 
 void Execute(const RenderOptions& options, std::ostream& out, const HostUiProxy& proxy)
 {
+    OutputFiles outputs;
+    AddOutputs(options, outputs);
     NetworkSession session;
     const std::string path = SceneOrDemo(options);
     SceneView view = LoadAndRun(path);
@@ -115,14 +141,27 @@ void Execute(const RenderOptions& options, std::ostream& out, const HostUiProxy&
         view.height = options.height;
     }
     CheckExecution(path, proxy);
-    if (!options.document.empty())
-        NetworkDocument::Save(options.document, view);
     if (!options.picture.empty())
-        ScenePicture::Draw(view).WritePng(options.picture);
+        outputs.Write(options.picture, [&](const std::string& file) { ScenePicture::Draw(view).WritePng(file); });
     if (!options.inventor.empty())
-        ScenePicture::WriteInventor(options.inventor);
+        outputs.Write(options.inventor, [&](const std::string& file) { ScenePicture::WriteInventor(file); });
+    if (!options.document.empty())
+        outputs.Write(options.document, [&](const std::string& file) { NetworkDocument::Save(file, view); });
+    outputs.Commit();
     if (options.stats)
         SceneStatistics::Print(out, proxy);
+}
+
+// Each line of a message after the program's name.
+void PrintError(std::ostream& err, const std::string& message)
+{
+    size_t start = 0;
+    for (size_t end = message.find('\n'); ; end = message.find('\n', start)) {
+        err << "fenrak: " << message.substr(start, end - start) << "\n";
+        if (end == std::string::npos)
+            break;
+        start = end + 1;
+    }
 }
 
 } // namespace
@@ -166,15 +205,23 @@ int RenderCommand::Run(const std::vector<std::string>& args, std::ostream& out, 
         Execute(options, out, proxy);
         return 0;
     } catch (const shr::Exception& error) {
-        if (IsUserError(error)) {
-            err << "fenrak: " << error.Message() << "\n";
-            return kUserErrorCode;
-        }
-        err << "fenrak: " << error.Describe() << "\n";
+        return ReportFailure(error, err);
+    } catch (const std::bad_alloc&) {
+        PrintError(err, "out of memory");
     } catch (const std::exception& error) {
-        err << "fenrak: " << error.what() << "\n";
+        PrintError(err, error.what());
     }
-    return 3;
+    return kSystemFailureCode;
+}
+
+int RenderCommand::ReportFailure(const shr::Exception& error, std::ostream& err)
+{
+    PrintError(err, error.Message());
+    if (IsUserError(error))
+        return kUserErrorCode;
+    // Where in the source it arose is for the log, not for the user.
+    shr::g_Logger.Send(kFailureLogLevel, error.Describe());
+    return kSystemFailureCode;
 }
 
 } // namespace host

@@ -7,7 +7,9 @@
 
 #include <boost/any.hpp>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -73,6 +75,11 @@ private:
             const size_t at = what.find(" at line ");
             what = at == std::string::npos ? what : what.substr(at + 4);
             Fail("JSON syntax error at " + what);
+        } catch (const Json::exception& error) {
+            // "[json.exception.out_of_range.406] number overflow parsing '1e99999'"
+            std::string what = error.what();
+            const size_t at = what.find("] ");
+            Fail("JSON error: " + (at == std::string::npos ? what : what.substr(at + 2)));
         }
     }
 
@@ -200,8 +207,14 @@ private:
         }
         if (!size.is_array() || size.size() != 2 || !size[0].is_number_integer() || !size[1].is_number_integer())
             Fail("view: \"size\" must be [width, height]");
-        m_Scene.view.width = size[0].get<int>();
-        m_Scene.view.height = size[1].get<int>();
+        // Held in int range before narrowing; CheckView then applies the limits.
+        const auto side = [](const Json& value) {
+            const int64_t n = value.is_number_unsigned() ? int64_t(std::min<uint64_t>(value.get<uint64_t>(), INT_MAX))
+                                                         : value.get<int64_t>();
+            return int(std::clamp<int64_t>(n, INT_MIN, INT_MAX));
+        };
+        m_Scene.view.width = side(size[0]);
+        m_Scene.view.height = side(size[1]);
     }
 
     // [r, g, b] or [r, g, b, a] from 0 to 255, or the text of a colour property.
@@ -211,7 +224,8 @@ private:
         if (color.is_array() && (color.size() == 3 || color.size() == 4)) {
             int parts[4] = {0, 0, 0, 255};
             for (size_t i = 0; i < color.size(); ++i) {
-                if (!color[i].is_number_integer() || color[i].get<int>() < 0 || color[i].get<int>() > 255)
+                // Compared as doubles: a huge whole number must not wrap into range.
+                if (!color[i].is_number_integer() || color[i].get<double>() < 0 || color[i].get<double>() > 255)
                     Fail("view: \"background\" parts must be whole numbers from 0 to 255");
                 parts[i] = color[i].get<int>();
             }

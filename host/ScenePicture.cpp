@@ -10,7 +10,6 @@
 #include <Inventor/actions/SoWriteAction.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 namespace host {
@@ -29,20 +28,14 @@ render::Image ScenePicture::Draw(const SceneView& view)
 void ScenePicture::WriteInventor(const shr::GString& path)
 {
     core::InvSmartPtr<SoSeparator> root = core::VoNetwork::Instance().SceneRoot();
-    const shr::GString temporary = path + ".part";
     SoOutput output;
-    if (!output.openFile(temporary.c_str()))
+    if (!output.openFile(path.c_str()))
         HOST_USER_ERROR("%s: cannot write the scene graph: %s", path.c_str(), std::strerror(errno));
     if (root) {
         SoWriteAction writer(&output);
         writer.apply(root.get());
     }
     output.closeFile();
-    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
-        const int error = errno;
-        std::remove(temporary.c_str());
-        HOST_USER_ERROR("%s: cannot write the scene graph: %s", path.c_str(), std::strerror(error));
-    }
 }
 
 } // namespace host

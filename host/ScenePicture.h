@@ -13,8 +13,8 @@ public:
     // Draws the scene root offscreen as the view says; without a background
     // of its own, on the network's background colour.
     static render::Image Draw(const SceneView& view);
-    // Writes the scene root as scene-graph ASCII; the file appears complete
-    // or not at all.
+    // Writes the scene root as scene-graph ASCII to `path` (OutputFiles
+    // gives it a temporary name).
     static void WriteInventor(const shr::GString& path);
 };
 

@@ -1,5 +1,6 @@
 #include "core/gridding/VoGridder3.h"
 
+#include "core/data/MemoryBudget.h"
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/gridding/CDataMetricRules.h"
@@ -391,6 +392,7 @@ VdLattice* VoGridder3::Grid(const VdPoints& points) const
 {
     const GriddingOptions& o = m_Options;
     const unsigned dims[3] = {o.resolution[0], o.resolution[1], o.resolution[2]};
+    MemoryBudget::CheckLattice(dims, 1, shr::Double);
     auto lattice = std::make_unique<VdUniformLattice>(shr::Double, dims, nullptr, 1u);
     lattice->SetUVWBounds(o.limits);
     const CSearchRules search = MakeSearchRules();

@@ -1,5 +1,6 @@
 #include "core/processing/ExpressionLattice.h"
 
+#include "core/data/MemoryBudget.h"
 #include "core/data/PrimConvert.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/network/CoreError.h"
@@ -160,6 +161,7 @@ std::vector<tzexpr::CExpression> ExpressionLattice::Parse(const shr::GString& de
 
 std::unique_ptr<VdUniformLattice> ExpressionLattice::MakeLattice() const
 {
+    MemoryBudget::CheckLattice(nodes, outComps, outType);
     auto lattice = std::make_unique<VdUniformLattice>(outType, nodes, nullptr, outComps);
     lattice->SetUVWBounds(limits);
     return lattice;
