@@ -75,8 +75,9 @@ void RunPasses()
     }
 }
 
-// Builds the network from a document or a scene file and brings it up to date.
-SceneView LoadAndRun(const std::string& path)
+// Builds the network from a document or a scene file and brings it up to
+// date; what the scene asked for in vain goes to `warnings`.
+SceneView LoadAndRun(const std::string& path, std::vector<std::string>& warnings)
 {
     if (NetworkDocument::IsDocument(path)) {
         const SceneView view = NetworkDocument::Load(path);
@@ -89,6 +90,7 @@ SceneView LoadAndRun(const std::string& path)
     RunPasses();
     if (builder.RestoreReplacedValues())
         RunPasses();
+    warnings = builder.Warnings();
     return scene.view;
 }
 
@@ -129,13 +131,16 @@ void AddOutputs(const RenderOptions& options, OutputFiles& outputs)
     outputs.Check();
 }
 
-void Execute(const RenderOptions& options, std::ostream& out, const HostUiProxy& proxy)
+void Execute(const RenderOptions& options, std::ostream& out, std::ostream& err, const HostUiProxy& proxy)
 {
     OutputFiles outputs;
     AddOutputs(options, outputs);
     NetworkSession session;
     const std::string path = SceneOrDemo(options);
-    SceneView view = LoadAndRun(path);
+    std::vector<std::string> warnings;
+    SceneView view = LoadAndRun(path, warnings);
+    for (const std::string& warning : warnings)
+        err << "fenrak: warning: " << warning << "\n";
     if (options.sizeGiven) {
         view.width = options.width;
         view.height = options.height;
@@ -202,7 +207,7 @@ int RenderCommand::Run(const std::vector<std::string>& args, std::ostream& out, 
     try {
         const RenderOptions options = ParseArguments(args);
         HostUiProxy proxy(err, terminal);
-        Execute(options, out, proxy);
+        Execute(options, out, err, proxy);
         return 0;
     } catch (const shr::Exception& error) {
         return ReportFailure(error, err);

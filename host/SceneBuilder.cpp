@@ -7,6 +7,7 @@
 #include "core/network/VoNetwork.h"
 #include "host/HostError.h"
 #include "host/ModuleCatalogue.h"
+#include "host/PropertyCatalogue.h"
 #include "host/PointSetLoader.h"
 #include "host/PropertyEditor.h"
 #include "shr/LocateFile.h"
@@ -111,7 +112,8 @@ void SceneBuilder::ConnectInputs(const ModuleSpec& spec)
 }
 
 // Keys in the scene's order; a key the module shows only once another is set
-// (a second expression after the component count) is tried again after the rest.
+// (a second expression after the component count) is tried again after the
+// rest, so that any order of the keys gives the same module.
 void SceneBuilder::SetProperties(const ModuleSpec& spec)
 {
     PropertyEditor editor(*m_Modules.at(spec.name));
@@ -125,10 +127,28 @@ void SceneBuilder::SetProperties(const ModuleSpec& spec)
             }
             SetProperty(spec, editor, property.first, property.second);
         }
-        if (deferred.size() == pending.size())
-            Fail(spec, "unknown property key \"" + deferred.front().first + "\" (\"fenrak properties " + spec.type +
-                           "\" lists the keys)");
+        if (deferred.size() == pending.size()) {
+            AcceptHidden(spec, deferred);
+            break;
+        }
         pending.swap(deferred);
+    }
+}
+
+// Keys the module does not show with the scene's other settings: those the
+// type has (under other choices) are taken with a warning, since they can
+// have no effect; any other is a mistake.
+void SceneBuilder::AcceptHidden(const ModuleSpec& spec, const std::vector<std::pair<std::string, std::string>>& keys)
+{
+    const std::vector<CatalogueRow> catalogue = PropertyCatalogue::Explore(m_Modules.at(spec.name)->GetModuleInfo()->UiName());
+    for (const auto& property : keys) {
+        const CatalogueRow* row = PropertyCatalogue::Find(catalogue, property.first);
+        if (!row)
+            Fail(spec, "unknown property key \"" + property.first + "\" (\"fenrak properties " + spec.type +
+                           "\" lists the keys)");
+        m_Warnings.push_back(m_Scene.fileName + ": module \"" + spec.name + "\": property key \"" + property.first +
+                             "\" has no effect with the other settings" +
+                             (row->condition.empty() ? std::string() : "; it applies " + row->condition));
     }
 }
 

@@ -9,6 +9,8 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace core {
 class VoModule;
@@ -31,6 +33,9 @@ public:
     // again every scene value that a module has since replaced; true when
     // one was, so that the caller runs another pass.
     bool RestoreReplacedValues();
+    // What the scene asked for that cannot take effect, one line each,
+    // naming the file and the module.
+    const std::vector<std::string>& Warnings() const { return m_Warnings; }
 
 private:
     [[noreturn]] void Fail(const ModuleSpec& spec, const std::string& message) const;
@@ -39,6 +44,7 @@ private:
     std::string ResolveFile(const ModuleSpec& spec) const;
     void ConnectInputs(const ModuleSpec& spec);
     void SetProperties(const ModuleSpec& spec);
+    void AcceptHidden(const ModuleSpec& spec, const std::vector<std::pair<std::string, std::string>>& keys);
     void SetProperty(const ModuleSpec& spec, PropertyEditor& editor, const std::string& key,
                      const std::string& text);
 
@@ -46,6 +52,7 @@ private:
     std::map<std::string, core::VoModule*> m_Modules;
     // Module name -> key -> the row's text right after the scene set it.
     std::map<std::string, std::map<std::string, std::string>> m_SetValues;
+    std::vector<std::string> m_Warnings;
 };
 
 } // namespace host
