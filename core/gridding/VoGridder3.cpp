@@ -35,7 +35,7 @@ namespace core {
 SHR_IMPLEMENT_CREATABLE_TYPE(VoGridder3, VoModule)
 
 const VbModuleInfo VoGridder3::s_ModuleInfo("Computational\\Gridder", VoGridder3::GetClassTypeId(), PortPoints,
-                                            PortUniformLattice, "Converts a point set to a uniform lattice", -1);
+                                            PortUniformLattice, "Converts a point set to a uniform lattice", 5);
 
 namespace {
 

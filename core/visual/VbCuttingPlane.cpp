@@ -138,9 +138,14 @@ std::array<shr::Vec3d, 4> VbCuttingPlane::PlaneCorners(const shr::Box3d& box) co
     return face;
 }
 
+// dot(normal, p) = dot(normal, centre) + offset with the normal as stored,
+// not made unit first: a normal of length 2 moves the plane half the offset.
+// Documents and scenes keep their planes where they drew them.
 std::vector<shr::Vec3d> VbCuttingPlane::Polygon(const shr::Box3d& box) const
 {
-    return CentredPlanePolygon(box, m_Normal, m_Offset);
+    if (box.IsEmpty())
+        return {};
+    return PlaneBoxPolygon(box, m_Normal, m_Normal.Dot(box.Center()) + m_Offset);
 }
 
 void VbCuttingPlane::Execute(VgRenderer& renderer)

@@ -30,7 +30,7 @@ SHR_IMPLEMENT_CREATABLE_TYPE(VoIsoSurface, VoLatticeModule)
 const VbModuleInfo VoIsoSurface::s_ModuleInfo("Graphics Output\\Isosurface", VoIsoSurface::GetClassTypeId(),
                                               PortUniformLattice | PortRectilinearLattice | PortCurvilinearLattice,
                                               PortGeometry,
-                                              "Draws the surface on which a lattice component equals a value", -1);
+                                              "Computes an isosurface through a 3D lattice and outputs the geometry", 22);
 
 namespace VoIsoSurfacePrivate {
 

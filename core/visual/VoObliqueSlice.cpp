@@ -56,6 +56,7 @@ const VbPropertyRegistrar s_Registrars[] = {
     {"ObliqueSliceMapCenter", kMapping + SliceMapping::RowCentre, kDouble},
     {"ObliqueSliceColormap", kMapping + SliceMapping::RowColorMap, VbColorMapPropertyConverter::Key()},
 };
+const VbLegend::KeyRegistrar s_LegendKeys("ObliqueSlice", VoObliqueSlice::IdLegend);
 
 const char* const kPrefix = "ObliqueSlice";
 const int kTextureSizes[4] = {128, 256, 512, 1024};

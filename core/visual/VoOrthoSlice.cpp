@@ -49,6 +49,7 @@ const VbPropertyRegistrar s_Registrars[] = {
     {"OrthoSliceMapCenter", VoOrthoSlice::IdMapping + SliceMapping::RowCentre, kDouble},
     {"OrthoSliceColormap", VoOrthoSlice::IdMapping + SliceMapping::RowColorMap, VbColorMapPropertyConverter::Key()},
 };
+const VbLegend::KeyRegistrar s_LegendKeys("OrthoSlice", VoOrthoSlice::IdLegend);
 
 const char* const kPrefix = "OrthoSlice";
 

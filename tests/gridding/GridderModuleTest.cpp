@@ -184,6 +184,7 @@ TEST(GridderRegistry, ModuleAndKeysAreRegistered)
     EXPECT_EQ(info->Type(), VoGridder3::GetClassTypeId());
     EXPECT_STREQ(VoGridder3::GetClassTypeId()->ClassName(), "VoGridder3");
     EXPECT_EQ(info->HelpString(), "Converts a point set to a uniform lattice");
+    EXPECT_EQ(info->ResourceId(), 5);
     const std::pair<const char*, int> keys[] = {{"Gridder3DoIt", 69}, {"Gridder3XMax", 9}, {"Gridder3ZNum", 19},
                                                 {"Gridder3SearchThirdSemiAxisZ", 44}, {"Gridder3PolyPower", 68},
                                                 {"Gridder3AnisoSecondSemiAxisX", 57}};

@@ -135,6 +135,9 @@ TEST_F(IsoSurfaceModuleTest, RowsEditsAndVolumes)
     EXPECT_TRUE(list.IsProp(VoIsoSurface::IdLegend + 1));
     EXPECT_EQ(core::VbPropertyRegistry::Instance().Get("IsoSurfaceIsovalue").id, VoIsoSurface::IdIsovalue);
     EXPECT_EQ(core::VbPropertyRegistry::Instance().Get("IsoSurfaceLegendEnable").id, VoIsoSurface::IdLegend + 1);
+    EXPECT_EQ(VoIsoSurface::s_ModuleInfo.ResourceId(), 22);
+    EXPECT_EQ(VoIsoSurface::s_ModuleInfo.HelpString(),
+              "Computes an isosurface through a 3D lattice and outputs the geometry");
 
     const int before = module->TriangleCount();
     Edit(*module, VoIsoSurface::IdIsovalue, "0.49");

@@ -8,6 +8,9 @@
 #include "core/properties/VbPropertyEvent.h"
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/visual/VbLegend.h"
+#include "core/visual/VoIsoSurface.h"
+#include "core/visual/VoObliqueSlice.h"
+#include "core/visual/VoOrthoSlice.h"
 #include "shr/Archive.h"
 #include "shr/Exception.h"
 
@@ -368,6 +371,27 @@ TEST(Legend, KeysAreRegisteredAfterTheModulesPrefix)
     for (const Case& c : cases)
         EXPECT_EQ(registry.Get(c.key).id, 200 + c.row) << c.key;
     EXPECT_FALSE(registry.Has("KeysTestLegendHeader"));
+}
+
+// Each module with a legend registers its 21 keys, as the isosurface does.
+TEST(Legend, EveryModuleWithALegendRegistersItsKeys)
+{
+    const auto& registry = core::VbPropertyRegistry::Instance();
+    const std::pair<const char*, int> modules[] = {
+        {"IsoSurface", core::VoIsoSurface::IdLegend},
+        {"OrthoSlice", core::VoOrthoSlice::IdLegend},
+        {"ObliqueSlice", core::VoObliqueSlice::IdLegend},
+    };
+    for (const auto& module : modules) {
+        SCOPED_TRACE(module.first);
+        const std::string prefix = std::string(module.first) + "Legend";
+        int count = 0;
+        for (const auto& entry : registry)
+            count += entry.first.compare(0, prefix.size(), prefix) == 0;
+        EXPECT_EQ(count, 21);
+        EXPECT_EQ(registry.Get(prefix + "Enable").id, module.second + VbLegend::EnableRow);
+        EXPECT_EQ(registry.Get(prefix + "BGColor").id, module.second + VbLegend::BGColorRow);
+    }
 }
 
 } // namespace
