@@ -4,6 +4,9 @@
 #include "core/network/VoNetwork.h"
 #include "host/HostError.h"
 #include "host/HostUiProxy.h"
+#include "host/DefaultScene.h"
+#include "host/EmptyOutputs.h"
+#include "host/InputFile.h"
 #include "host/NetworkDocument.h"
 #include "host/OutputFiles.h"
 #include "host/SceneBuilder.h"
@@ -12,6 +15,7 @@
 #include "shr/LocateFile.h"
 #include "shr/Logger.h"
 
+#include <map>
 #include <new>
 #include <ostream>
 
@@ -75,23 +79,42 @@ void RunPasses()
     }
 }
 
-// Builds the network from a document or a scene file and brings it up to
-// date; what the scene asked for in vain goes to `warnings`.
-SceneView LoadAndRun(const std::string& path, std::vector<std::string>& warnings)
+// What a run loaded: the view, what the scene asked for in vain, and what
+// each point file gave.
+struct Loaded {
+    SceneView view;
+    std::vector<std::string> warnings;
+    std::map<std::string, std::string> readings;
+};
+
+Loaded BuildAndRun(const SceneDescription& scene)
 {
-    if (NetworkDocument::IsDocument(path)) {
-        const SceneView view = NetworkDocument::Load(path);
-        RunPasses();
-        return view;
-    }
-    const SceneDescription scene = SceneFile::Read(path);
     SceneBuilder builder(scene);
     builder.Build();
     RunPasses();
     if (builder.RestoreReplacedValues())
         RunPasses();
-    warnings = builder.Warnings();
-    return scene.view;
+    return Loaded{scene.view, builder.Warnings(), builder.Readings()};
+}
+
+// Builds the network from a document, a scene file or a point file (told
+// apart by content) and brings it up to date.
+Loaded LoadAndRun(const std::string& path, std::ostream& err)
+{
+    switch (InputFile::KindOf(path)) {
+    case InputFile::Document: {
+        const SceneView view = NetworkDocument::Load(path);
+        RunPasses();
+        return Loaded{view, {}, {}};
+    }
+    case InputFile::Points: {
+        const DefaultSceneChoice choice = DefaultScene::For(path);
+        err << "fenrak: " << path << " is a point file, not a scene: drawing " << choice.summary << "\n";
+        return BuildAndRun(choice.scene);
+    }
+    default:
+        return BuildAndRun(SceneFile::Read(path));
+    }
 }
 
 // A failed module or pass is an error of the scene: nothing is written then.
@@ -137,9 +160,11 @@ void Execute(const RenderOptions& options, std::ostream& out, std::ostream& err,
     AddOutputs(options, outputs);
     NetworkSession session;
     const std::string path = SceneOrDemo(options);
-    std::vector<std::string> warnings;
-    SceneView view = LoadAndRun(path, warnings);
-    for (const std::string& warning : warnings)
+    Loaded loaded = LoadAndRun(path, err);
+    SceneView& view = loaded.view;
+    for (const std::string& warning : EmptyOutputs::Warnings(path))
+        loaded.warnings.push_back(warning);
+    for (const std::string& warning : loaded.warnings)
         err << "fenrak: warning: " << warning << "\n";
     if (options.sizeGiven) {
         view.width = options.width;
@@ -149,12 +174,12 @@ void Execute(const RenderOptions& options, std::ostream& out, std::ostream& err,
     if (!options.picture.empty())
         outputs.Write(options.picture, [&](const std::string& file) { ScenePicture::Draw(view).WritePng(file); });
     if (!options.inventor.empty())
-        outputs.Write(options.inventor, [&](const std::string& file) { ScenePicture::WriteInventor(file); });
+        outputs.Write(options.inventor, [&](const std::string& file) { ScenePicture::WriteInventor(file, view); });
     if (!options.document.empty())
         outputs.Write(options.document, [&](const std::string& file) { NetworkDocument::Save(file, view); });
     outputs.Commit();
     if (options.stats)
-        SceneStatistics::Print(out, proxy);
+        SceneStatistics::Print(out, proxy, loaded.readings);
 }
 
 // Each line of a message after the program's name.

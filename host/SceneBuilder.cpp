@@ -12,7 +12,11 @@
 #include "host/PropertyEditor.h"
 #include "shr/LocateFile.h"
 
+#include <strings.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <map>
 
 namespace host {
 
@@ -21,6 +25,17 @@ namespace {
 bool FileExists(const std::string& path)
 {
     return !path.empty() && access(path.c_str(), R_OK) == 0;
+}
+
+// The last part of a legend's colour key: "IsoSurfaceLegendFGColor".
+const std::string kForegroundSuffix = "LegendFGColor";
+
+// Module types that compute only when a button is pressed, and its key.
+const char* ComputeButton(const std::string& type)
+{
+    static const std::map<std::string, const char*> buttons = {{"Gridder", "Gridder3DoIt"}};
+    const auto found = buttons.find(type);
+    return found == buttons.end() ? nullptr : found->second;
 }
 
 } // namespace
@@ -33,6 +48,84 @@ void SceneBuilder::Build()
         ConnectInputs(spec);
     for (const ModuleSpec& spec : m_Scene.modules)
         SetProperties(spec);
+    for (const ModuleSpec& spec : m_Scene.modules)
+        PressCompute(spec);
+    for (const ModuleSpec& spec : m_Scene.modules)
+        ContrastLegend(spec);
+}
+
+// The library's legend writes black on no background of its own, which
+// vanishes on the host's dark view: unless the scene chose the legend's
+// colour, it is set to stand out from what lies behind the text (the
+// legend's background rectangle when shown, else the view's background).
+void SceneBuilder::ContrastLegend(const ModuleSpec& spec)
+{
+    PropertyEditor editor(*m_Modules.at(spec.name));
+    const HostPropertyList& list = editor.List();
+    for (const int id : list.Order()) {
+        const std::string& key = list.Info(id)->key;
+        const std::string prefix = key.size() > kForegroundSuffix.size()
+                                       ? key.substr(0, key.size() - kForegroundSuffix.size())
+                                       : std::string();
+        if (prefix.empty() || strcasecmp(key.c_str() + prefix.size(), kForegroundSuffix.c_str()) != 0 ||
+            SetByScene(spec, key))
+            continue;
+        const int shown = list.FindKey(prefix + "LegendShowBackground");
+        const int backColor = list.FindKey(prefix + "LegendBGColor");
+        shr::Color4b behind = Background();
+        if (shown >= 0 && backColor >= 0 && editor.ValueText(shown) == "true")
+            list.GetValue(backColor, behind);
+        const bool dark = 0.299 * behind.r + 0.587 * behind.g + 0.114 * behind.b < 128.0;
+        SetProperty(spec, editor, key, dark ? "255 255 255 255" : "0 0 0 255");
+    }
+}
+
+bool SceneBuilder::SetByScene(const ModuleSpec& spec, const std::string& key)
+{
+    return std::any_of(spec.properties.begin(), spec.properties.end(),
+                       [&](const auto& property) { return strcasecmp(property.first.c_str(), key.c_str()) == 0; });
+}
+
+shr::Color4b SceneBuilder::Background() const
+{
+    return m_Scene.view.hasBackground ? m_Scene.view.background : core::VoNetwork::Instance().GetBackgroundColor();
+}
+
+namespace {
+
+// Whether data wait at the module's first input: not before the upstream
+// modules (a filter) have run.
+bool HasInputData(const core::VoModule& module)
+{
+    const core::VbPort::Connection* link = module.GetInputCount() ? module.GetInput(0)->GetConnection(0) : nullptr;
+    const core::VbPort* output = link && link->module ? link->module->GetOutput(size_t(link->port)) : nullptr;
+    return output && output->Data();
+}
+
+} // namespace
+
+// A module that computes only when asked does so after all its settings,
+// unless the scene says "compute": false: in the first pass when its data are
+// there already, else in the pass after, once they have come (and the
+// module's defaults from them have been set back to the scene's values).
+void SceneBuilder::PressCompute(const ModuleSpec& spec)
+{
+    const core::VoModule& module = *m_Modules.at(spec.name);
+    const char* button = ComputeButton(module.GetModuleInfo()->UiName());
+    if (!button) {
+        if (spec.compute)
+            Fail(spec, "\"compute\" is only for a module that computes when asked, such as a Gridder");
+        return;
+    }
+    if (spec.compute == false)
+        return;
+    m_Computing.insert(spec.name);
+    if (!HasInputData(module)) {
+        m_ComputeLater.insert(spec.name);
+        return;
+    }
+    PropertyEditor editor(*m_Modules.at(spec.name));
+    SetProperty(spec, editor, button, "1");
 }
 
 void SceneBuilder::Fail(const ModuleSpec& spec, const std::string& message) const
@@ -48,6 +141,9 @@ void SceneBuilder::CreateModule(const ModuleSpec& spec)
     } else {
         if (!spec.file.empty())
             Fail(spec, "\"file\" is only for a " + std::string(PointSetLoader::TypeName) + " module");
+        if (spec.pointOptionsGiven)
+            Fail(spec, "\"columns\" and \"below_detection\" are only for a " +
+                           std::string(PointSetLoader::TypeName) + " module with a \"file\"");
         const core::VbModuleInfo* info = core::VbModuleRegistry::Instance().Construct(spec.type);
         if (!info)
             Fail(spec, "unknown module type \"" + spec.type + "\" (\"fenrak modules\" lists them)");
@@ -58,11 +154,11 @@ void SceneBuilder::CreateModule(const ModuleSpec& spec)
     core::VoNetwork::Instance().AddNode(module.release(), true);
 }
 
-std::unique_ptr<core::VoModule> SceneBuilder::CreatePointSet(const ModuleSpec& spec) const
+std::unique_ptr<core::VoModule> SceneBuilder::CreatePointSet(const ModuleSpec& spec)
 {
     const std::string path = ResolveFile(spec);
     try {
-        return PointSetLoader::Create(path, spec.file);
+        return PointSetLoader::Create(path, spec.file, spec.pointOptions, &m_Readings[spec.name]);
     } catch (const shr::Exception& error) {
         if (!IsUserError(error))
             throw;
@@ -170,13 +266,23 @@ bool SceneBuilder::RestoreReplacedValues()
     bool restored = false;
     for (const ModuleSpec& spec : m_Scene.modules) {
         PropertyEditor editor(*m_Modules.at(spec.name));
+        bool changed = false;
         for (const auto& property : spec.properties) {
             const int id = editor.List().FindKey(property.first);
-            if (id < 0 || editor.ValueText(id) == m_SetValues[spec.name][property.first])
+            if (id < 0 || editor.List().Info(id)->kind == "button" ||
+                editor.ValueText(id) == m_SetValues[spec.name][property.first])
                 continue;
             SetProperty(spec, editor, property.first, property.second);
-            restored = true;
+            changed = true;
         }
+        // What it computed from the replaced values is computed again from
+        // the scene's; what waited for its data computes now.
+        const bool later = m_ComputeLater.erase(spec.name) > 0;
+        if ((changed || later) && m_Computing.count(spec.name) && HasInputData(*m_Modules.at(spec.name))) {
+            SetProperty(spec, editor, ComputeButton(spec.type), "1");
+            changed = true;
+        }
+        restored = restored || changed;
     }
     return restored;
 }

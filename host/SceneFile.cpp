@@ -112,7 +112,15 @@ private:
             const std::string& key = item.key();
             if (key == "file")
                 spec.file = String(entry, "file", "module \"" + spec.name + "\"");
-            else if (key == "inputs")
+            else if (key == "columns")
+                ReadColumns(item.value(), spec);
+            else if (key == "below_detection")
+                ReadBelowDetection(item.value(), spec);
+            else if (key == "compute") {
+                if (!item.value().is_boolean())
+                    FailModule(spec.name, "\"compute\" must be true or false");
+                spec.compute = item.value().get<bool>();
+            } else if (key == "inputs")
                 spec.inputs = Inputs(item.value(), spec.name);
             else if (key == "properties")
                 spec.properties = Properties(item.value(), spec.name);
@@ -120,6 +128,70 @@ private:
                 FailModule(spec.name, "unknown key \"" + key + "\"");
         }
         return spec;
+    }
+
+    // {"x": ..., "y": ..., "z": ..., "values": [...], "label": ...}
+    void ReadColumns(const Json& columns, ModuleSpec& spec) const
+    {
+        if (!columns.is_object())
+            FailModule(spec.name, "\"columns\" must be an object: {\"x\": \"Easting\", \"y\": 2, \"z\": null, ...}");
+        PointFileOptions& options = spec.pointOptions;
+        for (const auto& item : columns.items()) {
+            const std::string& key = item.key();
+            if (key == "x" || key == "y" || key == "z")
+                options.axes[key[0] - 'x'] = Column(item.value(), spec.name, key);
+            else if (key == "label")
+                options.label = Column(item.value(), spec.name, key);
+            else if (key == "values")
+                ReadValueColumns(item.value(), spec);
+            else
+                FailModule(spec.name, "columns: unknown key \"" + key + "\" (x, y, z, values, label)");
+        }
+        spec.pointOptionsGiven = true;
+    }
+
+    void ReadValueColumns(const Json& values, ModuleSpec& spec) const
+    {
+        if (!values.is_array())
+            FailModule(spec.name, "columns: \"values\" must be a list of column names or numbers");
+        spec.pointOptions.valuesGiven = true;
+        for (const Json& value : values) {
+            if (value.is_null())
+                FailModule(spec.name, "columns: \"values\" must be a list of column names or numbers");
+            spec.pointOptions.values.push_back(Column(value, spec.name, "values"));
+        }
+    }
+
+    ColumnChoice Column(const Json& value, const std::string& module, const std::string& key) const
+    {
+        ColumnChoice choice;
+        if (value.is_null()) {
+            choice.kind = ColumnChoice::None;
+        } else if (value.is_string() && !value.get<std::string>().empty()) {
+            choice.kind = ColumnChoice::Named;
+            choice.name = value.get<std::string>();
+        } else if (value.is_number_unsigned() && value.get<uint64_t>() >= 1 && value.get<uint64_t>() <= 100000) {
+            choice.kind = ColumnChoice::Numbered;
+            choice.number = value.get<size_t>();
+        } else {
+            FailModule(module, "columns: \"" + key + "\" must name a column or give its number from 1 (or null)");
+        }
+        return choice;
+    }
+
+    void ReadBelowDetection(const Json& rule, ModuleSpec& spec) const
+    {
+        using Rule = PointFileOptions::BelowDetection;
+        const std::string text = rule.is_string() ? rule.get<std::string>() : std::string();
+        if (text == "blank")
+            spec.pointOptions.belowDetection = Rule::Blank;
+        else if (text == "half")
+            spec.pointOptions.belowDetection = Rule::Half;
+        else if (text == "limit")
+            spec.pointOptions.belowDetection = Rule::Limit;
+        else
+            FailModule(spec.name, "\"below_detection\" must be \"blank\", \"half\" or \"limit\"");
+        spec.pointOptionsGiven = true;
     }
 
     std::string String(const Json& object, const char* key, const std::string& where) const

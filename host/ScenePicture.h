@@ -14,8 +14,10 @@ public:
     // of its own, on the network's background colour.
     static render::Image Draw(const SceneView& view);
     // Writes the scene root as scene-graph ASCII to `path` (OutputFiles
-    // gives it a temporary name).
-    static void WriteInventor(const shr::GString& path);
+    // gives it a temporary name), seen through a camera framed as the view
+    // says. What the scene draws in screen space (the legends) is written as
+    // plain nodes, laid out for the view's size.
+    static void WriteInventor(const shr::GString& path, const SceneView& view);
 };
 
 } // namespace host

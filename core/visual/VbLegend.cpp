@@ -20,7 +20,22 @@
 #include <GL/gl.h>
 #include <Inventor/actions/SoGLRenderAction.h>
 #include <Inventor/elements/SoCacheElement.h>
+#include <Inventor/nodes/SoAnnotation.h>
+#include <Inventor/nodes/SoBaseColor.h>
 #include <Inventor/nodes/SoCallback.h>
+#include <Inventor/nodes/SoCoordinate3.h>
+#include <Inventor/nodes/SoFaceSet.h>
+#include <Inventor/nodes/SoFont.h>
+#include <Inventor/nodes/SoLightModel.h>
+#include <Inventor/nodes/SoLineSet.h>
+#include <Inventor/nodes/SoMaterial.h>
+#include <Inventor/nodes/SoMaterialBinding.h>
+#include <Inventor/nodes/SoOrthographicCamera.h>
+#include <Inventor/nodes/SoQuadMesh.h>
+#include <Inventor/nodes/SoResetTransform.h>
+#include <Inventor/nodes/SoSeparator.h>
+#include <Inventor/nodes/SoText2.h>
+#include <Inventor/nodes/SoTranslation.h>
 
 #include <algorithm>
 #include <cmath>
@@ -481,6 +496,12 @@ void VbLegend::GenerateLabels(std::vector<CLabel>& labels) const
 
 // ---- drawing ---------------------------------------------------------------
 
+const VbLegend* VbLegend::DrawnBy(const SoNode* node)
+{
+    const auto* legend = dynamic_cast<const LegendNode*>(node);
+    return legend ? &legend->copy : nullptr;
+}
+
 void VbLegend::Execute(VgRenderer& renderer)
 {
     if (!m_Show)
@@ -638,7 +659,7 @@ void VbLegend::RenderBorder(const Frame& frame) const
 }
 
 // The ramp follows the map's table entry by entry, or the default steps.
-static int RampSteps(const VbColorMap& map)
+int VbLegend::RampSteps(const VbColorMap& map)
 {
     return map.GetLUTSize() > 1 ? int(map.GetLUTSize()) - 1 : kDefaultSteps;
 }
@@ -696,6 +717,163 @@ void VbLegend::OutputText(GLFont& font, const shr::GString& text, double x, doub
 {
     Color(m_FGColor);
     font.DrawLines(text.c_str(), x, y, TextFormat::Justification(justification));
+}
+
+namespace VbLegendPrivate {
+
+// ---- the legend as scene-graph nodes ----------------------------------------
+
+SbColor Rgb(const shr::Color4b& color)
+{
+    return SbColor(color.r / 255.0f, color.g / 255.0f, color.b / 255.0f);
+}
+
+SoBaseColor* ColorNode(const shr::Color4b& color)
+{
+    auto* node = new SoBaseColor;
+    node->rgb.setValue(Rgb(color));
+    return node;
+}
+
+// A closed outline (lines) or a filled rectangle of a pixel box.
+SoSeparator* BoxNode(const shr::Box2f& box, bool filled)
+{
+    auto* group = new SoSeparator;
+    auto* coords = new SoCoordinate3;
+    const SbVec3f corners[5] = {{box.min.x, box.min.y, 0.0f}, {box.max.x, box.min.y, 0.0f},
+                                {box.max.x, box.max.y, 0.0f}, {box.min.x, box.max.y, 0.0f},
+                                {box.min.x, box.min.y, 0.0f}};
+    coords->point.setValues(0, filled ? 4 : 5, corners);
+    group->addChild(coords);
+    if (filled) {
+        auto* face = new SoFaceSet;
+        face->numVertices.setValue(4);
+        group->addChild(face);
+    } else {
+        auto* line = new SoLineSet;
+        line->numVertices.setValue(5);
+        group->addChild(line);
+    }
+    return group;
+}
+
+SoSeparator* TextNode(const shr::GString& text, double x, double y, int justification)
+{
+    auto* group = new SoSeparator;
+    auto* place = new SoTranslation;
+    place->translation.setValue(float(x), float(y), 0.0f);
+    auto* node = new SoText2;
+    node->string.setValue(text.c_str());
+    node->justification = justification == TextFormat::Right    ? SoText2::RIGHT
+                          : justification == TextFormat::Center ? SoText2::CENTER
+                                                                : SoText2::LEFT;
+    group->addChild(place);
+    group->addChild(node);
+    return group;
+}
+
+SoFont* FontNode(const shr::GString& face, float points)
+{
+    auto* font = new SoFont;
+    font->name.setValue(face.c_str());
+    font->size = points * float(VbLegend::kPixelsPerInch / 72.0);
+    return font;
+}
+
+} // namespace VbLegendPrivate
+
+
+InvSmartPtr<SoSeparator> VbLegend::SceneGraph(double width, double height) const
+{
+    const Frame frame = Layout(width, height);
+    InvSmartPtr<SoSeparator> root(new SoAnnotation);
+    // The view in pixels, origin at the lower left, as Render draws it.
+    auto* camera = new SoOrthographicCamera;
+    camera->viewportMapping = SoCamera::LEAVE_ALONE;
+    camera->position.setValue(float(width / 2), float(height / 2), 1.0f);
+    camera->height = float(height);
+    camera->aspectRatio = float(width / height);
+    camera->nearDistance = 0.5f;
+    camera->farDistance = 1.5f;
+    root->addChild(camera);
+    auto* light = new SoLightModel;
+    light->model = SoLightModel::BASE_COLOR;
+    root->addChild(light);
+    // Flat and opaque, whatever the module's geometry before it set.
+    auto* opaque = new SoMaterial;
+    opaque->transparency = 0.0f;
+    root->addChild(opaque);
+    if (m_ShowBackground) {
+        root->addChild(ColorNode(m_BGColor));
+        root->addChild(BoxNode(frame.background, true));
+        root->addChild(ColorNode(m_FGColor));
+        root->addChild(BoxNode(frame.background, false));
+    }
+    root->addChild(StripNode(frame));
+    root->addChild(ColorNode(m_FGColor));
+    root->addChild(BoxNode(frame.strip, false));
+    auto* ticks = new SoSeparator;
+    auto* tickCoords = new SoCoordinate3;
+    auto* tickLines = new SoLineSet;
+    for (size_t t = 0; t < frame.ticks.size(); ++t) {
+        const Frame::Tick& tick = frame.ticks[t];
+        tickCoords->point.set1Value(int(2 * t), float(tick.x0), float(tick.y0), 0.0f);
+        tickCoords->point.set1Value(int(2 * t + 1), float(tick.x1), float(tick.y1), 0.0f);
+        tickLines->numVertices.set1Value(int(t), 2);
+    }
+    ticks->addChild(tickCoords);
+    ticks->addChild(tickLines);
+    root->addChild(ticks);
+    if (frame.labelFont) {
+        root->addChild(FontNode(m_FontName, m_LabelHeight));
+        for (const Frame::Text& label : frame.labels)
+            root->addChild(TextNode(label.text, label.x, label.y, label.justification));
+    }
+    if (frame.titleFont) {
+        root->addChild(FontNode(m_FontName, m_TitleHeight));
+        root->addChild(TextNode(frame.title.text, frame.title.x, frame.title.y, frame.title.justification));
+    }
+    // Pixels are no place in the scene: a viewer framing the scene's bounding
+    // box must not take them in.
+    auto* outOfBox = new SoResetTransform;
+    outOfBox->whatToReset = SoResetTransform::BBOX;
+    root->addChild(outOfBox);
+    return root;
+}
+
+// The colour ramp: rows of two vertices across the strip, one colour each.
+SoSeparator* VbLegend::StripNode(const Frame& frame) const
+{
+    const int steps = RampSteps(*m_ColorMap);
+    const shr::Box2f& strip = frame.strip;
+    auto* group = new SoSeparator;
+    auto* colors = new SoBaseColor;
+    auto* coords = new SoCoordinate3;
+    for (int i = 0; i <= steps; ++i) {
+        const double pos = double(i) / steps;
+        const SbColor color = Rgb(m_ColorMap->PosToColor(pos));
+        colors->rgb.set1Value(2 * i, color);
+        colors->rgb.set1Value(2 * i + 1, color);
+        if (m_Vertical) {
+            const float y = float(strip.min.y + pos * (double(strip.max.y) - strip.min.y));
+            coords->point.set1Value(2 * i, strip.min.x, y, 0.0f);
+            coords->point.set1Value(2 * i + 1, strip.max.x, y, 0.0f);
+        } else {
+            const float x = float(strip.min.x + pos * (double(strip.max.x) - strip.min.x));
+            coords->point.set1Value(2 * i, x, strip.max.y, 0.0f);
+            coords->point.set1Value(2 * i + 1, x, strip.min.y, 0.0f);
+        }
+    }
+    auto* binding = new SoMaterialBinding;
+    binding->value = SoMaterialBinding::PER_VERTEX;
+    auto* mesh = new SoQuadMesh;
+    mesh->verticesPerRow = 2;
+    mesh->verticesPerColumn = steps + 1;
+    group->addChild(colors);
+    group->addChild(binding);
+    group->addChild(coords);
+    group->addChild(mesh);
+    return group;
 }
 
 } // namespace core

@@ -11,10 +11,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 using hosttest::CommandResult;
+using hosttest::ReadText;
 using hosttest::Render;
 using hosttest::ScratchFolder;
 using ::testing::HasSubstr;
@@ -34,14 +33,6 @@ const char* const kScene = R"({"modules": [
 
 const char* const kPoints = "x,y,z,cu\n0,0,0,1\n1,0,0,2\n0,1,0,3\n1,1,1,4\n";
 
-std::string ReadBytes(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 class DamagedDocument : public ::testing::Test {
 protected:
     void SetUp() override
@@ -50,7 +41,7 @@ protected:
         const std::string scene = m_Folder.Write("scene.json", kScene);
         const CommandResult saved = Render({scene, "--save", m_Folder.Path("doc.fkd")});
         ASSERT_EQ(saved.status, 0) << saved.err;
-        m_Bytes = ReadBytes(m_Folder.Path("doc.fkd"));
+        m_Bytes = ReadText(m_Folder.Path("doc.fkd"));
         core::VoNetwork::Instance().Init();
     }
 
@@ -134,7 +125,7 @@ TEST_F(DamagedDocument, ViewOutOfRangeIsAUserErrorBeforeAnyOutput)
         const CommandResult result = Render({damaged, "--save", earlier, "-o", m_Folder.Path("out.png")});
         EXPECT_EQ(result.status, 1);
         EXPECT_THAT(result.err, HasSubstr(damaged + ": view: " + c.message));
-        EXPECT_EQ(ReadBytes(earlier), "an earlier document");
+        EXPECT_EQ(ReadText(earlier), "an earlier document");
         EXPECT_FALSE(hosttest::FileExists(m_Folder.Path("out.png")));
     }
 }

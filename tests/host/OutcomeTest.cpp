@@ -10,10 +10,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <sstream>
 
 using hosttest::CommandResult;
+using hosttest::ReadText;
 using hosttest::Render;
 using hosttest::ScratchFolder;
 using ::testing::HasSubstr;
@@ -25,14 +25,6 @@ std::string Scene(const std::string& boxProperties)
 {
     return R"({"modules": [{"name": "Box", "type": "TestBox", "properties": {)" + boxProperties +
            R"(}}], "view": {"size": [16, 12]}})";
-}
-
-std::string ReadText(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
 }
 
 size_t Count(const std::string& text, const std::string& part)

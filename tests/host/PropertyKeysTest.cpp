@@ -22,12 +22,12 @@ size_t At(const std::string& listing, const std::string& text)
     return at;
 }
 
-std::string GridderScene(const std::string& properties)
+// `extra` goes into the gridder's entry: ", \"compute\": false".
+std::string GridderScene(const std::string& properties, const std::string& extra = "")
 {
     return R"({"modules": [{"name": "Points", "type": "PointSet", "file": "points.csv"},
-                           {"name": "Grid", "type": "Gridder", "inputs": ["Points"],
-                            "properties": {)" +
-           properties + "}}]}";
+                           {"name": "Grid", "type": "Gridder", "inputs": ["Points"])" +
+           extra + R"(, "properties": {)" + properties + "}}]}";
 }
 
 const char* const kPoints = "x,y,z,v\n0,0,0,1\n1,0,0,2\n0,1,0,3\n1,1,1,4\n";
@@ -78,7 +78,8 @@ TEST(PropertyKeys, AButtonSetToZeroOrFalseIsNotPressed)
     for (const auto& c : cases) {
         SCOPED_TRACE(c.first);
         const std::string scene = folder.Write(
-            "scene.json", GridderScene(std::string(R"("Gridder3DoIt": ")") + c.first + "\""));
+            "scene.json", GridderScene(std::string(R"("Gridder3XNum": "5", "Gridder3DoIt": ")") + c.first + "\"",
+                                       R"(, "compute": false)"));
         const CommandResult result = Render({scene, "--stats"});
         EXPECT_EQ(result.status, 0) << result.err;
         EXPECT_THAT(result.out, ContainsRegex(std::string("Grid +Gridder +") + c.second));
