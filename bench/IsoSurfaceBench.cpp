@@ -6,6 +6,7 @@
 //   isovalue: a new isovalue, only the sweep runs;
 //   input:    new data, the float copy and the gradients are made first.
 // Triangle and vertex counts go out as counters for the peer to compare.
+#include "bench/BenchFiles.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/visual/VoIsoSurfacePrivate.h"
 #include "shr/Box3d.h"
@@ -13,15 +14,14 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <cstdio>
 #include <map>
 #include <memory>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace {
 
+using benchfiles::WriteRaw;
 using namespace core::VoIsoSurfacePrivate;
 
 constexpr double kPi = 3.14159265358979323846;
@@ -29,24 +29,6 @@ constexpr double kPi = 3.14159265358979323846;
 // Isovalues chosen away from every node value, so that neither side meets a tie.
 constexpr double kSphereIsovalue = 0.4999;
 constexpr double kWavesIsovalue = 0.0123;
-
-std::string OutputFolder()
-{
-    char path[4096];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
-    std::string exe(path, length > 0 ? static_cast<size_t>(length) : 0);
-    const size_t slash = exe.rfind('/');
-    return slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
-}
-
-void WriteRaw(const std::string& name, const std::vector<float>& values)
-{
-    const std::string path = OutputFolder() + "/" + name;
-    if (FILE* file = std::fopen(path.c_str(), "wb")) {
-        std::fwrite(values.data(), sizeof(float), values.size(), file);
-        std::fclose(file);
-    }
-}
 
 enum FieldKind { SphereField = 0, WavesField = 1 };
 

@@ -4,6 +4,7 @@
 // raw little-endian doubles beside this program, with our answers, so that the
 // peer script (bench/peers/lattice.py) reads the same input and checks that
 // both sides agree before it compares times.
+#include "bench/BenchFiles.h"
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdLattice.h"
 
@@ -11,37 +12,18 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <map>
 #include <memory>
 #include <random>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace {
 
+using benchfiles::WriteRaw;
 constexpr size_t kQueries = 1000000;
 constexpr double kWarp = 0.02;
 constexpr double kTwoPi = 6.283185307179586;
-
-std::string OutputFolder()
-{
-    char path[4096];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
-    std::string exe(path, length > 0 ? static_cast<size_t>(length) : 0);
-    const size_t slash = exe.rfind('/');
-    return slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
-}
-
-void WriteRaw(const std::string& name, const std::vector<double>& values)
-{
-    const std::string path = OutputFolder() + "/" + name;
-    if (FILE* file = std::fopen(path.c_str(), "wb")) {
-        std::fwrite(values.data(), sizeof(double), values.size(), file);
-        std::fclose(file);
-    }
-}
 
 // A unit cube whose nodes are pushed along each axis by a sine of another
 // axis: every cell is a warped, still convex hexahedron.

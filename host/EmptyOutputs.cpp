@@ -5,29 +5,44 @@
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
 
+#include <Inventor/actions/SoGetBoundingBoxAction.h>
+#include <Inventor/nodes/SoSwitch.h>
+
 namespace host {
 
 namespace {
+
+// Whether a geometry holds something to see: triangles, lines or points, or
+// anything else with an extent (a volume drawn through textures).
+bool HasContent(const core::VdGeometry& geometry)
+{
+    core::VdGeometry::Statistics statistics;
+    geometry.GetStatistics(statistics);
+    if (statistics.triangles || statistics.lines || statistics.points)
+        return true;
+    const core::InvSmartPtr<SoSwitch> root = geometry.GetRoot();
+    if (!root)
+        return false;
+    SoGetBoundingBoxAction measure(SbViewportRegion(100, 100));
+    measure.apply(root.get());
+    return !measure.getBoundingBox().isEmpty();
+}
 
 // Whether the module has a shown geometry output that nothing takes, and
 // drew nothing into any of its geometry outputs.
 bool IsEmptySink(const core::VoModule& module)
 {
     bool sink = false;
-    core::VdGeometry::Statistics total;
     for (size_t o = 0; o < module.GetOutputCount(); ++o) {
         const core::VbPort& output = *module.GetOutput(o);
         const auto* geometry = dynamic_cast<const core::VdGeometry*>(output.Data());
         if (!geometry)
             continue;
+        if (HasContent(*geometry))
+            return false;
         sink = sink || (output.empty() && geometry->IsVisible() && module.IsGeometryVisible());
-        core::VdGeometry::Statistics one;
-        geometry->GetStatistics(one);
-        total.triangles += one.triangles;
-        total.lines += one.lines;
-        total.points += one.points;
     }
-    return sink && total.triangles == 0 && total.lines == 0 && total.points == 0;
+    return sink;
 }
 
 std::string LikelyCause(const core::VoModule& module)

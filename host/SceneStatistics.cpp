@@ -45,6 +45,9 @@ void SceneStatistics::Print(std::ostream& out, const HostUiProxy& proxy,
                              proxy.Report(module->Id()).executeSeconds, geometry.triangles, geometry.lines,
                              geometry.points);
     }
+    // Apart from the table, after a blank line.
+    if (!readings.empty())
+        out << "\n";
     for (const auto& reading : readings)
         out << "point set \"" << reading.first << "\": " << reading.second << "\n";
 }

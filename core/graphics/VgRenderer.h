@@ -220,4 +220,24 @@ private:
     SceneTransform m_Transform;
 };
 
+// A group made current for a while: a module's output group (PushNode), or a
+// state within it (pushState). popState follows when the scope ends, also
+// when the drawing throws, so that a failed module never leaves its group
+// current for the modules after it.
+class VgStateScope : private boost::noncopyable {
+public:
+    VgStateScope(VgRenderer& renderer, VdGeometry& geometry) : m_Renderer(renderer)
+    {
+        m_Renderer.PushNode(geometry, true);
+    }
+    VgStateScope(VgRenderer& renderer, VgRenderer::StateType type) : m_Renderer(renderer)
+    {
+        m_Renderer.pushState(type);
+    }
+    ~VgStateScope() { m_Renderer.popState(); }
+
+private:
+    VgRenderer& m_Renderer;
+};
+
 } // namespace core

@@ -159,6 +159,10 @@ public:
 
 void Color(const shr::Color4b& color) { glColor4ubv(&color.r); }
 
+// The strip is opaque whatever opacity the map gives a colour: without blending
+// that alpha would only go into the picture's alpha channel and punch holes there.
+void StripColor(const shr::Color4b& color) { glColor4ub(color.r, color.g, color.b, 255); }
+
 // Outlines a pixel rectangle along its outermost pixels.
 void OutlineBox(const shr::Box2f& box)
 {
@@ -673,7 +677,7 @@ void VbLegend::RenderVertical(const Frame& frame) const
         const double pos = double(i) / steps;
         const shr::Color4b color = m_ColorMap->PosToColor(pos);
         const double y = strip.min.y + pos * (double(strip.max.y) - strip.min.y);
-        Color(color);
+        StripColor(color);
         glVertex2d(strip.max.x, y);
         glVertex2d(strip.min.x, y);
     }
@@ -690,7 +694,7 @@ void VbLegend::RenderHorizontal(const Frame& frame) const
         const double pos = double(i) / steps;
         const shr::Color4b color = m_ColorMap->PosToColor(pos);
         const double x = strip.min.x + pos * (double(strip.max.x) - strip.min.x);
-        Color(color);
+        StripColor(color);
         glVertex2d(x, strip.min.y);
         glVertex2d(x, strip.max.y);
     }
