@@ -10,9 +10,10 @@ namespace host {
 namespace {
 
 const char* const kColorMap = "Rainbow:";
+using Properties = std::vector<std::pair<std::string, std::string>>;
+const Properties kWhiteSymbols = {{"ScatterPlotColorMethod", "0"}, {"ScatterPlotColorFixed", "white"}};
 
-ModuleSpec Module(const std::string& name, const std::string& type, const std::string& input,
-                  std::vector<std::pair<std::string, std::string>> properties)
+ModuleSpec Module(const std::string& name, const std::string& type, const std::string& input, Properties properties)
 {
     ModuleSpec spec;
     spec.name = name;
@@ -21,6 +22,13 @@ ModuleSpec Module(const std::string& name, const std::string& type, const std::s
         spec.inputs.push_back(input);
     spec.properties = std::move(properties);
     return spec;
+}
+
+// The points as symbols: squares drawn as points, fast for large files.
+ModuleSpec Symbols(Properties colour)
+{
+    colour.insert(colour.begin(), {"ScatterPlotMarker", "30"});
+    return Module("Symbols", "ScatterPlot", "Points", std::move(colour));
 }
 
 // Whether every point lies at one Z.
@@ -42,26 +50,31 @@ DefaultSceneChoice DefaultScene::For(const std::string& path)
     points.file = path;
     scene.modules.push_back(points);
     if (file.valueNames.empty()) {
+        scene.modules.push_back(Symbols(kWhiteSymbols));
         choice.summary = "its points (no value column to grid)";
         return choice;
     }
     const std::string& value = file.valueNames.front();
     if (IsFlat(*file.points)) {
+        // The map lies on the grid's lower layer, under the sample positions.
+        scene.modules.push_back(Symbols(kWhiteSymbols));
         scene.modules.push_back(Module("Grid", "Gridder", "Points", {{"Gridder3ZNum", "2"}}));
         scene.modules.push_back(Module("Map", "OrthoImage", "Grid",
-                                       {{"OrthoSliceColormap", kColorMap}, {"OrthoSliceLegendEnable", "1"},
-                                        {"OrthoSliceLegendTitle", value}, {"OrthoSliceLegendLabelFormatNumDigits", "4"}}));
+                                       {{"OrthoSliceSlice", "1"}, {"OrthoSliceColormap", kColorMap},
+                                        {"OrthoSliceLegendEnable", "1"}, {"OrthoSliceLegendTitle", value},
+                                        {"OrthoSliceLegendLabelFormatNumDigits", "4"}}));
         scene.view.azimuth = 0.0;
         scene.view.elevation = 90.0;
-        choice.summary = "its points gridded by \"" + value + "\" on an automatic grid, as a coloured map with a legend";
+        choice.summary = "its points over a map of \"" + value + "\" gridded on an automatic grid, with a legend";
     } else {
+        scene.modules.push_back(Symbols({{"ScatterPlotColorComponent", "0"}, {"ScatterPlotColormap", kColorMap}}));
         scene.modules.push_back(Module("Grid", "Gridder", "Points", {}));
         scene.modules.push_back(Module("Shell", "Isosurface", "Grid",
                                        {{"IsoSurfaceColorMethod", "1"}, {"IsoSurfaceColormap", kColorMap},
-                                        {"IsoSurfaceOpacity", "0.7"}, {"IsoSurfaceLegendEnable", "1"},
+                                        {"IsoSurfaceOpacity", "0.5"}, {"IsoSurfaceLegendEnable", "1"},
                                         {"IsoSurfaceLegendTitle", value}, {"IsoSurfaceLegendLabelFormatNumDigits", "4"}}));
-        choice.summary = "its points gridded by \"" + value +
-                         "\" on an automatic grid, with a shell at mid-range and a legend";
+        choice.summary = "its points coloured by \"" + value +
+                         "\", gridded on an automatic grid, with a shell at mid-range and a legend";
     }
     return choice;
 }

@@ -1,9 +1,10 @@
 #pragma once
 // DefaultScene: what `fenrak render points.csv` draws: the point file's
-// points, gridded on the gridder's automatic grid (its first value column),
-// with a shell through the grid at mid-range coloured by value and its
-// legend; a 2-D file (all points at one Z) gets a coloured map of the grid,
-// seen from above, instead of the shell. A file without values is only read.
+// points as symbols coloured by the first value column, gridded by it on the
+// gridder's automatic grid, with a shell through the grid at mid-range
+// coloured by value and its legend; a 2-D file (all points at one Z) gets a
+// coloured map of the grid, seen from above, instead of the shell. A file
+// without values shows its points in white.
 #include "host/SceneFile.h"
 
 #include <string>

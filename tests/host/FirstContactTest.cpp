@@ -152,16 +152,20 @@ TEST(FirstContact, APointFileGivenAsTheSceneIsDrawnWithADefaultScene)
     const struct {
         std::string file;
         const char* says;
+        const char* symbols; // the scatter plot's row of --stats: every point drawn
     } cases[] = {
-        {File("coal.csv"), "drawing its points gridded by \"Thickness\" on an automatic grid, as a coloured map"},
-        {folder.Write("cube.txt", cube), "drawing its points gridded by \"grade\" on an automatic grid, with a shell"},
+        {File("coal.csv"), "drawing its points over a map of \"Thickness\" gridded on an automatic grid",
+         "Symbols +ScatterPlot +ok .* 25\n"},
+        {folder.Write("cube.txt", cube), "drawing its points coloured by \"grade\", gridded on an automatic grid, "
+         "with a shell", "Symbols +ScatterPlot +ok .* 27\n"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file);
         const std::string picture = folder.Path("points.png");
-        const CommandResult result = Render({c.file, "-o", picture, "--size", "80x60"});
+        const CommandResult result = Render({c.file, "-o", picture, "--size", "80x60", "--stats"});
         ASSERT_EQ(result.status, 0) << result.err;
         EXPECT_THAT(result.err, HasSubstr(c.file + " is a point file, not a scene: " + c.says));
+        EXPECT_THAT(result.out, ::testing::ContainsRegex(c.symbols));
         const render::Image image = hosttest::ReadPng(picture);
         int coloured = 0;
         for (int y = 0; y < image.Height(); ++y)
