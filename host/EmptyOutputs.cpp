@@ -4,16 +4,21 @@
 #include "core/network/VbPort.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
+#include "core/visual/VoAnnotation.h"
 
+#include <Inventor/SoPath.h>
 #include <Inventor/actions/SoGetBoundingBoxAction.h>
+#include <Inventor/actions/SoSearchAction.h>
+#include <Inventor/nodes/SoCallback.h>
 #include <Inventor/nodes/SoSwitch.h>
 
 namespace host {
 
 namespace {
 
-// Whether a geometry holds something to see: triangles, lines or points, or
-// anything else with an extent (a volume drawn through textures).
+// Whether a geometry holds something to see: triangles, lines or points,
+// anything else with an extent (a volume drawn through textures), or text
+// fixed to the view. A legend alone is not enough.
 bool HasContent(const core::VdGeometry& geometry)
 {
     core::VdGeometry::Statistics statistics;
@@ -25,7 +30,17 @@ bool HasContent(const core::VdGeometry& geometry)
         return false;
     SoGetBoundingBoxAction measure(SbViewportRegion(100, 100));
     measure.apply(root.get());
-    return !measure.getBoundingBox().isEmpty();
+    if (!measure.getBoundingBox().isEmpty())
+        return true;
+    SoSearchAction search;
+    search.setType(SoCallback::getClassTypeId());
+    search.setInterest(SoSearchAction::ALL);
+    search.apply(root.get());
+    for (int p = 0; p < search.getPaths().getLength(); ++p) {
+        if (core::VoAnnotation::DrawnBy(search.getPaths()[p]->getTail()))
+            return true;
+    }
+    return false;
 }
 
 // Whether the module has a shown geometry output that nothing takes, and

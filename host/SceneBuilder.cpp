@@ -27,8 +27,10 @@ bool FileExists(const std::string& path)
     return !path.empty() && access(path.c_str(), R_OK) == 0;
 }
 
-// The last part of a legend's colour key: "IsoSurfaceLegendFGColor".
+// The last part of a legend's colour key: "IsoSurfaceLegendFGColor"; the key
+// of a view annotation's colour.
 const std::string kForegroundSuffix = "LegendFGColor";
+const char* const kAnnotationColor = "AnnotationColor";
 
 // Module types that compute only when a button is pressed, and its key.
 const char* ComputeButton(const std::string& type)
@@ -51,29 +53,30 @@ void SceneBuilder::Build()
     for (const ModuleSpec& spec : m_Scene.modules)
         PressCompute(spec);
     for (const ModuleSpec& spec : m_Scene.modules)
-        ContrastLegend(spec);
+        ContrastScreenText(spec);
 }
 
-// The library's legend writes black on no background of its own, which
-// vanishes on the host's dark view: unless the scene chose the legend's
-// colour, it is set to stand out from what lies behind the text (the
-// legend's background rectangle when shown, else the view's background).
-void SceneBuilder::ContrastLegend(const ModuleSpec& spec)
+// The library's legends and view annotations write black, which vanishes on
+// the host's dark view: unless the scene chose the colour, it is set to stand
+// out from what lies behind the text (a legend's background rectangle when
+// shown, else the view's background).
+void SceneBuilder::ContrastScreenText(const ModuleSpec& spec)
 {
     PropertyEditor editor(*m_Modules.at(spec.name));
     const HostPropertyList& list = editor.List();
     for (const int id : list.Order()) {
         const std::string& key = list.Info(id)->key;
+        const bool annotation = strcasecmp(key.c_str(), kAnnotationColor) == 0;
         const std::string prefix = key.size() > kForegroundSuffix.size()
                                        ? key.substr(0, key.size() - kForegroundSuffix.size())
                                        : std::string();
-        if (prefix.empty() || strcasecmp(key.c_str() + prefix.size(), kForegroundSuffix.c_str()) != 0 ||
-            SetByScene(spec, key))
+        const bool legend = !prefix.empty() && strcasecmp(key.c_str() + prefix.size(), kForegroundSuffix.c_str()) == 0;
+        if ((!annotation && !legend) || SetByScene(spec, key))
             continue;
+        shr::Color4b behind = Background();
         const int shown = list.FindKey(prefix + "LegendShowBackground");
         const int backColor = list.FindKey(prefix + "LegendBGColor");
-        shr::Color4b behind = Background();
-        if (shown >= 0 && backColor >= 0 && editor.ValueText(shown) == "true")
+        if (legend && shown >= 0 && backColor >= 0 && editor.ValueText(shown) == "true")
             list.GetValue(backColor, behind);
         const bool dark = 0.299 * behind.r + 0.587 * behind.g + 0.114 * behind.b < 128.0;
         SetProperty(spec, editor, key, dark ? "255 255 255 255" : "0 0 0 255");

@@ -49,7 +49,7 @@ private:
     void ConnectInputs(const ModuleSpec& spec);
     void SetProperties(const ModuleSpec& spec);
     void PressCompute(const ModuleSpec& spec);
-    void ContrastLegend(const ModuleSpec& spec);
+    void ContrastScreenText(const ModuleSpec& spec);
     static bool SetByScene(const ModuleSpec& spec, const std::string& key);
     shr::Color4b Background() const;
     void AcceptHidden(const ModuleSpec& spec, const std::vector<std::pair<std::string, std::string>>& keys);

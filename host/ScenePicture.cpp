@@ -2,6 +2,7 @@
 
 #include "core/network/VoNetwork.h"
 #include "core/visual/VbLegend.h"
+#include "core/visual/VoAnnotation.h"
 #include "host/HostError.h"
 #include "render/CameraFraming.h"
 #include "render/OffscreenContext.h"
@@ -36,9 +37,20 @@ render::Image ScenePicture::Draw(const SceneView& view)
 
 namespace {
 
-// While it lives, the nodes the scene draws by callback in screen space (the
-// legends) stand replaced by plain nodes of the same picture, which a file can
-// hold; the scene is given back as it was at the end.
+// Plain nodes for a node the scene draws by callback in screen space (a
+// legend, an annotation), laid out for the view; null for any other node.
+core::InvSmartPtr<SoSeparator> AsNodes(const SoNode* node, const SceneView& view)
+{
+    if (const core::VbLegend* legend = core::VbLegend::DrawnBy(node))
+        return legend->SceneGraph(view.width, view.height);
+    if (const core::VoAnnotation::Block* block = core::VoAnnotation::DrawnBy(node))
+        return core::VoAnnotation::SceneGraph(*block, view.width, view.height, SbViewportRegion().getPixelsPerInch());
+    return core::InvSmartPtr<SoSeparator>();
+}
+
+// While it lives, the nodes the scene draws by callback in screen space stand
+// replaced by plain nodes of the same picture, which a file can hold; the
+// scene is given back as it was at the end.
 class ScreenSpaceAsNodes {
 public:
     ScreenSpaceAsNodes(SoNode* root, const SceneView& view)
@@ -51,11 +63,11 @@ public:
         const SoPathList& paths = search.getPaths();
         for (int p = 0; p < paths.getLength(); ++p) {
             const SoPath& path = *paths[p];
-            const core::VbLegend* legend = core::VbLegend::DrawnBy(path.getTail());
-            if (!legend || path.getLength() < 2)
+            core::InvSmartPtr<SoSeparator> nodes = AsNodes(path.getTail(), view);
+            if (!nodes || path.getLength() < 2)
                 continue;
             m_Swaps.push_back(Swap{static_cast<SoGroup*>(path.getNodeFromTail(1)), path.getIndexFromTail(0),
-                                   path.getTail(), legend->SceneGraph(view.width, view.height)});
+                                   path.getTail(), nodes});
         }
         // Only once every path has been read: a path follows the changes of its groups.
         for (const Swap& swap : m_Swaps)

@@ -2,6 +2,7 @@
 
 #include "core/graphics/GLFontManager.h"
 #include "core/graphics/InvSmartPtr.h"
+#include "core/graphics/PixelOverlay.h"
 #include "core/graphics/VbColorMap.h"
 #include "core/graphics/VgRenderer.h"
 #include "core/properties/PropertyError.h"
@@ -21,22 +22,13 @@
 #include <GL/gl.h>
 #include <Inventor/actions/SoGLRenderAction.h>
 #include <Inventor/elements/SoCacheElement.h>
-#include <Inventor/nodes/SoAnnotation.h>
 #include <Inventor/nodes/SoBaseColor.h>
 #include <Inventor/nodes/SoCallback.h>
 #include <Inventor/nodes/SoCoordinate3.h>
-#include <Inventor/nodes/SoFaceSet.h>
-#include <Inventor/nodes/SoFont.h>
-#include <Inventor/nodes/SoLightModel.h>
 #include <Inventor/nodes/SoLineSet.h>
-#include <Inventor/nodes/SoMaterial.h>
 #include <Inventor/nodes/SoMaterialBinding.h>
-#include <Inventor/nodes/SoOrthographicCamera.h>
 #include <Inventor/nodes/SoQuadMesh.h>
-#include <Inventor/nodes/SoResetTransform.h>
 #include <Inventor/nodes/SoSeparator.h>
-#include <Inventor/nodes/SoText2.h>
-#include <Inventor/nodes/SoTranslation.h>
 
 #include <algorithm>
 #include <cmath>
@@ -676,99 +668,21 @@ void VbLegend::OutputText(GLFont& font, const shr::GString& text, double x, doub
     font.DrawLines(text.c_str(), x, y, TextFormat::Justification(justification));
 }
 
-namespace VbLegendPrivate {
-
 // ---- the legend as scene-graph nodes ----------------------------------------
-
-SbColor Rgb(const shr::Color4b& color)
-{
-    return SbColor(color.r / 255.0f, color.g / 255.0f, color.b / 255.0f);
-}
-
-SoBaseColor* ColorNode(const shr::Color4b& color)
-{
-    auto* node = new SoBaseColor;
-    node->rgb.setValue(Rgb(color));
-    return node;
-}
-
-// A closed outline (lines) or a filled rectangle of a pixel box.
-SoSeparator* BoxNode(const shr::Box2f& box, bool filled)
-{
-    auto* group = new SoSeparator;
-    auto* coords = new SoCoordinate3;
-    const SbVec3f corners[5] = {{box.min.x, box.min.y, 0.0f}, {box.max.x, box.min.y, 0.0f},
-                                {box.max.x, box.max.y, 0.0f}, {box.min.x, box.max.y, 0.0f},
-                                {box.min.x, box.min.y, 0.0f}};
-    coords->point.setValues(0, filled ? 4 : 5, corners);
-    group->addChild(coords);
-    if (filled) {
-        auto* face = new SoFaceSet;
-        face->numVertices.setValue(4);
-        group->addChild(face);
-    } else {
-        auto* line = new SoLineSet;
-        line->numVertices.setValue(5);
-        group->addChild(line);
-    }
-    return group;
-}
-
-SoSeparator* TextNode(const shr::GString& text, double x, double y, int justification)
-{
-    auto* group = new SoSeparator;
-    auto* place = new SoTranslation;
-    place->translation.setValue(float(x), float(y), 0.0f);
-    auto* node = new SoText2;
-    node->string.setValue(text.c_str());
-    node->justification = justification == TextFormat::Right    ? SoText2::RIGHT
-                          : justification == TextFormat::Center ? SoText2::CENTER
-                                                                : SoText2::LEFT;
-    group->addChild(place);
-    group->addChild(node);
-    return group;
-}
-
-SoFont* FontNode(const shr::GString& face, float points)
-{
-    auto* font = new SoFont;
-    font->name.setValue(face.c_str());
-    font->size = points * float(VbLegend::kPixelsPerInch / 72.0);
-    return font;
-}
-
-} // namespace VbLegendPrivate
-
 
 InvSmartPtr<SoSeparator> VbLegend::SceneGraph(double width, double height) const
 {
     const Frame frame = Layout(width, height);
-    InvSmartPtr<SoSeparator> root(new SoAnnotation);
-    // The view in pixels, origin at the lower left, as Render draws it.
-    auto* camera = new SoOrthographicCamera;
-    camera->viewportMapping = SoCamera::LEAVE_ALONE;
-    camera->position.setValue(float(width / 2), float(height / 2), 1.0f);
-    camera->height = float(height);
-    camera->aspectRatio = float(width / height);
-    camera->nearDistance = 0.5f;
-    camera->farDistance = 1.5f;
-    root->addChild(camera);
-    auto* light = new SoLightModel;
-    light->model = SoLightModel::BASE_COLOR;
-    root->addChild(light);
-    // Flat and opaque, whatever the module's geometry before it set.
-    auto* opaque = new SoMaterial;
-    opaque->transparency = 0.0f;
-    root->addChild(opaque);
+    InvSmartPtr<SoSeparator> root = PixelOverlay::Begin(width, height);
     if (m_ShowBackground) {
-        root->addChild(ColorNode(m_BGColor));
-        root->addChild(BoxNode(frame.background, true));
-        root->addChild(ColorNode(m_FGColor));
-        root->addChild(BoxNode(frame.background, false));
+        root->addChild(PixelOverlay::Color(m_BGColor));
+        root->addChild(PixelOverlay::Box(frame.background, true));
+        root->addChild(PixelOverlay::Color(m_FGColor));
+        root->addChild(PixelOverlay::Box(frame.background, false));
     }
     root->addChild(StripNode(frame));
-    root->addChild(ColorNode(m_FGColor));
-    root->addChild(BoxNode(frame.strip, false));
+    root->addChild(PixelOverlay::Color(m_FGColor));
+    root->addChild(PixelOverlay::Box(frame.strip, false));
     auto* ticks = new SoSeparator;
     auto* tickCoords = new SoCoordinate3;
     auto* tickLines = new SoLineSet;
@@ -781,20 +695,17 @@ InvSmartPtr<SoSeparator> VbLegend::SceneGraph(double width, double height) const
     ticks->addChild(tickCoords);
     ticks->addChild(tickLines);
     root->addChild(ticks);
+    const auto fontAt = [&](float points) { return PixelOverlay::Font(m_FontName, points * kPixelsPerInch / 72.0); };
     if (frame.labelFont) {
-        root->addChild(FontNode(m_FontName, m_LabelHeight));
+        root->addChild(fontAt(m_LabelHeight));
         for (const Frame::Text& label : frame.labels)
-            root->addChild(TextNode(label.text, label.x, label.y, label.justification));
+            root->addChild(PixelOverlay::Text(label.text, label.x, label.y, label.justification));
     }
     if (frame.titleFont) {
-        root->addChild(FontNode(m_FontName, m_TitleHeight));
-        root->addChild(TextNode(frame.title.text, frame.title.x, frame.title.y, frame.title.justification));
+        root->addChild(fontAt(m_TitleHeight));
+        root->addChild(PixelOverlay::Text(frame.title.text, frame.title.x, frame.title.y, frame.title.justification));
     }
-    // Pixels are no place in the scene: a viewer framing the scene's bounding
-    // box must not take them in.
-    auto* outOfBox = new SoResetTransform;
-    outOfBox->whatToReset = SoResetTransform::BBOX;
-    root->addChild(outOfBox);
+    PixelOverlay::End(*root);
     return root;
 }
 
@@ -808,7 +719,8 @@ SoSeparator* VbLegend::StripNode(const Frame& frame) const
     auto* coords = new SoCoordinate3;
     for (int i = 0; i <= steps; ++i) {
         const double pos = double(i) / steps;
-        const SbColor color = Rgb(m_ColorMap->PosToColor(pos));
+        const shr::Color4b c = m_ColorMap->PosToColor(pos);
+        const SbColor color(c.r / 255.0f, c.g / 255.0f, c.b / 255.0f);
         colors->rgb.set1Value(2 * i, color);
         colors->rgb.set1Value(2 * i + 1, color);
         if (m_Vertical) {

@@ -178,17 +178,18 @@ TEST(FirstContact, APointFileGivenAsTheSceneIsDrawnWithADefaultScene)
     EXPECT_THAT(binary.err, HasSubstr("image.bin: neither a JSON scene, a saved document nor a point file"));
 }
 
-// The legend is drawn by a callback in screen space; the scene-graph file
-// holds it as plain nodes, under a camera of its own that comes after the
-// scene's, so that a viewer sees the scene as the picture does.
-TEST(FirstContact, TheSceneGraphFileHoldsTheLegend)
+// Legends and view annotations are drawn by callbacks in screen space; the
+// scene-graph file holds them as plain nodes, under cameras of their own that
+// come after the scene's, so that a viewer sees the scene as the picture does.
+TEST(FirstContact, TheSceneGraphFileHoldsLegendsAndAnnotations)
 {
     ScratchFolder folder;
     const std::string scene = folder.Write("scene.json", R"({"modules": [
         {"name": "Field", "type": "FunctionLattice", "properties": {"FunctionLatticeXNum": "8",
          "FunctionLatticeYNum": "8", "FunctionLatticeZNum": "8"}},
         {"name": "Shell", "type": "Isosurface", "inputs": ["Field"],
-         "properties": {"IsoSurfaceLegendEnable": "1", "IsoSurfaceLegendTitle": "Distance"}}]})");
+         "properties": {"IsoSurfaceLegendEnable": "1", "IsoSurfaceLegendTitle": "Distance"}},
+        {"name": "Title", "type": "Annotation", "properties": {"AnnotationText": "Survey 2024"}}]})");
     ASSERT_EQ(Render({scene, "--iv", folder.Path("scene.iv")}).status, 0);
     const std::string graph = ReadText(folder.Path("scene.iv"));
     const size_t camera = graph.find("PerspectiveCamera");
@@ -198,6 +199,7 @@ TEST(FirstContact, TheSceneGraphFileHoldsTheLegend)
     EXPECT_LT(camera, legend);
     EXPECT_THAT(graph.substr(legend), HasSubstr("OrthographicCamera"));
     EXPECT_THAT(graph.substr(legend), HasSubstr("\"Distance\""));
+    EXPECT_THAT(graph.substr(legend), HasSubstr("\"Survey 2024\""));
     EXPECT_THAT(graph, Not(HasSubstr("Callback"))) << "the drawing callback stays out of the file";
 }
 
