@@ -1,5 +1,6 @@
 #include "core/processing/LatticeGeometry.h"
 
+#include "core/data/MemoryBudget.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/network/CoreError.h"
 #include "core/properties/PropertyUtility.h"
@@ -85,6 +86,7 @@ void LatticeGeometry::Validate() const
 
 std::unique_ptr<VdUniformLattice> LatticeGeometry::MakeLattice(shr::PrimType type, unsigned int componentCount) const
 {
+    MemoryBudget::CheckLattice(nodes, componentCount, type);
     std::unique_ptr<VdUniformLattice> lattice;
     try {
         lattice = std::make_unique<VdUniformLattice>(type, nodes, nullptr, componentCount);

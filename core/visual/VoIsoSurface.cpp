@@ -31,7 +31,7 @@ SHR_IMPLEMENT_CREATABLE_TYPE(VoIsoSurface, VoLatticeModule)
 const VbModuleInfo VoIsoSurface::s_ModuleInfo("Graphics Output\\Isosurface", VoIsoSurface::GetClassTypeId(),
                                               PortUniformLattice | PortRectilinearLattice | PortCurvilinearLattice,
                                               PortGeometry,
-                                              "Draws the surface on which a lattice component equals a value", -1);
+                                              "Computes an isosurface through a 3D lattice and outputs the geometry", 22);
 
 namespace VoIsoSurfacePrivate {
 
@@ -452,6 +452,10 @@ void VoIsoSurface::Serialize(shr::Archive& archive)
         TransferFields(archive, f);
         if (f.latticeType < UNIFORM || f.latticeType > CURVILINEAR)
             archive.ThrowFormatError("isosurface lattice type %d is not one of 0, 1, 2", f.latticeType);
+        archive.CheckRange(f.drawStyle, uint32_t(Shaded), uint32_t(Points), "the isosurface draw style");
+        archive.CheckRange(f.side, uint32_t(FrontAndBack), uint32_t(BackOnly), "the isosurface's sides");
+        archive.CheckRange(f.colorMethod, uint32_t(Fixed), uint32_t(ByIsovalue), "the isosurface colour method");
+        archive.CheckRange(f.opacity, 0.0, 1.0, "the isosurface opacity");
         m_FirstInput = f.firstInput;
         m_TriangleCount = f.triangles;
         m_InputComponent = f.component;

@@ -38,6 +38,8 @@ CommandResult Properties(const std::vector<std::string>& args);
 
 // Throws on a missing or unreadable file.
 render::Image ReadPng(const std::string& path);
+// The whole file, byte for byte; empty when it cannot be read.
+std::string ReadText(const std::string& path);
 
 // Pixels in the box [x0, x1) x [y0, y1) for which `test` holds.
 template <class Test>
