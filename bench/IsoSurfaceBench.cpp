@@ -76,25 +76,27 @@ struct Extractor {
     const core::VdLattice& lattice;
     double isovalue;
     std::vector<float> values;
-    std::vector<shr::Vec3f> gradients;
+    SweepCache cache;
     core::VgVertexData surface;
-    SweepWorkspace workspace;
     int triangles = 0;
 
+    // As the module takes new data: the float copy with its run ranges, and
+    // the gradients forgotten (they are computed at the cut edges as needed).
     void NewInput()
     {
-        CopyComponent(lattice, 0, values);
-        NodeGradients(lattice, values, gradients);
+        CopyComponent(lattice, 0, values, &cache.ranges);
+        cache.gradients.Reset(values.size());
     }
     void Sweep()
     {
         SweepInput input;
         input.lattice = &lattice;
         input.values = &values;
-        input.gradients = &gradients;
+        input.ranges = &cache.ranges;
+        input.gradients = &cache.gradients;
         input.isovalue = isovalue;
         SweepVolumes volumes;
-        core::VoIsoSurfacePrivate::Sweep(input, 0, nullptr, surface, volumes, triangles, &workspace);
+        core::VoIsoSurfacePrivate::Sweep(input, 0, nullptr, surface, volumes, triangles, &cache.workspace);
     }
 };
 

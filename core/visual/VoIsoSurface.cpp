@@ -124,6 +124,7 @@ VoIsoSurface::VoIsoSurface()
 {
     m_Material.diffuse = shr::Color4b::Gray;
     m_Material.specularIntensity = 0.5f;
+    m_Sweep = std::make_unique<SweepCache>();
     AddInput("Input Lattice", PortUniformLattice | PortRectilinearLattice | PortCurvilinearLattice);
     AddOutput("Output Geometry", PortGeometry)->Data(new VdGeometry(this, false));
 }
@@ -181,12 +182,13 @@ void VoIsoSurface::UpdateLatticeType(const VdLattice& lattice)
 
 void VoIsoSurface::CopyLattice(const VdLattice& lattice)
 {
-    CopyComponent(lattice, InputComponentSafe(), m_Data);
+    CopyComponent(lattice, InputComponentSafe(), m_Data, &m_Sweep->ranges);
 }
 
 void VoIsoSurface::RefactorCalcGradients(const VdLattice& lattice)
 {
-    NodeGradients(lattice, m_Data, m_Gradients);
+    // Each node's gradient is computed when a sweep first needs it.
+    m_Sweep->gradients.Reset(lattice.VertexCount());
 }
 
 // ---- execution -----------------------------------------------------------------------------
@@ -215,7 +217,7 @@ bool VoIsoSurface::March(const VdLattice& lattice)
     if (m_LatticeChanged || m_Data.size() != lattice.VertexCount()) {
         CopyLattice(lattice);
         if (curvilinear)
-            m_Gradients.clear();
+            m_Sweep->gradients.Reset(0);
         else
             RefactorCalcGradients(lattice);
         m_LatticeChanged = false;
@@ -223,7 +225,8 @@ bool VoIsoSurface::March(const VdLattice& lattice)
     SweepInput input;
     input.lattice = &lattice;
     input.values = &m_Data;
-    input.gradients = &m_Gradients;
+    input.ranges = &m_Sweep->ranges;
+    input.gradients = &m_Sweep->gradients;
     input.isovalue = m_Isovalue;
     input.atOrAbove = InvertedMode();
     input.computeVolume = m_ComputeVolume;
@@ -233,7 +236,7 @@ bool VoIsoSurface::March(const VdLattice& lattice)
     SweepVolumes volumes;
     int triangles = 0;
     m_Surface.clear();
-    if (!Sweep(input, 0, report, m_Surface, volumes, triangles, &m_Workspace)) {
+    if (!Sweep(input, 0, report, m_Surface, volumes, triangles, &m_Sweep->workspace)) {
         m_Surface.clear();
         return false;
     }

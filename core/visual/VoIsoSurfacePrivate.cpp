@@ -15,6 +15,7 @@
 #include <array>
 #include <atomic>
 #include <climits>
+#include <limits>
 #include <cmath>
 #include <memory>
 #include <thread>
@@ -96,26 +97,55 @@ constexpr EdgeSlot kEdgeSlots[12] = {
     {false, 1, 0, 2, false, false, true, 2, 6},  {false, 0, 0, 2, false, true, true, 3, 7},
 };
 
-// How the nodes of one row of the lattice lie against the isovalue.
-constexpr uint8_t kClearRow = 0, kSetRow = 1, kMixedRow = 2;
+// The inside flags of one run of nodes, bit p for node p of the run.
+uint64_t RunBits(const BaseVertexStateCalculator& cube, const float* v, unsigned int count)
+{
+    uint64_t bits = 0;
+    for (unsigned int p = 0; p < count; ++p)
+        bits |= uint64_t(cube.Inside(v[p])) << p;
+    return bits;
+}
 
-// The side of every node row (j, k), numbered k * ny + j.
-std::vector<uint8_t> ClassifyRows(const SweepInput& input)
+// Sets the inside flag of every node, row by row; a run whose range lies on
+// one side is set without reading its values. Bits past a row's end are 0.
+void SetInsideFlags(const SweepInput& input, size_t wordsPerRow, std::vector<uint64_t>& inside)
 {
     const unsigned int* dims = input.lattice->GetDims();
-    const unsigned int nx = dims[0], ny = dims[1], nz = dims[2];
+    const unsigned int nx = dims[0];
+    const size_t rows = size_t(dims[1]) * dims[2];
     const BaseVertexStateCalculator cube(*input.values, static_cast<float>(input.isovalue), static_cast<int>(nx),
-                                        static_cast<int>(nx * ny), input.atOrAbove);
-    std::vector<uint8_t> sides(size_t(ny) * nz);
-    ParallelFor(sides.size(), 64, [&](size_t row) {
+                                        static_cast<int>(nx * dims[1]), input.atOrAbove);
+    const RunRanges* ranges = input.ranges && input.ranges->runsPerRow == wordsPerRow &&
+                                      input.ranges->low.size() == rows * wordsPerRow
+                                  ? input.ranges
+                                  : nullptr;
+    inside.resize(rows * wordsPerRow);
+    ParallelFor(rows, 256, [&](size_t row) {
         const float* v = input.values->data() + row * nx;
-        size_t inside = 0;
-        for (unsigned int i = 0; i < nx; ++i)
-            inside += cube.Inside(v[i]);
-        sides[row] = inside == 0 ? kClearRow : inside == nx ? kSetRow : kMixedRow;
+        for (size_t w = 0; w < wordsPerRow; ++w) {
+            const unsigned int first = static_cast<unsigned int>(w * kRunLength);
+            const unsigned int count = std::min(kRunLength, nx - first);
+            const size_t at = row * wordsPerRow + w;
+            const uint64_t all = count == kRunLength ? ~uint64_t(0) : (uint64_t(1) << count) - 1;
+            if (ranges && cube.AllInside(ranges->low[at], ranges->high[at]))
+                inside[at] = all;
+            else if (ranges && cube.AllOutside(ranges->low[at], ranges->high[at]))
+                inside[at] = 0;
+            else
+                inside[at] = RunBits(cube, v + first, count);
+        }
     });
-    return sides;
 }
+
+// The flags of one row of nodes as the cells of a row read them: bit p of
+// Here(w) is node 64 w + p, of Next(w) node 64 w + p + 1.
+struct FlagRow {
+    const uint64_t* words;
+    size_t count;
+
+    uint64_t Here(size_t w) const { return words[w]; }
+    uint64_t Next(size_t w) const { return (words[w] >> 1) | (w + 1 < count ? words[w + 1] << 63 : 0); }
+};
 
 using EdgeRecord = std::array<int, 3>;
 
@@ -154,13 +184,88 @@ private:
     std::atomic<bool> m_Stop{false};
 };
 
+} // namespace
+
+// The gradients a sweep reads: a node's from the cache when it is there,
+// else computed. A slab stores only the gradients of the nodes in its own
+// layers, so that no two slabs write one entry; it computes the others anew,
+// the same numbers.
+class GradientSource {
+public:
+    GradientSource(const VdLattice& lattice, const std::vector<float>& values, GradientCache* cache)
+        : m_Values(values.data()), m_Positions(lattice), m_Cache(cache)
+    {
+        const unsigned int* dims = lattice.GetDims();
+        for (int axis = 0; axis < 3; ++axis)
+            m_Dims[axis] = dims[axis];
+        m_Row = m_Dims[0];
+        m_Layer = size_t(m_Dims[0]) * m_Dims[1];
+        // On axis-aligned lattices the position difference of the two diagonal
+        // neighbours splits into one difference per axis, the same numbers.
+        if (m_Positions.AxisAligned())
+            for (int axis = 0; axis < 3; ++axis)
+                for (unsigned int n = 0; n < dims[axis]; ++n)
+                    m_Spans[axis].push_back(m_Positions.Axis(axis, Upper(n, axis)) -
+                                            m_Positions.Axis(axis, Lower(n)));
+    }
+
+    bool Empty() const { return !m_Cache || m_Cache->Empty(); }
+
+    shr::Vec3f At(unsigned int i, unsigned int j, unsigned int k) const
+    {
+        const unsigned int i0 = Lower(i), i1 = Upper(i, 0), j0 = Lower(j), j1 = Upper(j, 1), k0 = Lower(k),
+                           k1 = Upper(k, 2);
+        const shr::Vec3d d = m_Spans[0].empty() ? m_Positions(i1, j1, k1) - m_Positions(i0, j0, k0)
+                                                : shr::Vec3d(m_Spans[0][i], m_Spans[1][j], m_Spans[2][k]);
+        const size_t row = k * m_Layer + j * m_Row;
+        return shr::Vec3f(NarrowToFloat((double(Value(row + i0)) - double(Value(row + i1))) / d.x),
+                          NarrowToFloat((double(Value(k * m_Layer + j0 * m_Row + i)) -
+                                         double(Value(k * m_Layer + j1 * m_Row + i))) /
+                                        d.y),
+                          NarrowToFloat((double(Value(k0 * m_Layer + j * m_Row + i)) -
+                                         double(Value(k1 * m_Layer + j * m_Row + i))) /
+                                        d.z));
+    }
+
+    // The gradient of node (i, j, k), numbered `node`; `owned` lets it be kept.
+    shr::Vec3f Get(unsigned int i, unsigned int j, unsigned int k, size_t node, bool owned) const
+    {
+        if (!owned)
+            return At(i, j, k);
+        GradientCache::Gradient& kept = m_Cache->m_Gradients[node];
+        uint8_t& stamp = m_Cache->m_Stamps[node];
+        if (stamp != m_Cache->m_Stamp) {
+            const shr::Vec3f g = At(i, j, k);
+            kept = {g.x, g.y, g.z};
+            stamp = m_Cache->m_Stamp;
+        }
+        return shr::Vec3f(kept.x, kept.y, kept.z);
+    }
+
+private:
+    static unsigned int Lower(unsigned int n) { return n == 0 ? 0 : n - 1; }
+    unsigned int Upper(unsigned int n, int axis) const { return n + 1 < m_Dims[axis] ? n + 1 : n; }
+    float Value(size_t node) const { return m_Values[node]; }
+
+    const float* m_Values;
+    NodePositions m_Positions;
+    GradientCache* m_Cache;
+    unsigned int m_Dims[3];
+    size_t m_Row, m_Layer;
+    std::vector<double> m_Spans[3];
+};
+
+namespace {
+
 // The scan of the cell layers k0 .. k1 - 1 with its own edge records and output.
 class SlabSweep {
 public:
-    SlabSweep(const SweepInput& input, const NodePositions& positions, const std::vector<uint8_t>* rowSides,
-              unsigned int k0, unsigned int k1, SlabBuffers& buffers)
+    SlabSweep(const SweepInput& input, const NodePositions& positions, const GradientSource& gradients,
+              const std::vector<uint64_t>& inside, size_t wordsPerRow, unsigned int k0, unsigned int k1,
+              SlabBuffers& buffers)
         : vertices(buffers.vertices), normals(buffers.normals), indices(buffers.indices), m_In(input),
-          m_Positions(positions), m_RowSides(rowSides), m_K0(k0), m_K1(k1),
+          m_Positions(positions), m_Gradients(gradients), m_Inside(&inside), m_WordsPerRow(wordsPerRow), m_K0(k0),
+          m_K1(k1),
           m_Cube(*input.values, static_cast<float>(input.isovalue), static_cast<int>(Dim(0)),
                  static_cast<int>(Dim(0) * Dim(1)), input.atOrAbove),
           m_Previous(buffers.previous), m_Current(buffers.current)
@@ -169,7 +274,7 @@ public:
         m_Nx = dims[0];
         m_Ny = dims[1];
         m_Nz = dims[2];
-        m_WithNormals = input.gradients && !input.gradients->empty();
+        m_WithNormals = !gradients.Empty();
     }
 
     bool Run(SweepControl& control)
@@ -194,8 +299,6 @@ public:
             for (unsigned int j = 0; j + 1 < m_Ny; ++j) {
                 if (!control.NextRow())
                     return false;
-                if (m_RowSides && UniformRow(j, k))
-                    continue;
                 ProcessRow(j, k);
             }
         }
@@ -234,26 +337,46 @@ private:
         }
     }
 
-    // Whether the four node rows of a cell row lie wholly on one side: then no
-    // cell of it is cut, and without volumes there is nothing to do.
-    bool UniformRow(unsigned int j, unsigned int k) const
-    {
-        const std::vector<uint8_t>& side = *m_RowSides;
-        const size_t row = size_t(k) * m_Ny + j;
-        const uint8_t first = side[row];
-        return first != kMixedRow && side[row + 1] == first && side[row + m_Ny] == first &&
-               side[row + m_Ny + 1] == first;
-    }
-
-    // The cells of one row; each cell's corners at i are the previous cell's at i + 1.
+    // The cells of one row, taken from the four node rows' inside flags a word
+    // at a time. Without volumes only the cells with corners on both sides are
+    // visited; in order of i, so vertices are made in scan order.
     void ProcessRow(unsigned int j, unsigned int k)
     {
+        const size_t words = m_WordsPerRow;
+        const uint64_t* flags = m_Inside->data();
+        const FlagRow a{flags + (size_t(k) * m_Ny + j) * words, words};       // (j, k)
+        const FlagRow b{a.words + words, words};                                // (j + 1, k)
+        const FlagRow c{a.words + size_t(m_Ny) * words, words};                 // (j, k + 1)
+        const FlagRow d{c.words + words, words};                                // (j + 1, k + 1)
         const size_t rowNode = (size_t(k) * m_Ny + j) * m_Nx;
-        unsigned int lower = m_Cube.LowerXBits(rowNode);
-        for (unsigned int i = 0; i + 1 < m_Nx; ++i) {
-            const unsigned int upper = m_Cube.UpperXBits(rowNode + i);
-            ProcessCell(i, j, k, rowNode + i, lower | upper);
-            lower = BaseVertexStateCalculator::UpperToLowerX(upper);
+        const unsigned int cells = m_Nx - 1;
+        for (size_t w = 0; w < words; ++w) {
+            const unsigned int first = static_cast<unsigned int>(w * kRunLength);
+            if (first >= cells)
+                break;
+            const unsigned int count = std::min(kRunLength, cells - first);
+            const uint64_t valid = count == kRunLength ? ~uint64_t(0) : (uint64_t(1) << count) - 1;
+            // Corner bits by the cube index's order: 0 (j+1, i), 1 (j+1, i+1),
+            // 2 (j, i+1), 3 (j, i), then 4..7 the same one level up.
+            const uint64_t corner[8] = {b.Here(w), b.Next(w), a.Next(w), a.Here(w),
+                                        d.Here(w), d.Next(w), c.Next(w), c.Here(w)};
+            uint64_t visit = valid;
+            if (!m_In.computeVolume) {
+                const uint64_t any = corner[0] | corner[1] | corner[2] | corner[3] | corner[4] | corner[5] |
+                                     corner[6] | corner[7];
+                const uint64_t all = corner[0] & corner[1] & corner[2] & corner[3] & corner[4] & corner[5] &
+                                     corner[6] & corner[7];
+                visit &= any & ~all;
+            }
+            while (visit) {
+                const unsigned int p = static_cast<unsigned int>(__builtin_ctzll(visit));
+                visit &= visit - 1;
+                unsigned int index = 0;
+                for (unsigned int n = 0; n < 8; ++n)
+                    index |= static_cast<unsigned int>((corner[n] >> p) & 1u) << n;
+                const unsigned int i = first + p;
+                ProcessCell(i, j, k, rowNode + i, index);
+            }
         }
     }
 
@@ -316,13 +439,20 @@ private:
         const double t = EdgeFraction(n1, n2);
         vertices.push_back(EdgePoint(slot, i, j, k, t));
         if (m_WithNormals) {
-            const shr::Vec3f& g1 = (*m_In.gradients)[n1];
-            const shr::Vec3f& g2 = (*m_In.gradients)[n2];
+            const shr::Vec3f g1 = CornerGradient(slot.from, i, j, k, n1);
+            const shr::Vec3f g2 = CornerGradient(slot.to, i, j, k, n2);
             shr::Vec3f normal = g1 + NarrowToFloat(t) * (g2 - g1);
             normal.Normalize();
             normals.emplace_back(normal.x, normal.y, normal.z);
         }
         return static_cast<int>(vertices.size() - 1);
+    }
+
+    shr::Vec3f CornerGradient(int corner, unsigned int i, unsigned int j, unsigned int k, size_t node) const
+    {
+        const unsigned int level = k + kCornerIJK[corner][2];
+        const bool owned = level >= m_K0 && (level < m_K1 || m_K1 + 1 == m_Nz);
+        return m_Gradients.Get(i + kCornerIJK[corner][0], j + kCornerIJK[corner][1], level, node, owned);
     }
 
     void LoadCorners(unsigned int i, unsigned int j, unsigned int k)
@@ -356,7 +486,9 @@ private:
 
     const SweepInput& m_In;
     const NodePositions& m_Positions;
-    const std::vector<uint8_t>* m_RowSides; // null while volumes are summed: every cell counts
+    const GradientSource& m_Gradients;
+    const std::vector<uint64_t>* m_Inside;
+    size_t m_WordsPerRow;
     unsigned int m_K0, m_K1;
     unsigned int m_Nx = 0, m_Ny = 0, m_Nz = 0;
     bool m_WithNormals = false;
@@ -440,6 +572,34 @@ void CopyNodes(const VdLattice& lattice, unsigned int component, std::vector<flo
     });
 }
 
+// The range of each run of every row; a NaN makes the run's bounds NaN.
+void FindRanges(const VdLattice& lattice, const std::vector<float>& values, RunRanges& ranges)
+{
+    const unsigned int* dims = lattice.GetDims();
+    const unsigned int nx = dims[0];
+    const size_t rows = nx == 0 ? 0 : values.size() / nx;
+    ranges.runsPerRow = (nx + kRunLength - 1) / kRunLength;
+    ranges.low.resize(rows * ranges.runsPerRow);
+    ranges.high.resize(ranges.low.size());
+    ParallelFor(rows, 256, [&](size_t row) {
+        const float* v = values.data() + row * nx;
+        for (size_t run = 0; run < ranges.runsPerRow; ++run) {
+            const unsigned int first = static_cast<unsigned int>(run * kRunLength);
+            const unsigned int last = std::min(first + kRunLength, nx);
+            float low = v[first], high = v[first];
+            bool nan = false;
+            for (unsigned int i = first; i < last; ++i) {
+                low = v[i] < low ? v[i] : low;
+                high = v[i] > high ? v[i] : high;
+                nan |= v[i] != v[i];
+            }
+            const size_t at = row * ranges.runsPerRow + run;
+            ranges.low[at] = nan ? std::numeric_limits<float>::quiet_NaN() : low;
+            ranges.high[at] = nan ? std::numeric_limits<float>::quiet_NaN() : high;
+        }
+    });
+}
+
 } // namespace
 
 // ---- BaseVertexStateCalculator ----------------------------------------------------------
@@ -494,18 +654,20 @@ bool Sweep(const SweepInput& input, size_t slabCount, const SweepProgress& progr
         return true;
     const unsigned int layers = dims[2] - 1;
     const NodePositions positions(*input.lattice);
+    const GradientSource gradients(*input.lattice, *input.values, input.gradients);
     slabCount = PickSlabCount(slabCount, layers);
-    const std::vector<uint8_t> rowSides = input.computeVolume ? std::vector<uint8_t>() : ClassifyRows(input);
     SweepWorkspace local;
-    SweepWorkspace& buffers = workspace ? *workspace : local;
-    while (buffers.size() < slabCount)
-        buffers.push_back(std::make_unique<SlabBuffers>());
+    SweepWorkspace& work = workspace ? *workspace : local;
+    const size_t wordsPerRow = (dims[0] + kRunLength - 1) / kRunLength;
+    SetInsideFlags(input, wordsPerRow, work.inside);
+    while (work.slabs.size() < slabCount)
+        work.slabs.push_back(std::make_unique<SlabBuffers>());
     std::vector<std::unique_ptr<SlabSweep>> slabs(slabCount);
     for (size_t s = 0; s < slabCount; ++s) {
         const auto k0 = static_cast<unsigned int>(layers * s / slabCount);
         const auto k1 = static_cast<unsigned int>(layers * (s + 1) / slabCount);
-        slabs[s] = std::make_unique<SlabSweep>(input, positions, input.computeVolume ? nullptr : &rowSides, k0, k1,
-                                               *buffers[s]);
+        slabs[s] = std::make_unique<SlabSweep>(input, positions, gradients, work.inside, wordsPerRow, k0, k1,
+                                               *work.slabs[s]);
     }
     SweepControl control(progress, size_t(dims[1] - 1) * layers);
     if (slabCount == 1)
@@ -563,62 +725,45 @@ void FaceNormals(VgVertexData& data)
 
 // ---- the float copy and its gradients ----------------------------------------------------
 
-void CopyComponent(const VdLattice& lattice, unsigned int component, std::vector<float>& values)
+void CopyComponent(const VdLattice& lattice, unsigned int component, std::vector<float>& values, RunRanges* ranges)
 {
     values.resize(lattice.VertexCount());
-    if (values.empty() || component >= lattice.ComponentCount()) {
+    if (values.empty() || component >= lattice.ComponentCount())
         std::fill(values.begin(), values.end(), 0.0f);
-        return;
+    else
+        DispatchPrimType(lattice.DataType(), [&](auto tag) {
+            CopyNodes<typename decltype(tag)::Type>(lattice, component, values);
+        });
+    if (ranges)
+        FindRanges(lattice, values, *ranges);
+}
+
+void GradientCache::Reset(size_t nodes)
+{
+    if (nodes != m_Nodes) {
+        m_Gradients.reset(nodes ? new Gradient[nodes] : nullptr);
+        m_Stamps.reset(nodes ? new uint8_t[nodes]() : nullptr);
+        m_Nodes = nodes;
+        m_Stamp = 0;
     }
-    DispatchPrimType(lattice.DataType(), [&](auto tag) {
-        CopyNodes<typename decltype(tag)::Type>(lattice, component, values);
-    });
+    if (++m_Stamp == 0) {
+        std::fill(m_Stamps.get(), m_Stamps.get() + m_Nodes, uint8_t(0));
+        m_Stamp = 1;
+    }
 }
 
 void NodeGradients(const VdLattice& lattice, const std::vector<float>& values, std::vector<shr::Vec3f>& gradients)
 {
     const unsigned int* dims = lattice.GetDims();
-    const unsigned int nx = dims[0], ny = dims[1], nz = dims[2];
-    gradients.resize(values.size());
-    if (values.size() != size_t(nx) * ny * nz || values.empty()) {
-        std::fill(gradients.begin(), gradients.end(), shr::Vec3f::ZERO);
+    gradients.assign(values.size(), shr::Vec3f::ZERO);
+    if (values.size() != size_t(dims[0]) * dims[1] * dims[2] || values.empty())
         return;
-    }
-    const NodePositions positions(lattice);
-    auto lower = [](unsigned int n) { return n == 0 ? 0 : n - 1; };
-    auto upper = [](unsigned int n, unsigned int count) { return n + 1 < count ? n + 1 : n; };
-    // On axis-aligned lattices the position difference of the two diagonal
-    // neighbours splits into one difference per axis, the same numbers.
-    std::vector<double> spans[3];
-    if (positions.AxisAligned())
-        for (int axis = 0; axis < 3; ++axis)
-            for (unsigned int n = 0; n < dims[axis]; ++n)
-                spans[axis].push_back(positions.Axis(axis, upper(n, dims[axis])) -
-                                      positions.Axis(axis, lower(n)));
-    const size_t row = nx, layer = size_t(nx) * ny;
-    ParallelFor(nz, 1, [&](size_t level) {
-        const auto k = static_cast<unsigned int>(level);
-        const unsigned int k0 = lower(k), k1 = upper(k, nz);
-        for (unsigned int j = 0; j < ny; ++j) {
-            const unsigned int j0 = lower(j), j1 = upper(j, ny);
-            const size_t first = k * layer + j * row;
-            const float* v = values.data() + first;
-            const float* below = values.data() + k0 * layer + j * row;
-            const float* above = values.data() + k1 * layer + j * row;
-            const float* front = values.data() + k * layer + j0 * row;
-            const float* back = values.data() + k * layer + j1 * row;
-            shr::Vec3f* out = gradients.data() + first;
-            for (unsigned int i = 0; i < nx; ++i) {
-                const unsigned int i0 = lower(i), i1 = upper(i, nx);
-                const shr::Vec3d d = spans[0].empty()
-                                         ? positions(i1, j1, k1) - positions(i0, j0, k0)
-                                         : shr::Vec3d(spans[0][i], spans[1][j], spans[2][k]);
-                out[i] = shr::Vec3f(NarrowToFloat((double(v[i0]) - double(v[i1])) / d.x),
-                                    NarrowToFloat((double(front[i]) - double(back[i])) / d.y),
-                                    NarrowToFloat((double(below[i]) - double(above[i])) / d.z));
-            }
-        }
-    });
+    const GradientSource source(lattice, values, nullptr);
+    size_t n = 0;
+    for (unsigned int k = 0; k < dims[2]; ++k)
+        for (unsigned int j = 0; j < dims[1]; ++j)
+            for (unsigned int i = 0; i < dims[0]; ++i)
+                gradients[n++] = source.At(i, j, k);
 }
 
 } // namespace VoIsoSurfacePrivate

@@ -43,13 +43,14 @@ Extraction Extract(const VdLattice& lattice, double isovalue, Options options = 
     static const core::VolumeCalculator calculator;
     const bool curvilinear = dynamic_cast<const core::VdCurvilinearLattice*>(&lattice) != nullptr;
     std::vector<float> values;
-    CopyComponent(lattice, 0, values);
-    std::vector<shr::Vec3f> gradients;
-    if (!curvilinear)
-        NodeGradients(lattice, values, gradients);
+    RunRanges ranges;
+    CopyComponent(lattice, 0, values, &ranges);
+    GradientCache gradients;
+    gradients.Reset(curvilinear ? 0 : values.size());
     SweepInput input;
     input.lattice = &lattice;
     input.values = &values;
+    input.ranges = &ranges;
     input.gradients = &gradients;
     input.isovalue = isovalue;
     input.atOrAbove = options.atOrAbove;
@@ -335,8 +336,8 @@ TEST(IsoSurfaceSweep, ProgressCanStopTheSweep)
     const auto lattice = Sample(Kind::Uniform, 20, Sphere);
     std::vector<float> values;
     CopyComponent(*lattice, 0, values);
-    std::vector<shr::Vec3f> gradients;
-    NodeGradients(*lattice, values, gradients);
+    GradientCache gradients;
+    gradients.Reset(values.size());
     SweepInput input;
     input.lattice = lattice.get();
     input.values = &values;
