@@ -1,5 +1,6 @@
 #include "core/gridding/VoGridder3Private.h"
 
+#include "core/data/ParallelRanges.h"
 #include "core/data/PrimConvert.h"
 #include "core/data/VdLattice.h"
 #include "core/gridding/CPointData.h"
@@ -10,9 +11,13 @@
 #include "shr/MathUtil.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cfloat>
 #include <cmath>
 #include <limits>
+#include <memory>
+#include <mutex>
+#include <thread>
 
 namespace core {
 namespace VoGridder3Private {
@@ -114,38 +119,104 @@ private:
     unsigned m_Components;
 };
 
-// The skeleton of every method: visit each node once in serpentine order,
-// search around it, and write the value or a blank.
-template <class NodeValue>
-bool Fill(VdLattice& lattice, const char* text, const CSearchRules& search, const CPointData& data,
-          NodeValue&& nodeValue)
-{
-    VbProgress progress(text, 1, 500, 100);
-    CSearchEngine engine(search, data);
-    Neighbors neighbours;
-    LatticeWriter writer(lattice);
-    unsigned nx = 0, ny = 0, nz = 0;
-    lattice.GetDims(nx, ny, nz);
-    const double rows = static_cast<double>(nz) * static_cast<double>(ny);
-    for (unsigned k = 0; k < nz; ++k) {
-        for (unsigned jStep = 0; jStep < ny; ++jStep) {
-            if (!progress.Update((static_cast<double>(k) * ny + jStep) / rows))
-                return false;
-            const unsigned j = k % 2 == 0 ? jStep : ny - 1 - jStep;
-            for (unsigned iStep = 0; iStep < nx; ++iStep) {
-                const unsigned i = j % 2 == 0 ? iStep : nx - 1 - iStep;
-                const shr::Vec3d xyz = lattice.IJKToXYZ(i, j, k);
+// The rows of nodes (k, j-step) in the walk's order, shared out to TBB
+// workers in runs of consecutive rows. Each run walks its rows in the
+// serpentine order with an engine of its own over the one tree, seeded by its
+// own first search. A search answer does not depend on its seeds, so every
+// node gets the value the single walk gives it, at any thread count.
+class RowWalk {
+public:
+    RowWalk(VdLattice& lattice, const char* text, const CSearchRules& search, const CPointData& data)
+        : m_Lattice(lattice), m_Progress(text, 1, 500, 100), m_Engine(search, data), m_Writer(lattice),
+          m_Caller(std::this_thread::get_id())
+    {
+        lattice.GetDims(m_Nx, m_Ny, m_Nz);
+    }
+
+    // `makeValue()` gives each run its own node value function, whose
+    // scratch memory then stays on one thread.
+    template <class MakeNodeValue>
+    bool Run(const MakeNodeValue& makeValue)
+    {
+        const size_t rows = size_t(m_Nz) * m_Ny;
+        if (rows == 0 || m_Nx == 0) {
+            m_Lattice.DataModified();
+            return true;
+        }
+        std::vector<std::vector<uint32_t>> blanks;
+        std::mutex blanksLock;
+        ParallelRanges(rows, std::max<size_t>(1, rows / 256), [&](size_t first, size_t last) {
+            auto nodeValue = makeValue();
+            std::vector<uint32_t> runBlanks;
+            WalkRows(first, last, nodeValue, runBlanks);
+            const std::lock_guard<std::mutex> lock(blanksLock);
+            blanks.push_back(std::move(runBlanks));
+        });
+        if (m_Stop.load())
+            return false;
+        // The blank mask is shared by neighbouring nodes: it is written here,
+        // on one thread.
+        for (const std::vector<uint32_t>& run : blanks)
+            for (uint32_t tuple : run)
+                m_Lattice.SetBlank(tuple % m_Nx, tuple / m_Nx % m_Ny, tuple / m_Nx / m_Ny);
+        m_Lattice.DataModified();
+        return true;
+    }
+
+private:
+    template <class NodeValue>
+    void WalkRows(size_t first, size_t last, NodeValue& nodeValue, std::vector<uint32_t>& blanks)
+    {
+        const std::unique_ptr<CSearchEngine> engine = m_Engine.Share();
+        Neighbors neighbours;
+        for (size_t row = first; row < last; ++row) {
+            if (!NextRow())
+                return;
+            const auto k = static_cast<unsigned>(row / m_Ny);
+            const auto jStep = static_cast<unsigned>(row % m_Ny);
+            const unsigned j = k % 2 == 0 ? jStep : m_Ny - 1 - jStep;
+            for (unsigned iStep = 0; iStep < m_Nx; ++iStep) {
+                const unsigned i = j % 2 == 0 ? iStep : m_Nx - 1 - iStep;
+                const shr::Vec3d xyz = m_Lattice.IJKToXYZ(i, j, k);
                 const Point node(xyz[0], xyz[1], xyz[2]);
                 double value = 0.0;
-                if (engine.Search(node, neighbours) && nodeValue(node, neighbours, value))
-                    writer.Write(lattice.Index(i, j, k), value);
+                const uint32_t tuple = m_Lattice.Index(i, j, k);
+                if (engine->Search(node, neighbours) && nodeValue(node, neighbours, value))
+                    m_Writer.Write(tuple, value);
                 else
-                    lattice.SetBlank(i, j, k);
+                    blanks.push_back(tuple);
             }
         }
     }
-    lattice.DataModified();
-    return true;
+
+    // Progress is reported from the calling thread only; its false answer
+    // stops every run at its next row.
+    bool NextRow()
+    {
+        const size_t done = m_Done.fetch_add(1, std::memory_order_relaxed);
+        if (std::this_thread::get_id() == m_Caller) {
+            if (!m_Progress.Update(static_cast<double>(done) / (static_cast<double>(m_Nz) * m_Ny)))
+                m_Stop.store(true, std::memory_order_relaxed);
+        }
+        return !m_Stop.load(std::memory_order_relaxed);
+    }
+
+    VdLattice& m_Lattice;
+    VbProgress m_Progress;
+    CSearchEngine m_Engine;
+    LatticeWriter m_Writer;
+    unsigned m_Nx = 0, m_Ny = 0, m_Nz = 0;
+    std::thread::id m_Caller;
+    std::atomic<size_t> m_Done{0};
+    std::atomic<bool> m_Stop{false};
+};
+
+template <class MakeNodeValue>
+bool Fill(VdLattice& lattice, const char* text, const CSearchRules& search, const CPointData& data,
+          const MakeNodeValue& makeValue)
+{
+    RowWalk walk(lattice, text, search, data);
+    return walk.Run(makeValue);
 }
 
 } // namespace
@@ -352,30 +423,32 @@ bool DataMetric::DistanceStatistic(const Point& node, const Neighbors& neighbour
 bool InverseDistanceFill(VdLattice& lattice, const CInverseDistanceRules& rules, const CSearchRules& search,
                          const CPointData& data)
 {
-    return Fill(lattice, "Gridding with inverse distance...", search, data,
-                [&rules](const Point& node, const Neighbors& neighbours, double& value) {
-                    return InverseDistanceValue(rules, node, neighbours, value);
-                });
+    return Fill(lattice, "Gridding with inverse distance...", search, data, [&rules] {
+        return [&rules](const Point& node, const Neighbors& neighbours, double& value) {
+            return InverseDistanceValue(rules, node, neighbours, value);
+        };
+    });
 }
 
 bool LocalPolynomialFill(VdLattice& lattice, const CLocalPolynomialRules& rules, const CSearchRules& search,
                          const CPointData& data)
 {
-    LocalPolynomialFit fit(rules, search.AffineTransform());
-    return Fill(lattice, "Gridding with local polynomial...", search, data,
-                [&fit](const Point& node, const Neighbors& neighbours, double& value) {
-                    return fit.Value(node, neighbours, value);
-                });
+    return Fill(lattice, "Gridding with local polynomial...", search, data, [&rules, &search] {
+        return [fit = LocalPolynomialFit(rules, search.AffineTransform())](
+                   const Point& node, const Neighbors& neighbours, double& value) mutable {
+            return fit.Value(node, neighbours, value);
+        };
+    });
 }
 
 bool DataMetricFill(VdLattice& lattice, const CDataMetricRules& rules, const CSearchRules& search,
                     const CPointData& data)
 {
-    DataMetric metric(rules);
-    return Fill(lattice, "Gridding with data metrics...", search, data,
-                [&metric](const Point& node, const Neighbors& neighbours, double& value) {
-                    return metric.Value(node, neighbours, value);
-                });
+    return Fill(lattice, "Gridding with data metrics...", search, data, [&rules] {
+        return [metric = DataMetric(rules)](const Point& node, const Neighbors& neighbours, double& value) mutable {
+            return metric.Value(node, neighbours, value);
+        };
+    });
 }
 
 } // namespace VoGridder3Private

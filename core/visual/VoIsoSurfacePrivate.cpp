@@ -1,14 +1,12 @@
 #include "core/visual/VoIsoSurfacePrivate.h"
 
 #include "core/data/PrimConvert.h"
-#include "core/data/ThreadHandOver.h"
+#include "core/data/ParallelRanges.h"
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdLattice.h"
 #include "core/network/CoreError.h"
 #include "core/processing/VolumeCalculator.h"
 
-#include <tbb/blocked_range.h>
-#include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
 
 #include <algorithm>
@@ -28,48 +26,6 @@ namespace {
 
 // Differences up to the float epsilon put the vertex on the edge's first node.
 constexpr double kFloatEpsilon = 1.1920928955078125e-7;
-
-// The address through which loop bodies mark their hand-over edges.
-char s_HandOverToken;
-
-// A loop body for tbb::parallel_for with the hand-over edges that the thread
-// sanitizer cannot see (ThreadHandOver.h): TBB copies the body when it splits
-// a range, and the copy may run on another thread.
-template <class Body>
-class HandedOverBody {
-public:
-    explicit HandedOverBody(const Body& body) : m_Body(&body) {}
-    // TBB builds the copy in task memory that another thread may just have
-    // used, and may run it on a third.
-    HandedOverBody(const HandedOverBody& other)
-    {
-        TakeOver(&s_HandOverToken);
-        m_Body = other.m_Body;
-        HandOver(&s_HandOverToken);
-    }
-    HandedOverBody& operator=(const HandedOverBody&) = delete;
-
-    void operator()(const tbb::blocked_range<size_t>& range) const
-    {
-        TakeOver(&s_HandOverToken);
-        for (size_t n = range.begin(); n != range.end(); ++n)
-            (*m_Body)(n);
-        HandOver(&s_HandOverToken);
-    }
-
-private:
-    const Body* m_Body = nullptr;
-};
-
-// Calls body(n) for n in [0, count) on TBB workers, `grain` at a time.
-template <class Body>
-void ParallelFor(size_t count, size_t grain, const Body& body)
-{
-    const HandedOverBody<Body> handed(body);
-    HandOver(&s_HandOverToken);
-    tbb::parallel_for(tbb::blocked_range<size_t>(0, count, grain), handed);
-    TakeOver(&s_HandOverToken);
-}
 
 // The node offsets (i, j, k) of each corner from the cell's lowest node.
 constexpr unsigned int kCornerIJK[8][3] = {{0, 1, 0}, {1, 1, 0}, {1, 0, 0}, {0, 0, 0},
