@@ -13,6 +13,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <memory>
@@ -144,8 +145,27 @@ void Sizes(benchmark::internal::Benchmark* b)
     b->ArgNames({"field", "n"});
 }
 
-BENCHMARK(BM_IsovalueChange)->Apply(Sizes)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5);
-BENCHMARK(BM_InputChange)->Apply(Sizes)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5);
+// The peer takes the best of several runs; so does our side, through the
+// "min" of repeated measurements, which a shared machine needs on both sides.
+double Least(const std::vector<double>& values)
+{
+    return *std::min_element(values.begin(), values.end());
+}
+
+BENCHMARK(BM_IsovalueChange)
+    ->Apply(Sizes)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->MinTime(0.1)
+    ->Repetitions(7)
+    ->ComputeStatistics("min", Least);
+BENCHMARK(BM_InputChange)
+    ->Apply(Sizes)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->MinTime(0.1)
+    ->Repetitions(7)
+    ->ComputeStatistics("min", Least);
 
 } // namespace
 BENCHMARK_MAIN();

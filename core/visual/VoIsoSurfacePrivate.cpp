@@ -62,10 +62,15 @@ uint64_t RunBits(const BaseVertexStateCalculator& cube, const float* v, unsigned
     return bits;
 }
 
-// Sets the inside flag of every node, row by row; a run whose range lies on
-// one side is set without reading its values. Bits past a row's end are 0.
-void SetInsideFlags(const SweepInput& input, size_t wordsPerRow, std::vector<uint64_t>& inside)
+// How the nodes of one row lie against the isovalue.
+constexpr uint8_t kClearRow = 0, kSetRow = 1, kMixedRow = 2;
+
+// Sets the inside flag of every node, row by row, and the side of each row; a
+// run whose range lies on one side is set without reading its values. Bits
+// past a row's end are 0.
+void SetInsideFlags(const SweepInput& input, size_t wordsPerRow, SweepWorkspace& work)
 {
+    std::vector<uint64_t>& inside = work.inside;
     const unsigned int* dims = input.lattice->GetDims();
     const unsigned int nx = dims[0];
     const size_t rows = size_t(dims[1]) * dims[2];
@@ -76,8 +81,10 @@ void SetInsideFlags(const SweepInput& input, size_t wordsPerRow, std::vector<uin
                                   ? input.ranges
                                   : nullptr;
     inside.resize(rows * wordsPerRow);
+    work.sides.resize(rows);
     ParallelFor(rows, 256, [&](size_t row) {
         const float* v = input.values->data() + row * nx;
+        bool anyInside = false, anyOutside = false;
         for (size_t w = 0; w < wordsPerRow; ++w) {
             const unsigned int first = static_cast<unsigned int>(w * kRunLength);
             const unsigned int count = std::min(kRunLength, nx - first);
@@ -89,7 +96,10 @@ void SetInsideFlags(const SweepInput& input, size_t wordsPerRow, std::vector<uin
                 inside[at] = 0;
             else
                 inside[at] = RunBits(cube, v + first, count);
+            anyInside |= inside[at] != 0;
+            anyOutside |= inside[at] != all;
         }
+        work.sides[row] = anyInside && anyOutside ? kMixedRow : anyInside ? kSetRow : kClearRow;
     });
 }
 
@@ -120,19 +130,26 @@ public:
     {
     }
 
-    // Called before each row of cells; false once the sweep is to stop.
-    // Progress is reported from the calling thread only.
-    bool NextRow()
+    // Called before each row of cells with the slab's count of rows begun;
+    // false once the sweep is to stop. The shared count is brought up to date
+    // every 32 rows of a slab, not at each (the slabs would fight over it),
+    // and progress is reported from the calling thread only.
+    bool NextRow(size_t begun)
     {
-        const size_t done = m_Rows.fetch_add(1, std::memory_order_relaxed);
-        if (m_Progress && std::this_thread::get_id() == m_Caller &&
-            !m_Progress(static_cast<double>(done) / static_cast<double>(m_TotalRows)))
-            m_Stop.store(true, std::memory_order_relaxed);
+        if (begun % kRowsPerReport == 0) {
+            const size_t added = begun == 0 ? 0 : kRowsPerReport;
+            const size_t done = m_Rows.fetch_add(added, std::memory_order_relaxed) + added;
+            if (m_Progress && std::this_thread::get_id() == m_Caller &&
+                !m_Progress(static_cast<double>(done) / static_cast<double>(m_TotalRows)))
+                m_Stop.store(true, std::memory_order_relaxed);
+        }
         return !m_Stop.load(std::memory_order_relaxed);
     }
     bool Stopped() const { return m_Stop.load(std::memory_order_relaxed); }
 
 private:
+    static constexpr size_t kRowsPerReport = 32;
+
     const SweepProgress& m_Progress;
     size_t m_TotalRows;
     std::thread::id m_Caller;
@@ -217,11 +234,10 @@ namespace {
 class SlabSweep {
 public:
     SlabSweep(const SweepInput& input, const NodePositions& positions, const GradientSource& gradients,
-              const std::vector<uint64_t>& inside, size_t wordsPerRow, unsigned int k0, unsigned int k1,
-              SlabBuffers& buffers)
+              const SweepWorkspace& work, size_t wordsPerRow, unsigned int k0, unsigned int k1, SlabBuffers& buffers)
         : vertices(buffers.vertices), normals(buffers.normals), indices(buffers.indices), m_In(input),
-          m_Positions(positions), m_Gradients(gradients), m_Inside(&inside), m_WordsPerRow(wordsPerRow), m_K0(k0),
-          m_K1(k1),
+          m_Positions(positions), m_Gradients(gradients), m_Inside(&work.inside), m_Sides(&work.sides),
+          m_WordsPerRow(wordsPerRow), m_K0(k0), m_K1(k1),
           m_Cube(*input.values, static_cast<float>(input.isovalue), static_cast<int>(Dim(0)),
                  static_cast<int>(Dim(0) * Dim(1)), input.atOrAbove),
           m_Previous(buffers.previous), m_Current(buffers.current)
@@ -247,15 +263,17 @@ public:
             m_Corners.resize(8);
             m_Points.reserve(24);
         }
+        size_t begun = 0;
         for (unsigned int k = m_K0; k < m_K1; ++k) {
             std::swap(m_Previous, m_Current);
             if (k == m_K0 && k > 0)
                 MarkForeignBottom();
             m_Volumes = &m_LayerVolumes[k - m_K0];
             for (unsigned int j = 0; j + 1 < m_Ny; ++j) {
-                if (!control.NextRow())
+                if (!control.NextRow(begun++))
                     return false;
-                ProcessRow(j, k);
+                if (m_In.computeVolume || !OneSided(j, k))
+                    ProcessRow(j, k);
             }
         }
         return true;
@@ -291,6 +309,14 @@ private:
             m_Previous[node][0] = ForeignCode(node, 0);
             m_Previous[node][1] = ForeignCode(node, 1);
         }
+    }
+
+    // Whether the four node rows of a row of cells lie wholly on one side:
+    // then none of its cells is cut.
+    bool OneSided(unsigned int j, unsigned int k) const
+    {
+        const uint8_t* side = m_Sides->data() + size_t(k) * m_Ny + j;
+        return side[0] != kMixedRow && side[1] == side[0] && side[m_Ny] == side[0] && side[m_Ny + 1] == side[0];
     }
 
     // The cells of one row, taken from the four node rows' inside flags a word
@@ -444,6 +470,7 @@ private:
     const NodePositions& m_Positions;
     const GradientSource& m_Gradients;
     const std::vector<uint64_t>* m_Inside;
+    const std::vector<uint8_t>* m_Sides;
     size_t m_WordsPerRow;
     unsigned int m_K0, m_K1;
     unsigned int m_Nx = 0, m_Ny = 0, m_Nz = 0;
@@ -587,7 +614,7 @@ NodePositions::NodePositions(const VdLattice& lattice)
     }
 }
 
-shr::Vec3d NodePositions::operator()(unsigned int i, unsigned int j, unsigned int k) const
+shr::Vec3d NodePositions::Mapped(unsigned int i, unsigned int j, unsigned int k) const
 {
     if (!m_Separable)
         return m_Lattice->IJKToXYZ(i, j, k);
@@ -615,14 +642,14 @@ bool Sweep(const SweepInput& input, size_t slabCount, const SweepProgress& progr
     SweepWorkspace local;
     SweepWorkspace& work = workspace ? *workspace : local;
     const size_t wordsPerRow = (dims[0] + kRunLength - 1) / kRunLength;
-    SetInsideFlags(input, wordsPerRow, work.inside);
+    SetInsideFlags(input, wordsPerRow, work);
     while (work.slabs.size() < slabCount)
         work.slabs.push_back(std::make_unique<SlabBuffers>());
     std::vector<std::unique_ptr<SlabSweep>> slabs(slabCount);
     for (size_t s = 0; s < slabCount; ++s) {
         const auto k0 = static_cast<unsigned int>(layers * s / slabCount);
         const auto k1 = static_cast<unsigned int>(layers * (s + 1) / slabCount);
-        slabs[s] = std::make_unique<SlabSweep>(input, positions, gradients, work.inside, wordsPerRow, k0, k1,
+        slabs[s] = std::make_unique<SlabSweep>(input, positions, gradients, work, wordsPerRow, k0, k1,
                                                *work.slabs[s]);
     }
     SweepControl control(progress, size_t(dims[1] - 1) * layers);

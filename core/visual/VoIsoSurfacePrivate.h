@@ -93,13 +93,18 @@ class NodePositions {
 public:
     explicit NodePositions(const VdLattice& lattice);
 
-    shr::Vec3d operator()(unsigned int i, unsigned int j, unsigned int k) const;
+    shr::Vec3d operator()(unsigned int i, unsigned int j, unsigned int k) const
+    {
+        return AxisAligned() ? shr::Vec3d(m_Axis[0][i], m_Axis[1][j], m_Axis[2][k]) : Mapped(i, j, k);
+    }
     // Whether each scene coordinate depends on its own node index alone, as
     // Axis(axis, n) gives it: separable and without a user transform.
     bool AxisAligned() const { return m_Separable && !m_Transformed; }
     double Axis(int axis, unsigned int n) const { return m_Axis[axis][n]; }
 
 private:
+    shr::Vec3d Mapped(unsigned int i, unsigned int j, unsigned int k) const;
+
     const VdLattice* m_Lattice;
     bool m_Separable;
     bool m_Transformed;
@@ -175,11 +180,13 @@ struct SlabBuffers {
     std::vector<int> indices;
     std::vector<std::array<int, 3>> previous, current;
 };
-// The memory a sweep works in: the slabs' buffers and the inside flags of
-// every node (a bit each, 64 nodes a word, each row starting a new word).
+// The memory a sweep works in: the slabs' buffers, the inside flags of every
+// node (a bit each, 64 nodes a word, each row starting a new word) and the
+// side of each row of nodes (all clear, all set, or mixed).
 struct SweepWorkspace {
     std::vector<std::unique_ptr<SlabBuffers>> slabs;
     std::vector<uint64_t> inside;
+    std::vector<uint8_t> sides;
 };
 
 // What the module keeps from one run to the next: per input the run ranges
