@@ -235,7 +235,6 @@ bool VoIsoSurface::March(const VdLattice& lattice)
     const SweepProgress report = [&progress](double fraction) { return progress.Update(fraction); };
     SweepVolumes volumes;
     int triangles = 0;
-    m_Surface.clear();
     if (!Sweep(input, 0, report, m_Surface, volumes, triangles, &m_Sweep->workspace)) {
         m_Surface.clear();
         return false;

@@ -627,14 +627,17 @@ shr::Vec3d NodePositions::Mapped(unsigned int i, unsigned int j, unsigned int k)
 bool Sweep(const SweepInput& input, size_t slabCount, const SweepProgress& progress, VgVertexData& data,
            SweepVolumes& volumes, int& triangles, SweepWorkspace* workspace)
 {
-    data.vertices.clear();
-    data.normals.clear();
-    data.indices.clear();
+    // `data` keeps its size until the join: sized again to what it had, its
+    // arrays are then written once, not cleared and written.
     volumes = SweepVolumes();
     triangles = 0;
     const unsigned int* dims = input.lattice->GetDims();
-    if (dims[0] < 2 || dims[1] < 2 || dims[2] < 2)
+    if (dims[0] < 2 || dims[1] < 2 || dims[2] < 2) {
+        data.vertices.clear();
+        data.normals.clear();
+        data.indices.clear();
         return true;
+    }
     const unsigned int layers = dims[2] - 1;
     const NodePositions positions(*input.lattice);
     const GradientSource gradients(*input.lattice, *input.values, input.gradients);
