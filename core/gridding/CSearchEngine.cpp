@@ -19,7 +19,8 @@ namespace {
 // The order of the candidate set: a is better than b when nearer, or equally
 // near and earlier in the table. The heap keeps the worst on top.
 struct BetterOrder {
-    bool operator()(const CNeighbor& a, const CNeighbor& b) const
+    template <class Entry>
+    bool operator()(const Entry& a, const Entry& b) const
     {
         if (a.distance != b.distance)
             return a.distance < b.distance;
@@ -29,10 +30,11 @@ struct BetterOrder {
 constexpr BetterOrder Better{};
 
 // Restores the heap after its top was replaced.
-void SiftDownFromTop(std::vector<CNeighbor>& heap)
+template <class Entry>
+void SiftDownFromTop(std::vector<Entry>& heap)
 {
     const size_t n = heap.size();
-    const CNeighbor moving = heap[0];
+    const Entry moving = heap[0];
     size_t hole = 0;
     for (;;) {
         size_t child = 2 * hole + 1;
@@ -152,6 +154,9 @@ private:
         std::swap(m_Rows[a], m_Rows[b]);
     }
 
+    // Ranges of at most this many keys are finished by insertion.
+    static constexpr size_t kFewKeys = 6;
+
     // Puts the element of rank `nth` of [first, last) in its sorted place by
     // the key of `axis`, no greater key before it and no smaller one after;
     // equal keys fall as they may. Quickselect on the key array alone, which
@@ -162,7 +167,7 @@ private:
         const double* k = m_Keys[axis].data();
         size_t lo = first, hi = last - 1;
         int rounds = 0;
-        while (hi - lo > kBucketSize) {
+        while (hi - lo > kFewKeys) {
             if (++rounds > 64) {
                 SelectByOrder(lo, nth, hi + 1, axis);
                 return;
@@ -177,6 +182,7 @@ private:
             const double pivot = k[mid];
             // k[lo] <= pivot <= k[hi] stop both scans inside the range.
             size_t i = lo, j = hi;
+            PartitionBlocks(k, pivot, i, j);
             for (;;) {
                 do
                     ++i;
@@ -197,6 +203,45 @@ private:
         for (size_t i = lo + 1; i <= hi; ++i)
             for (size_t j = i; j > lo && k[j] < k[j - 1]; --j)
                 Swap(j, j - 1);
+    }
+
+    // The bulk of a partition, a block of keys from each end at a time: the
+    // keys that must cross (not below the pivot on the left, not above it on
+    // the right, so equal keys spread to both sides) are listed without
+    // branches, then swapped in pairs. Keeps [lo, i] <= pivot <= [j, hi]; a
+    // block not yet cleared is left to the plain scans that follow.
+    void PartitionBlocks(const double* k, double pivot, size_t& i, size_t& j)
+    {
+        constexpr size_t kBlock = 64;
+        uint8_t left[kBlock], right[kBlock];
+        size_t leftCount = 0, rightCount = 0, leftFirst = 0, rightFirst = 0;
+        while (j - i - 1 >= 2 * kBlock) {
+            if (leftCount == 0) {
+                leftFirst = 0;
+                for (size_t n = 0; n < kBlock; ++n) {
+                    left[leftCount] = static_cast<uint8_t>(n);
+                    leftCount += !(k[i + 1 + n] < pivot);
+                }
+            }
+            if (rightCount == 0) {
+                rightFirst = 0;
+                for (size_t n = 0; n < kBlock; ++n) {
+                    right[rightCount] = static_cast<uint8_t>(n);
+                    rightCount += !(pivot < k[j - 1 - n]);
+                }
+            }
+            const size_t pairs = std::min(leftCount, rightCount);
+            for (size_t n = 0; n < pairs; ++n)
+                Swap(i + 1 + left[leftFirst + n], j - 1 - right[rightFirst + n]);
+            leftCount -= pairs;
+            rightCount -= pairs;
+            leftFirst += pairs;
+            rightFirst += pairs;
+            if (leftCount == 0)
+                i += kBlock;
+            if (rightCount == 0)
+                j -= kBlock;
+        }
     }
 
     void SelectByOrder(size_t first, size_t nth, size_t last, int axis)
@@ -314,8 +359,14 @@ bool CSearchEngine::Search(const shr::Point3<double>& query, std::vector<CNeighb
     }
 
     // Farthest first, nearest last.
-    std::sort(m_Neighbors.begin(), m_Neighbors.end(), [](const CNeighbor& a, const CNeighbor& b) { return Better(b, a); });
-    neighbours.assign(m_Neighbors.begin(), m_Neighbors.end());
+    std::sort(m_Neighbors.begin(), m_Neighbors.end(), [](const Candidate& a, const Candidate& b) { return Better(b, a); });
+    neighbours.resize(m_Neighbors.size());
+    m_LastAt.resize(m_Neighbors.size());
+    for (size_t n = 0; n < m_Neighbors.size(); ++n) {
+        neighbours[n] = CNeighbor(m_Neighbors[n].distance, m_Neighbors[n].datum);
+        m_LastAt[n] = m_Neighbors[n].at;
+    }
+    m_LastAnswer = neighbours.empty() ? nullptr : neighbours.data();
     return static_cast<int32_t>(neighbours.size()) >= m_Rules.MinData();
 }
 
@@ -336,6 +387,19 @@ double CSearchEngine::SeedLimit(const std::vector<CNeighbor>& seeds)
 {
     if (seeds.size() < m_MaxData || m_Data->empty())
         return 1.0;
+    if (IsLastAnswer(seeds)) {
+        // Distinct rows whose positions the tree holds at hand: the limit is
+        // the farthest of them, if none has left the ellipsoid.
+        double limit = 0.0;
+        const Position* positions = m_Tree->positions.data();
+        for (size_t at : m_LastAt) {
+            const double distance = m_Diagonal ? Distance<true>(positions[at]) : Distance<false>(positions[at]);
+            if (!(distance <= 1.0))
+                return 1.0;
+            limit = distance > limit ? distance : limit;
+        }
+        return limit;
+    }
     m_Seeds.clear();
     const uintptr_t first = reinterpret_cast<uintptr_t>(&(*m_Data)[0]);
     const uintptr_t end = first + m_Data->size() * sizeof(CPointDatum);
@@ -357,6 +421,19 @@ double CSearchEngine::SeedLimit(const std::vector<CNeighbor>& seeds)
     return m_Seeds.size() < m_MaxData ? 1.0 : m_Seeds[m_MaxData - 1].distance;
 }
 
+// Whether the seeds are this engine's last answer, as a caller that walks a
+// lattice passes it back: the same vector, of MaxData rows, unchanged.
+bool CSearchEngine::IsLastAnswer(const std::vector<CNeighbor>& seeds) const
+{
+    if (seeds.data() != m_LastAnswer || seeds.size() != m_MaxData || m_LastAt.size() != m_MaxData)
+        return false;
+    const std::vector<uint32_t>& rows = m_Tree->rows;
+    for (size_t n = 0; n < seeds.size(); ++n)
+        if (seeds[n].datum != &(*m_Data)[rows[m_LastAt[n]]])
+            return false;
+    return true;
+}
+
 // General transforms prune by a box around the query, widened beyond the
 // rounding of the coordinates; diagonal ones by the limit alone.
 inline void CSearchEngine::SetLimit(double limit)
@@ -376,7 +453,7 @@ inline void CSearchEngine::Offer(size_t at, double distance)
 {
     if (!(distance <= m_Limit))
         return;
-    const CNeighbor candidate(distance, &(*m_Data)[m_Tree->rows[at]]);
+    const Candidate candidate{distance, &(*m_Data)[m_Tree->rows[at]], at};
     if (m_Neighbors.size() == m_MaxData) {
         if (!Better(candidate, m_Neighbors.front()))
             return;

@@ -78,6 +78,7 @@ private:
     bool BallMisses(const double gap[3]) const;
     void SearchAllData(std::vector<CNeighbor>& neighbours) const;
     double SeedLimit(const std::vector<CNeighbor>& seeds);
+    bool IsLastAnswer(const std::vector<CNeighbor>& seeds) const;
     void Offer(size_t at, double distance);
     void SetLimit(double limit);
 
@@ -90,11 +91,21 @@ private:
     shr::Point3<double> m_TransformedQuery;
     double m_Limit;
     shr::Box3d m_SearchBox;
+    // A row found, with its place in the tree.
+    struct Candidate {
+        double distance;
+        const CPointDatum* datum;
+        size_t at;
+    };
     // The candidate set: unordered while it holds fewer than MaxData rows,
     // from then on a max-heap on (distance, row address) whose top is the
     // worst candidate, the one an ordered set would hold first.
-    std::vector<CNeighbor> m_Neighbors;
+    std::vector<Candidate> m_Neighbors;
     std::vector<CNeighbor> m_Seeds; // scratch
+    // The last answer, where it was written and the tree places of its rows,
+    // so that seeds that are this answer need not be looked up in the table.
+    const CNeighbor* m_LastAnswer = nullptr;
+    std::vector<size_t> m_LastAt;
 };
 
 } // namespace core
