@@ -18,13 +18,21 @@ namespace {
 
 // The order of the candidate set: a is better than b when nearer, or equally
 // near and earlier in the table. The heap keeps the worst on top.
+// Candidates carry their table row, answers the row's address: either
+// orders the rows as the table does.
 struct BetterOrder {
-    template <class Entry>
-    bool operator()(const Entry& a, const Entry& b) const
+    bool operator()(const CNeighbor& a, const CNeighbor& b) const
     {
         if (a.distance != b.distance)
             return a.distance < b.distance;
         return std::less<const CPointDatum*>()(a.datum, b.datum);
+    }
+    template <class Candidate>
+    bool operator()(const Candidate& a, const Candidate& b) const
+    {
+        if (a.distance != b.distance)
+            return a.distance < b.distance;
+        return a.row < b.row;
     }
 };
 constexpr BetterOrder Better{};
@@ -70,6 +78,8 @@ constexpr int kProgressDepth = 7;
 // the answer as it is: it is the best MaxData rows by distance and table
 // position, whatever order they come in.
 constexpr size_t kBucketSize = 16;
+// Deeper than any tree of at most 2^32 rows can be.
+constexpr size_t kMaxDepth = 64;
 
 // Relative widening of the search box of general transforms, far above the
 // rounding of transformed coordinates, so that the box never loses a row the
@@ -275,7 +285,9 @@ private:
 } // namespace
 
 struct CSearchEngine::Tree {
-    std::vector<Position> positions; // in tree order
+    std::vector<double> x, y, z;     // the rows' positions, in tree order
+
+    Position At(size_t at) const { return Position(x[at], y[at], z[at]); }
     std::vector<uint32_t> rows;      // the table index of each
     std::vector<double> splits;      // each inner node's key on its axis
     double slack = 0.0;              // the box widening of general transforms for the rows' size
@@ -301,9 +313,11 @@ CSearchEngine::CSearchEngine(const CSearchRules& rules, const CPointData& data, 
     built->rows = std::move(builder.Rows());
     built->splits = std::move(builder.Splits());
     built->slack = kBoxSlack * (1.0 + builder.Terms());
-    built->positions.reserve(data.size());
-    for (uint32_t row : built->rows)
-        built->positions.push_back(data[row]);
+    for (uint32_t row : built->rows) {
+        built->x.push_back(data[row].X());
+        built->y.push_back(data[row].Y());
+        built->z.push_back(data[row].Z());
+    }
     m_Tree = std::move(built);
 }
 
@@ -345,7 +359,7 @@ bool CSearchEngine::Search(const shr::Point3<double>& query, std::vector<CNeighb
 
     m_Neighbors.clear();
     SetLimit(SeedLimit(neighbours));
-    const size_t count = m_Tree->positions.size();
+    const size_t count = m_Tree->rows.size();
     if (count == 0) {
         // nothing to walk
     } else if (!m_Diagonal) {
@@ -354,8 +368,7 @@ bool CSearchEngine::Search(const shr::Point3<double>& query, std::vector<CNeighb
     } else if (std::isfinite(m_TransformedQuery.X()) && std::isfinite(m_TransformedQuery.Y()) &&
                std::isfinite(m_TransformedQuery.Z())) {
         // (No row lies at a finite distance from a query that is not finite.)
-        double gap[3] = {0.0, 0.0, 0.0};
-        ScanDiagonal(0, count, 0, gap);
+        ScanDiagonal(count);
     }
 
     // Farthest first, nearest last.
@@ -363,7 +376,7 @@ bool CSearchEngine::Search(const shr::Point3<double>& query, std::vector<CNeighb
     neighbours.resize(m_Neighbors.size());
     m_LastAt.resize(m_Neighbors.size());
     for (size_t n = 0; n < m_Neighbors.size(); ++n) {
-        neighbours[n] = CNeighbor(m_Neighbors[n].distance, m_Neighbors[n].datum);
+        neighbours[n] = CNeighbor(m_Neighbors[n].distance, &(*m_Data)[m_Neighbors[n].row]);
         m_LastAt[n] = m_Neighbors[n].at;
     }
     m_LastAnswer = neighbours.empty() ? nullptr : neighbours.data();
@@ -391,9 +404,9 @@ double CSearchEngine::SeedLimit(const std::vector<CNeighbor>& seeds)
         // Distinct rows whose positions the tree holds at hand: the limit is
         // the farthest of them, if none has left the ellipsoid.
         double limit = 0.0;
-        const Position* positions = m_Tree->positions.data();
         for (size_t at : m_LastAt) {
-            const double distance = m_Diagonal ? Distance<true>(positions[at]) : Distance<false>(positions[at]);
+            const Position p = m_Tree->At(at);
+            const double distance = m_Diagonal ? Distance<true>(p) : Distance<false>(p);
             if (!(distance <= 1.0))
                 return 1.0;
             limit = distance > limit ? distance : limit;
@@ -453,7 +466,7 @@ inline void CSearchEngine::Offer(size_t at, double distance)
 {
     if (!(distance <= m_Limit))
         return;
-    const Candidate candidate{distance, &(*m_Data)[m_Tree->rows[at]], at};
+    const Candidate candidate{distance, m_Tree->rows[at], static_cast<uint32_t>(at)};
     if (m_Neighbors.size() == m_MaxData) {
         if (!Better(candidate, m_Neighbors.front()))
             return;
@@ -471,25 +484,31 @@ inline void CSearchEngine::Offer(size_t at, double distance)
 template <bool Diagonal>
 void CSearchEngine::ScanBucket(size_t first, size_t last)
 {
-    const Position* positions = m_Tree->positions.data();
     if (!Diagonal) {
         for (size_t i = first; i < last; ++i)
-            Offer(i, Distance<false>(positions[i]));
+            Offer(i, Distance<false>(m_Tree->At(i)));
         return;
     }
-    // Distance<true> with the query and the gram diagonal held in registers.
+    // Distance<true> of the whole bucket first, in a loop the compiler runs
+    // on vector registers (each lane the same IEEE operations), then the
+    // offers in order.
     const double qx = m_Query.X(), qy = m_Query.Y(), qz = m_Query.Z();
     const double* g = m_Rules.AffineTransform().Gram();
     const double gx = g[0], gy = g[4], gz = g[8];
-    for (size_t i = first; i < last; ++i) {
-        const Position& p = positions[i];
-        const double dx = p.X() - qx;
-        const double dy = p.Y() - qy;
-        const double dz = p.Z() - qz;
-        const double distance = dx * (gx * dx) + dy * (gy * dy) + dz * (gz * dz);
-        if (distance <= m_Limit)
-            Offer(i, distance);
+    const double* x = m_Tree->x.data() + first;
+    const double* y = m_Tree->y.data() + first;
+    const double* z = m_Tree->z.data() + first;
+    const size_t count = last - first;
+    double distances[kBucketSize];
+    for (size_t n = 0; n < count; ++n) {
+        const double dx = x[n] - qx;
+        const double dy = y[n] - qy;
+        const double dz = z[n] - qz;
+        distances[n] = dx * (gx * dx) + dy * (gy * dy) + dz * (gz * dz);
     }
+    for (size_t n = 0; n < count; ++n)
+        if (distances[n] <= m_Limit)
+            Offer(first + n, distances[n]);
 }
 
 void CSearchEngine::ScanNode(size_t first, size_t last, int depth, shr::Box3d& nodeBox)
@@ -501,7 +520,7 @@ void CSearchEngine::ScanNode(size_t first, size_t last, int depth, shr::Box3d& n
         return;
     }
     const size_t middle = first + (last - first) / 2;
-    Offer(middle, Distance<false>(m_Tree->positions[middle]));
+    Offer(middle, Distance<false>(m_Tree->At(middle)));
 
     const int axis = depth % 3;
     const double split = m_Tree->splits[middle];
@@ -540,34 +559,50 @@ inline bool CSearchEngine::BallMisses(const double gap[3]) const
 // The child on the query's side is walked first: it holds the nearest rows,
 // which shrink the limit before the far side is tested. The order changes
 // which rows are offered, not the answer, which is the best MaxData rows by
-// distance and table position whatever order they come in.
-void CSearchEngine::ScanDiagonal(size_t first, size_t last, int depth, double gap[3])
+// distance and table position whatever order they come in. A loop down the
+// near side with the far sides kept on a stack, each tested against the limit
+// as it then stands when its turn comes.
+void CSearchEngine::ScanDiagonal(size_t count)
 {
-    if (last - first <= kBucketSize) {
-        ScanBucket<true>(first, last);
-        return;
-    }
-    const size_t middle = first + (last - first) / 2;
-    Offer(middle, Distance<true>(m_Tree->positions[middle]));
-
-    const int axis = depth % 3;
-    const double split = m_Tree->splits[middle];
-    const double query = Coordinate(m_TransformedQuery, axis);
-    const double saved = gap[axis];
-    const double leftGap = query > split ? Gap(query - split, query) : saved;
-    const double rightGap = query < split ? Gap(split - query, query) : saved;
-    const bool leftFirst = !(query > split);
-    for (int side = 0; side < 2; ++side) {
-        const bool left = (side == 0) == leftFirst;
-        const size_t from = left ? first : middle + 1;
-        const size_t to = left ? middle : last;
-        if (from == to)
+    struct Pending {
+        size_t first, last;
+        int depth;
+        double gap[3];
+    };
+    // A walk down from the root keeps at most one far side per level.
+    Pending stack[kMaxDepth];
+    size_t pending = 0;
+    stack[pending++] = {0, count, 0, {0.0, 0.0, 0.0}};
+    while (pending > 0) {
+        Pending node = stack[--pending];
+        if (BallMisses(node.gap))
             continue;
-        gap[axis] = left ? leftGap : rightGap;
-        if (!BallMisses(gap))
-            ScanDiagonal(from, to, depth + 1, gap);
+        while (node.last - node.first > kBucketSize) {
+            const size_t middle = node.first + (node.last - node.first) / 2;
+            Offer(middle, Distance<true>(m_Tree->At(middle)));
+            const int axis = node.depth % 3;
+            const double split = m_Tree->splits[middle];
+            const double query = Coordinate(m_TransformedQuery, axis);
+            const bool leftNear = !(query > split);
+            Pending far = node;
+            ++far.depth;
+            ++node.depth;
+            if (leftNear) {
+                far.first = middle + 1;
+                node.last = middle;
+                if (query < split)
+                    far.gap[axis] = Gap(split - query, query);
+            } else {
+                far.last = middle;
+                node.first = middle + 1;
+                far.gap[axis] = Gap(query - split, query);
+            }
+            if (far.first != far.last && !BallMisses(far.gap))
+                stack[pending++] = far;
+        }
+        if (node.first != node.last)
+            ScanBucket<true>(node.first, node.last);
     }
-    gap[axis] = saved;
 }
 
 } // namespace core

@@ -63,9 +63,9 @@ private:
     // The walk for general transforms: prunes by the node's box in
     // transformed space, which it narrows in place and restores.
     void ScanNode(size_t first, size_t last, int depth, shr::Box3d& nodeBox);
-    // The walk for diagonal transforms: prunes by the distance from the query
-    // to the node's box, kept per axis in `gap` and restored.
-    void ScanDiagonal(size_t first, size_t last, int depth, double gap[3]);
+    // The walk for diagonal transforms over the tree's `count` rows: prunes
+    // by the distance from the query to each node's box, kept per axis.
+    void ScanDiagonal(size_t count);
     template <bool Diagonal>
     void ScanBucket(size_t first, size_t last);
 
@@ -91,11 +91,11 @@ private:
     shr::Point3<double> m_TransformedQuery;
     double m_Limit;
     shr::Box3d m_SearchBox;
-    // A row found, with its place in the tree.
+    // A row found: its table index and its place in the tree.
     struct Candidate {
         double distance;
-        const CPointDatum* datum;
-        size_t at;
+        uint32_t row;
+        uint32_t at;
     };
     // The candidate set: unordered while it holds fewer than MaxData rows,
     // from then on a max-heap on (distance, row address) whose top is the
