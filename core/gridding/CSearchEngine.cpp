@@ -77,7 +77,7 @@ constexpr int kProgressDepth = 7;
 // Rows are offered in another order than a node walk would take, which leaves
 // the answer as it is: it is the best MaxData rows by distance and table
 // position, whatever order they come in.
-constexpr size_t kBucketSize = 16;
+constexpr size_t kBucketSize = 24;
 // Deeper than any tree of at most 2^32 rows can be.
 constexpr size_t kMaxDepth = 64;
 
