@@ -65,43 +65,58 @@ uint64_t RunBits(const BaseVertexStateCalculator& cube, const float* v, unsigned
 // How the nodes of one row lie against the isovalue.
 constexpr uint8_t kClearRow = 0, kSetRow = 1, kMixedRow = 2;
 
-// Sets the inside flag of every node, row by row, and the side of each row; a
-// run whose range lies on one side is set without reading its values. Bits
-// past a row's end are 0.
-void SetInsideFlags(const SweepInput& input, size_t wordsPerRow, SweepWorkspace& work)
-{
-    std::vector<uint64_t>& inside = work.inside;
-    const unsigned int* dims = input.lattice->GetDims();
-    const unsigned int nx = dims[0];
-    const size_t rows = size_t(dims[1]) * dims[2];
-    const BaseVertexStateCalculator cube(*input.values, static_cast<float>(input.isovalue), static_cast<int>(nx),
-                                        static_cast<int>(nx * dims[1]), input.atOrAbove);
-    const RunRanges* ranges = input.ranges && input.ranges->runsPerRow == wordsPerRow &&
-                                      input.ranges->low.size() == rows * wordsPerRow
-                                  ? input.ranges
-                                  : nullptr;
-    inside.resize(rows * wordsPerRow);
-    work.sides.resize(rows);
-    ParallelFor(rows, 256, [&](size_t row) {
-        const float* v = input.values->data() + row * nx;
-        bool anyInside = false, anyOutside = false;
-        for (size_t w = 0; w < wordsPerRow; ++w) {
-            const unsigned int first = static_cast<unsigned int>(w * kRunLength);
-            const unsigned int count = std::min(kRunLength, nx - first);
-            const size_t at = row * wordsPerRow + w;
-            const uint64_t all = count == kRunLength ? ~uint64_t(0) : (uint64_t(1) << count) - 1;
-            if (ranges && cube.AllInside(ranges->low[at], ranges->high[at]))
-                inside[at] = all;
-            else if (ranges && cube.AllOutside(ranges->low[at], ranges->high[at]))
-                inside[at] = 0;
-            else
-                inside[at] = RunBits(cube, v + first, count);
-            anyInside |= inside[at] != 0;
-            anyOutside |= inside[at] != all;
+// The inside flags of one layer of nodes, row by row, and the side of each
+// row; a run whose range lies on one side is set without reading its values.
+// Bits past a row's end are 0.
+class LayerFlags {
+public:
+    explicit LayerFlags(const SweepInput& input)
+        : m_Values(input.values->data()), m_Nx(input.lattice->GetDims()[0]), m_Ny(input.lattice->GetDims()[1]),
+          m_Words((m_Nx + kRunLength - 1) / kRunLength),
+          m_Cube(*input.values, static_cast<float>(input.isovalue), static_cast<int>(m_Nx),
+                 static_cast<int>(m_Nx * m_Ny), input.atOrAbove)
+    {
+        const size_t rows = size_t(m_Ny) * input.lattice->GetDims()[2];
+        if (input.ranges && input.ranges->runsPerRow == m_Words && input.ranges->low.size() == rows * m_Words)
+            m_Ranges = input.ranges;
+    }
+
+    size_t WordsPerRow() const { return m_Words; }
+
+    void Set(unsigned int k, std::vector<uint64_t>& flags, std::vector<uint8_t>& sides) const
+    {
+        flags.resize(size_t(m_Ny) * m_Words);
+        sides.resize(m_Ny);
+        for (unsigned int j = 0; j < m_Ny; ++j) {
+            const size_t row = size_t(k) * m_Ny + j;
+            const float* v = m_Values + row * m_Nx;
+            bool anyInside = false, anyOutside = false;
+            for (size_t w = 0; w < m_Words; ++w) {
+                const unsigned int first = static_cast<unsigned int>(w * kRunLength);
+                const unsigned int count = std::min(kRunLength, m_Nx - first);
+                const size_t at = row * m_Words + w;
+                const uint64_t all = count == kRunLength ? ~uint64_t(0) : (uint64_t(1) << count) - 1;
+                uint64_t& bits = flags[size_t(j) * m_Words + w];
+                if (m_Ranges && m_Cube.AllInside(m_Ranges->low[at], m_Ranges->high[at]))
+                    bits = all;
+                else if (m_Ranges && m_Cube.AllOutside(m_Ranges->low[at], m_Ranges->high[at]))
+                    bits = 0;
+                else
+                    bits = RunBits(m_Cube, v + first, count);
+                anyInside |= bits != 0;
+                anyOutside |= bits != all;
+            }
+            sides[j] = anyInside && anyOutside ? kMixedRow : anyInside ? kSetRow : kClearRow;
         }
-        work.sides[row] = anyInside && anyOutside ? kMixedRow : anyInside ? kSetRow : kClearRow;
-    });
-}
+    }
+
+private:
+    const float* m_Values;
+    unsigned int m_Nx, m_Ny;
+    size_t m_Words;
+    BaseVertexStateCalculator m_Cube;
+    const RunRanges* m_Ranges = nullptr;
+};
 
 // The flags of one row of nodes as the cells of a row read them: bit p of
 // Here(w) is node 64 w + p, of Next(w) node 64 w + p + 1.
@@ -234,10 +249,10 @@ namespace {
 class SlabSweep {
 public:
     SlabSweep(const SweepInput& input, const NodePositions& positions, const GradientSource& gradients,
-              const SweepWorkspace& work, size_t wordsPerRow, unsigned int k0, unsigned int k1, SlabBuffers& buffers)
+              const LayerFlags& flags, unsigned int k0, unsigned int k1, SlabBuffers& buffers)
         : vertices(buffers.vertices), normals(buffers.normals), indices(buffers.indices), m_In(input),
-          m_Positions(positions), m_Gradients(gradients), m_Inside(&work.inside), m_Sides(&work.sides),
-          m_WordsPerRow(wordsPerRow), m_K0(k0), m_K1(k1),
+          m_Positions(positions), m_Gradients(gradients), m_Flags(flags), m_Buffers(buffers),
+          m_WordsPerRow(flags.WordsPerRow()), m_K0(k0), m_K1(k1),
           m_Cube(*input.values, static_cast<float>(input.isovalue), static_cast<int>(Dim(0)),
                  static_cast<int>(Dim(0) * Dim(1)), input.atOrAbove),
           m_Previous(buffers.previous), m_Current(buffers.current)
@@ -264,7 +279,11 @@ public:
             m_Points.reserve(24);
         }
         size_t begun = 0;
+        m_Flags.Set(m_K0, m_Buffers.flagsAbove, m_Buffers.sidesAbove);
         for (unsigned int k = m_K0; k < m_K1; ++k) {
+            std::swap(m_Buffers.flagsBelow, m_Buffers.flagsAbove);
+            std::swap(m_Buffers.sidesBelow, m_Buffers.sidesAbove);
+            m_Flags.Set(k + 1, m_Buffers.flagsAbove, m_Buffers.sidesAbove);
             std::swap(m_Previous, m_Current);
             if (k == m_K0 && k > 0)
                 MarkForeignBottom();
@@ -272,7 +291,7 @@ public:
             for (unsigned int j = 0; j + 1 < m_Ny; ++j) {
                 if (!control.NextRow(begun++))
                     return false;
-                if (m_In.computeVolume || !OneSided(j, k))
+                if (m_In.computeVolume || !OneSided(j))
                     ProcessRow(j, k);
             }
         }
@@ -313,10 +332,11 @@ private:
 
     // Whether the four node rows of a row of cells lie wholly on one side:
     // then none of its cells is cut.
-    bool OneSided(unsigned int j, unsigned int k) const
+    bool OneSided(unsigned int j) const
     {
-        const uint8_t* side = m_Sides->data() + size_t(k) * m_Ny + j;
-        return side[0] != kMixedRow && side[1] == side[0] && side[m_Ny] == side[0] && side[m_Ny + 1] == side[0];
+        const uint8_t* below = m_Buffers.sidesBelow.data() + j;
+        const uint8_t* above = m_Buffers.sidesAbove.data() + j;
+        return below[0] != kMixedRow && below[1] == below[0] && above[0] == below[0] && above[1] == below[0];
     }
 
     // The cells of one row, taken from the four node rows' inside flags a word
@@ -325,11 +345,10 @@ private:
     void ProcessRow(unsigned int j, unsigned int k)
     {
         const size_t words = m_WordsPerRow;
-        const uint64_t* flags = m_Inside->data();
-        const FlagRow a{flags + (size_t(k) * m_Ny + j) * words, words};       // (j, k)
-        const FlagRow b{a.words + words, words};                                // (j + 1, k)
-        const FlagRow c{a.words + size_t(m_Ny) * words, words};                 // (j, k + 1)
-        const FlagRow d{c.words + words, words};                                // (j + 1, k + 1)
+        const FlagRow a{m_Buffers.flagsBelow.data() + size_t(j) * words, words}; // (j, k)
+        const FlagRow b{a.words + words, words};                                 // (j + 1, k)
+        const FlagRow c{m_Buffers.flagsAbove.data() + size_t(j) * words, words}; // (j, k + 1)
+        const FlagRow d{c.words + words, words};                                 // (j + 1, k + 1)
         const size_t rowNode = (size_t(k) * m_Ny + j) * m_Nx;
         const unsigned int cells = m_Nx - 1;
         for (size_t w = 0; w < words; ++w) {
@@ -469,8 +488,8 @@ private:
     const SweepInput& m_In;
     const NodePositions& m_Positions;
     const GradientSource& m_Gradients;
-    const std::vector<uint64_t>* m_Inside;
-    const std::vector<uint8_t>* m_Sides;
+    const LayerFlags& m_Flags;
+    SlabBuffers& m_Buffers;
     size_t m_WordsPerRow;
     unsigned int m_K0, m_K1;
     unsigned int m_Nx = 0, m_Ny = 0, m_Nz = 0;
@@ -541,45 +560,45 @@ void SumVolumes(const std::vector<std::unique_ptr<SlabSweep>>& slabs, SweepVolum
         }
 }
 
+// The range of each run of one row; a NaN makes the run's bounds NaN.
+void RowRanges(const float* v, unsigned int nx, size_t row, RunRanges& ranges)
+{
+    for (size_t run = 0; run < ranges.runsPerRow; ++run) {
+        const unsigned int first = static_cast<unsigned int>(run * kRunLength);
+        const unsigned int last = std::min(first + kRunLength, nx);
+        float low = v[first], high = v[first];
+        bool nan = false;
+        for (unsigned int i = first; i < last; ++i) {
+            low = v[i] < low ? v[i] : low;
+            high = v[i] > high ? v[i] : high;
+            nan |= v[i] != v[i];
+        }
+        const size_t at = row * ranges.runsPerRow + run;
+        ranges.low[at] = nan ? std::numeric_limits<float>::quiet_NaN() : low;
+        ranges.high[at] = nan ? std::numeric_limits<float>::quiet_NaN() : high;
+    }
+}
+
+// The copy row by row, each row's ranges taken while it is at hand.
 template <class Element>
-void CopyNodes(const VdLattice& lattice, unsigned int component, std::vector<float>& out)
+void CopyRows(const VdLattice& lattice, unsigned int component, std::vector<float>& out, RunRanges* ranges)
 {
     const auto* data = static_cast<const Element*>(lattice.DataPtr());
     const size_t stride = lattice.ComponentCount();
-    const bool blanks = lattice.HasBlanks();
+    const bool copy = data && component < stride;
+    const bool blanks = copy && lattice.HasBlanks();
     const float minimum = blanks ? NarrowToFloat(lattice.DataMin(component)) : 0.0f;
-    ParallelFor(out.size(), 1 << 14, [&](size_t n) {
-        out[n] = blanks && lattice.IsBlank(static_cast<unsigned int>(n), component)
-                     ? minimum
-                     : PrimConvert<float>(data[n * stride + component]);
-    });
-}
-
-// The range of each run of every row; a NaN makes the run's bounds NaN.
-void FindRanges(const VdLattice& lattice, const std::vector<float>& values, RunRanges& ranges)
-{
-    const unsigned int* dims = lattice.GetDims();
-    const unsigned int nx = dims[0];
-    const size_t rows = nx == 0 ? 0 : values.size() / nx;
-    ranges.runsPerRow = (nx + kRunLength - 1) / kRunLength;
-    ranges.low.resize(rows * ranges.runsPerRow);
-    ranges.high.resize(ranges.low.size());
-    ParallelFor(rows, 256, [&](size_t row) {
-        const float* v = values.data() + row * nx;
-        for (size_t run = 0; run < ranges.runsPerRow; ++run) {
-            const unsigned int first = static_cast<unsigned int>(run * kRunLength);
-            const unsigned int last = std::min(first + kRunLength, nx);
-            float low = v[first], high = v[first];
-            bool nan = false;
-            for (unsigned int i = first; i < last; ++i) {
-                low = v[i] < low ? v[i] : low;
-                high = v[i] > high ? v[i] : high;
-                nan |= v[i] != v[i];
-            }
-            const size_t at = row * ranges.runsPerRow + run;
-            ranges.low[at] = nan ? std::numeric_limits<float>::quiet_NaN() : low;
-            ranges.high[at] = nan ? std::numeric_limits<float>::quiet_NaN() : high;
-        }
+    const unsigned int nx = lattice.GetDims()[0];
+    ParallelFor(out.size() / nx, 64, [&](size_t row) {
+        float* v = out.data() + row * nx;
+        const size_t node = row * nx;
+        for (unsigned int i = 0; i < nx; ++i)
+            v[i] = !copy ? 0.0f
+                   : blanks && lattice.IsBlank(static_cast<unsigned int>(node + i), component)
+                       ? minimum
+                       : PrimConvert<float>(data[(node + i) * stride + component]);
+        if (ranges)
+            RowRanges(v, nx, row, *ranges);
     });
 }
 
@@ -644,16 +663,14 @@ bool Sweep(const SweepInput& input, size_t slabCount, const SweepProgress& progr
     slabCount = PickSlabCount(slabCount, layers);
     SweepWorkspace local;
     SweepWorkspace& work = workspace ? *workspace : local;
-    const size_t wordsPerRow = (dims[0] + kRunLength - 1) / kRunLength;
-    SetInsideFlags(input, wordsPerRow, work);
+    const LayerFlags flags(input);
     while (work.slabs.size() < slabCount)
         work.slabs.push_back(std::make_unique<SlabBuffers>());
     std::vector<std::unique_ptr<SlabSweep>> slabs(slabCount);
     for (size_t s = 0; s < slabCount; ++s) {
         const auto k0 = static_cast<unsigned int>(layers * s / slabCount);
         const auto k1 = static_cast<unsigned int>(layers * (s + 1) / slabCount);
-        slabs[s] = std::make_unique<SlabSweep>(input, positions, gradients, work, wordsPerRow, k0, k1,
-                                               *work.slabs[s]);
+        slabs[s] = std::make_unique<SlabSweep>(input, positions, gradients, flags, k0, k1, *work.slabs[s]);
     }
     SweepControl control(progress, size_t(dims[1] - 1) * layers);
     if (slabCount == 1)
@@ -714,14 +731,17 @@ void FaceNormals(VgVertexData& data)
 void CopyComponent(const VdLattice& lattice, unsigned int component, std::vector<float>& values, RunRanges* ranges)
 {
     values.resize(lattice.VertexCount());
-    if (values.empty() || component >= lattice.ComponentCount())
-        std::fill(values.begin(), values.end(), 0.0f);
-    else
-        DispatchPrimType(lattice.DataType(), [&](auto tag) {
-            CopyNodes<typename decltype(tag)::Type>(lattice, component, values);
-        });
-    if (ranges)
-        FindRanges(lattice, values, *ranges);
+    const unsigned int nx = lattice.GetDims()[0];
+    if (ranges) {
+        ranges->runsPerRow = (nx + kRunLength - 1) / kRunLength;
+        ranges->low.resize(nx == 0 ? 0 : values.size() / nx * ranges->runsPerRow);
+        ranges->high.resize(ranges->low.size());
+    }
+    if (values.empty())
+        return;
+    DispatchPrimType(lattice.DataType(), [&](auto tag) {
+        CopyRows<typename decltype(tag)::Type>(lattice, component, values, ranges);
+    });
 }
 
 void GradientCache::Reset(size_t nodes)

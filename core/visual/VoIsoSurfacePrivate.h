@@ -10,10 +10,11 @@
 // Edges: e0 = 0-1, e1 = 1-2, e2 = 2-3, e3 = 3-0, e4..e7 the same above,
 // e8 = 0-4, e9 = 1-5, e10 = 2-6, e11 = 3-7.
 //
-// A sweep first sets a flag per node, inside or not, 64 nodes to a word; runs
-// of nodes whose range (kept per input) lies wholly on one side are set
-// without reading their values. Cells are then taken from the flags a word at
-// a time: only those with corners on both sides are visited.
+// A sweep sets a flag per node, inside or not, 64 nodes to a word, a layer of
+// nodes ahead of the cells; runs of nodes whose range (kept per input) lies
+// wholly on one side are set without reading their values. Cells are taken
+// from the flags a word at a time: only those with corners on both sides are
+// visited.
 //
 // The sweep runs in slabs of cell layers on TBB workers. Every lattice edge
 // yields one vertex, made by the first cell in scan order (k, j, i) to touch
@@ -174,19 +175,20 @@ using SweepProgress = std::function<bool(double)>;
 // One slab's output and edge records (vertex numbers of the x, y and z edges
 // at each node of two levels). A caller that sweeps again and again keeps
 // them, so that their memory is reused.
+// The inside flags of the nodes of the two levels (a bit each, 64 nodes a
+// word, each row starting a new word) and the side of each row of nodes (all
+// clear, all set, or mixed) go with them.
 struct SlabBuffers {
     std::vector<shr::Vec3d> vertices;
     std::vector<SbVec3f> normals;
     std::vector<int> indices;
     std::vector<std::array<int, 3>> previous, current;
+    std::vector<uint64_t> flagsBelow, flagsAbove;
+    std::vector<uint8_t> sidesBelow, sidesAbove;
 };
-// The memory a sweep works in: the slabs' buffers, the inside flags of every
-// node (a bit each, 64 nodes a word, each row starting a new word) and the
-// side of each row of nodes (all clear, all set, or mixed).
+// The memory a sweep works in.
 struct SweepWorkspace {
     std::vector<std::unique_ptr<SlabBuffers>> slabs;
-    std::vector<uint64_t> inside;
-    std::vector<uint8_t> sides;
 };
 
 // What the module keeps from one run to the next: per input the run ranges
