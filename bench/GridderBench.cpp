@@ -253,6 +253,7 @@ int main(int argc, char** argv)
             benchmark::RegisterBenchmark(Name(c, threads).c_str(), OursGrid, c, threads)
                 ->Unit(benchmark::kMillisecond)
                 ->UseRealTime()
+                ->MeasureProcessCPUTime()
                 ->Iterations(1)
                 ->Repetitions(3)
                 ->ComputeStatistics("min", Least);

@@ -43,29 +43,74 @@ double SquaredWorldDistance(const Point& a, const Point& b)
     return dx * dx + dy * dy + dz * dz;
 }
 
-bool MeanValue(const CInverseDistanceRules& rules, const Neighbors& neighbours, double& value)
+// A neighbour's position and selected value, read from its row of the table.
+class TableRows {
+public:
+    explicit TableRows(int component) : m_Component(component) {}
+    const Point& Position(const CNeighbor& n) const { return *n.datum; }
+    double Value(const CNeighbor& n) const { return Component(n, m_Component); }
+
+private:
+    int m_Component;
+};
+
+// The same numbers from a copy of the table that holds the position and the
+// selected value of each row side by side: one cache line a neighbour where
+// the table's rows and their value arrays lie apart.
+class CompactRows {
+public:
+    CompactRows(const CPointData& data, int component) : m_First(data.empty() ? nullptr : &data[0])
+    {
+        m_Rows.resize(4 * data.size());
+        ParallelFor(data.size(), 1 << 12, [&](size_t r) {
+            const CPointDatum& row = data[r];
+            double* out = &m_Rows[4 * r];
+            out[0] = row.X();
+            out[1] = row.Y();
+            out[2] = row.Z();
+            out[3] = row.W(static_cast<size_t>(component));
+        });
+    }
+    Point Position(const CNeighbor& n) const
+    {
+        const double* row = Row(n);
+        return Point(row[0], row[1], row[2]);
+    }
+    double Value(const CNeighbor& n) const { return Row(n)[3]; }
+
+private:
+    const double* Row(const CNeighbor& n) const { return &m_Rows[4 * static_cast<size_t>(n.datum - m_First)]; }
+
+    const CPointDatum* m_First;
+    std::vector<double> m_Rows;
+};
+
+template <class Rows>
+bool MeanValue(const Rows& rows, const Neighbors& neighbours, double& value)
 {
     double sum = 0.0;
     for (const CNeighbor& n : neighbours)
-        sum += Component(n, rules.component);
+        sum += rows.Value(n);
     value = sum / static_cast<double>(neighbours.size());
     return true;
 }
 
 // The mean over the rows tied for nearest under the anisotropy.
-bool NearestValue(const CInverseDistanceRules& rules, const Point& node, const Neighbors& neighbours, double& value)
+template <class Rows>
+bool NearestValue(const CInverseDistanceRules& rules, const Rows& rows, const Point& node, const Neighbors& neighbours,
+                  double& value)
 {
     double nearest = DBL_MAX;
     double sum = 0.0;
     double count = 0.0;
     for (const CNeighbor& n : neighbours) {
-        const double d2 = rules.transform.SquaredDistance(node, *n.datum);
+        const double d2 = rules.transform.SquaredDistance(node, rows.Position(n));
         if (d2 < nearest) {
             nearest = d2;
-            sum = Component(n, rules.component);
+            sum = rows.Value(n);
             count = 1.0;
         } else if (d2 == nearest) {
-            sum += Component(n, rules.component);
+            sum += rows.Value(n);
             count += 1.0;
         }
     }
@@ -75,23 +120,38 @@ bool NearestValue(const CInverseDistanceRules& rules, const Point& node, const N
     return true;
 }
 
-bool WeightedValue(const CInverseDistanceRules& rules, const Point& node, const Neighbors& neighbours, double& value)
+template <class Rows>
+bool WeightedValue(const CInverseDistanceRules& rules, const Rows& rows, const Point& node, const Neighbors& neighbours,
+                   double& value)
 {
     const bool square = rules.power == 2.0;
     const double halfPower = rules.power / 2.0;
     double numerator = 0.0;
     double denominator = 0.0;
     for (const CNeighbor& n : neighbours) {
-        const double d2 = rules.transform.SquaredDistance(node, *n.datum);
+        const double d2 = rules.transform.SquaredDistance(node, rows.Position(n));
         const double powered = square ? d2 : std::pow(d2, halfPower);
         const double divisor = std::max(powered + rules.smooth, kWeightFloor);
-        numerator += Component(n, rules.component) / divisor;
+        numerator += rows.Value(n) / divisor;
         denominator += 1.0 / divisor;
     }
     if (denominator < kWeightFloor)
         return false;
     value = numerator / denominator;
     return true;
+}
+
+template <class Rows>
+bool InverseDistanceFrom(const CInverseDistanceRules& rules, const Rows& rows, const Point& node,
+                         const Neighbors& neighbours, double& value)
+{
+    if (neighbours.empty())
+        return false;
+    if (rules.power == 0.0)
+        return MeanValue(rows, neighbours, value);
+    if (rules.power > kNearestPower)
+        return NearestValue(rules, rows, node, neighbours, value);
+    return WeightedValue(rules, rows, node, neighbours, value);
 }
 
 // Writes the node values of a lattice of any element type.
@@ -226,13 +286,7 @@ bool Fill(VdLattice& lattice, const char* text, const CSearchRules& search, cons
 bool InverseDistanceValue(const CInverseDistanceRules& rules, const Point& node, const Neighbors& neighbours,
                           double& value)
 {
-    if (neighbours.empty())
-        return false;
-    if (rules.power == 0.0)
-        return MeanValue(rules, neighbours, value);
-    if (rules.power > kNearestPower)
-        return NearestValue(rules, node, neighbours, value);
-    return WeightedValue(rules, node, neighbours, value);
+    return InverseDistanceFrom(rules, TableRows(rules.component), node, neighbours, value);
 }
 
 // ---- local polynomial ---------------------------------------------------------
@@ -423,9 +477,10 @@ bool DataMetric::DistanceStatistic(const Point& node, const Neighbors& neighbour
 bool InverseDistanceFill(VdLattice& lattice, const CInverseDistanceRules& rules, const CSearchRules& search,
                          const CPointData& data)
 {
-    return Fill(lattice, "Gridding with inverse distance...", search, data, [&rules] {
-        return [&rules](const Point& node, const Neighbors& neighbours, double& value) {
-            return InverseDistanceValue(rules, node, neighbours, value);
+    const CompactRows rows(data, rules.component);
+    return Fill(lattice, "Gridding with inverse distance...", search, data, [&rules, &rows] {
+        return [&rules, &rows](const Point& node, const Neighbors& neighbours, double& value) {
+            return InverseDistanceFrom(rules, rows, node, neighbours, value);
         };
     });
 }

@@ -331,6 +331,59 @@ TEST(IsoSurfaceSweep, SlabsGiveExactlyTheSequentialResult)
     }
 }
 
+void ExpectSameSurface(const Extraction& got, const Extraction& want)
+{
+    EXPECT_EQ(got.triangles, want.triangles);
+    EXPECT_EQ(got.data.indices, want.data.indices);
+    ASSERT_EQ(got.data.vertices.size(), want.data.vertices.size());
+    EXPECT_EQ(0, std::memcmp(got.data.vertices.data(), want.data.vertices.data(),
+                             want.data.vertices.size() * sizeof(shr::Vec3d)));
+    ASSERT_EQ(got.data.normals.size(), want.data.normals.size());
+    EXPECT_EQ(0, std::memcmp(got.data.normals.data(), want.data.normals.data(),
+                             want.data.normals.size() * sizeof(SbVec3f)));
+}
+
+// What the module keeps between runs: run ranges and gradients of one input
+// reused for other isovalues, forgotten for new data (also after the stamps
+// wrap around), and ranges holding NaN and infinite values, must give what a
+// fresh sweep gives.
+TEST(IsoSurfaceSweep, KeptRangesAndGradientsChangeNothing)
+{
+    const unsigned int dims[3] = {70, 23, 19};
+    const auto first = Sample(Kind::Uniform, dims, [](double x, double y, double z) { return x * x - y * z; });
+    auto second = Sample(Kind::Uniform, dims, [](double x, double y, double z) { return y * y + x * z; });
+    float* raw = static_cast<float*>(second->DataWritePtr());
+    raw[5] = std::numeric_limits<float>::quiet_NaN();
+    raw[200] = std::numeric_limits<float>::infinity();
+    raw[3000] = -std::numeric_limits<float>::infinity();
+    std::vector<float> values;
+    SweepCache cache;
+    auto sweep = [&](const VdLattice& lattice, double isovalue, bool withRanges) {
+        SweepInput input;
+        input.lattice = &lattice;
+        input.values = &values;
+        input.ranges = withRanges ? &cache.ranges : nullptr;
+        input.gradients = &cache.gradients;
+        input.isovalue = isovalue;
+        Extraction out;
+        EXPECT_TRUE(Sweep(input, 0, nullptr, out.data, out.volumes, out.triangles, &cache.workspace));
+        return out;
+    };
+    CopyComponent(*first, 0, values, &cache.ranges);
+    cache.gradients.Reset(values.size());
+    sweep(*first, 0.3, true);
+    ExpectSameSurface(sweep(*first, -0.2, true), Extract(*first, -0.2));
+    for (int input = 0; input < 300; ++input)
+        cache.gradients.Reset(values.size());
+    CopyComponent(*second, 0, values, &cache.ranges);
+    for (double isovalue : {0.25, -0.5, 1e30}) {
+        SCOPED_TRACE(isovalue);
+        const Extraction fresh = Extract(*second, isovalue);
+        ExpectSameSurface(sweep(*second, isovalue, true), fresh);
+        ExpectSameSurface(sweep(*second, isovalue, false), fresh);
+    }
+}
+
 TEST(IsoSurfaceSweep, ProgressCanStopTheSweep)
 {
     const auto lattice = Sample(Kind::Uniform, 20, Sphere);
