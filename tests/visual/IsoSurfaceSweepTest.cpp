@@ -289,6 +289,18 @@ TEST(IsoSurfaceSweep, SphereVolumesMatchTheAnalyticValue)
     }
 }
 
+void ExpectSameSurface(const Extraction& got, const Extraction& want)
+{
+    EXPECT_EQ(got.triangles, want.triangles);
+    EXPECT_EQ(got.data.indices, want.data.indices);
+    ASSERT_EQ(got.data.vertices.size(), want.data.vertices.size());
+    EXPECT_EQ(0, std::memcmp(got.data.vertices.data(), want.data.vertices.data(),
+                             want.data.vertices.size() * sizeof(shr::Vec3d)));
+    ASSERT_EQ(got.data.normals.size(), want.data.normals.size());
+    EXPECT_EQ(0, std::memcmp(got.data.normals.data(), want.data.normals.data(),
+                             want.data.normals.size() * sizeof(SbVec3f)));
+}
+
 // A field cut almost everywhere, on lattices of odd sizes, joined from
 // different numbers of slabs, with slab memory reused from sweep to sweep:
 // vertices, normals and triangles must equal the single-slab scan bit for bit,
@@ -317,31 +329,13 @@ TEST(IsoSurfaceSweep, SlabsGiveExactlyTheSequentialResult)
         for (size_t slabs : {size_t(2), size_t(5), size_t(0), size_t(c.dims[2] - 1), size_t(1000)}) {
             SCOPED_TRACE(slabs);
             const Extraction parallel = Extract(*lattice, 0.05, {slabs, c.volume, false, &workspace});
-            EXPECT_EQ(parallel.triangles, sequential.triangles);
-            EXPECT_EQ(parallel.data.indices, sequential.data.indices);
-            ASSERT_EQ(parallel.data.vertices.size(), sequential.data.vertices.size());
-            EXPECT_EQ(0, std::memcmp(parallel.data.vertices.data(), sequential.data.vertices.data(),
-                                     sequential.data.vertices.size() * sizeof(shr::Vec3d)));
-            ASSERT_EQ(parallel.data.normals.size(), sequential.data.normals.size());
-            EXPECT_EQ(0, std::memcmp(parallel.data.normals.data(), sequential.data.normals.data(),
-                                     sequential.data.normals.size() * sizeof(SbVec3f)));
+            ExpectSameSurface(parallel, sequential);
             EXPECT_EQ(parallel.volumes.clearSide, sequential.volumes.clearSide);
             EXPECT_EQ(parallel.volumes.setSide, sequential.volumes.setSide);
         }
     }
 }
 
-void ExpectSameSurface(const Extraction& got, const Extraction& want)
-{
-    EXPECT_EQ(got.triangles, want.triangles);
-    EXPECT_EQ(got.data.indices, want.data.indices);
-    ASSERT_EQ(got.data.vertices.size(), want.data.vertices.size());
-    EXPECT_EQ(0, std::memcmp(got.data.vertices.data(), want.data.vertices.data(),
-                             want.data.vertices.size() * sizeof(shr::Vec3d)));
-    ASSERT_EQ(got.data.normals.size(), want.data.normals.size());
-    EXPECT_EQ(0, std::memcmp(got.data.normals.data(), want.data.normals.data(),
-                             want.data.normals.size() * sizeof(SbVec3f)));
-}
 
 // What the module keeps between runs: run ranges and gradients of one input
 // reused for other isovalues, forgotten for new data (also after the stamps
