@@ -15,6 +15,7 @@
 #include <climits>
 #include <limits>
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <thread>
 #include <utility>
@@ -147,15 +148,17 @@ public:
 
     // Called before each row of cells with the slab's count of rows begun;
     // false once the sweep is to stop. The shared count is brought up to date
-    // every 32 rows of a slab, not at each (the slabs would fight over it),
-    // and progress is reported from the calling thread only.
+    // every 32 rows of a slab, not at each (the slabs would fight over it);
+    // progress is reported from the calling thread only, with the rows of its
+    // slab not yet counted.
     bool NextRow(size_t begun)
     {
-        if (begun % kRowsPerReport == 0) {
-            const size_t added = begun == 0 ? 0 : kRowsPerReport;
-            const size_t done = m_Rows.fetch_add(added, std::memory_order_relaxed) + added;
-            if (m_Progress && std::this_thread::get_id() == m_Caller &&
-                !m_Progress(static_cast<double>(done) / static_cast<double>(m_TotalRows)))
+        const size_t pending = begun % kRowsPerReport;
+        if (pending == 0 && begun > 0)
+            m_Rows.fetch_add(kRowsPerReport, std::memory_order_relaxed);
+        if (m_Progress && std::this_thread::get_id() == m_Caller) {
+            const size_t done = m_Rows.load(std::memory_order_relaxed) + pending;
+            if (!m_Progress(static_cast<double>(done) / static_cast<double>(m_TotalRows)))
                 m_Stop.store(true, std::memory_order_relaxed);
         }
         return !m_Stop.load(std::memory_order_relaxed);
@@ -560,26 +563,55 @@ void SumVolumes(const std::vector<std::unique_ptr<SlabSweep>>& slabs, SweepVolum
         }
 }
 
+// Four floats in one vector register, and the mask of a comparison of two.
+typedef float Float4 __attribute__((vector_size(16)));
+typedef int Mask4 __attribute__((vector_size(16)));
+
+// The range of `count` values, four lanes at a time; the order does not
+// matter, as a range with a NaN is marked as such whatever its bounds.
+bool RangeOf(const float* v, unsigned int count, float& low, float& high)
+{
+    Float4 lo = {v[0], v[0], v[0], v[0]}, hi = lo;
+    Mask4 nan = {0, 0, 0, 0};
+    unsigned int i = 0;
+    for (; i + 4 <= count; i += 4) {
+        Float4 x;
+        std::memcpy(&x, v + i, sizeof(x));
+        lo = x < lo ? x : lo;
+        hi = x > hi ? x : hi;
+        nan |= x != x;
+    }
+    low = lo[0];
+    high = hi[0];
+    int any = nan[0] | nan[1] | nan[2] | nan[3];
+    for (int l = 1; l < 4; ++l) {
+        low = lo[l] < low ? lo[l] : low;
+        high = hi[l] > high ? hi[l] : high;
+    }
+    for (; i < count; ++i) {
+        low = v[i] < low ? v[i] : low;
+        high = v[i] > high ? v[i] : high;
+        any |= v[i] != v[i];
+    }
+    return any != 0;
+}
+
 // The range of each run of one row; a NaN makes the run's bounds NaN.
 void RowRanges(const float* v, unsigned int nx, size_t row, RunRanges& ranges)
 {
     for (size_t run = 0; run < ranges.runsPerRow; ++run) {
         const unsigned int first = static_cast<unsigned int>(run * kRunLength);
-        const unsigned int last = std::min(first + kRunLength, nx);
-        float low = v[first], high = v[first];
-        bool nan = false;
-        for (unsigned int i = first; i < last; ++i) {
-            low = v[i] < low ? v[i] : low;
-            high = v[i] > high ? v[i] : high;
-            nan |= v[i] != v[i];
-        }
+        float low, high;
+        const bool nan = RangeOf(v + first, std::min(kRunLength, nx - first), low, high);
         const size_t at = row * ranges.runsPerRow + run;
         ranges.low[at] = nan ? std::numeric_limits<float>::quiet_NaN() : low;
         ranges.high[at] = nan ? std::numeric_limits<float>::quiet_NaN() : high;
     }
 }
 
-// The copy row by row, each row's ranges taken while it is at hand.
+// The copy row by row, each row's ranges taken while it is at hand. The
+// usual case, one component and no blanks, is a plain loop the compiler can
+// run on vector registers.
 template <class Element>
 void CopyRows(const VdLattice& lattice, unsigned int component, std::vector<float>& out, RunRanges* ranges)
 {
@@ -592,11 +624,21 @@ void CopyRows(const VdLattice& lattice, unsigned int component, std::vector<floa
     ParallelFor(out.size() / nx, 64, [&](size_t row) {
         float* v = out.data() + row * nx;
         const size_t node = row * nx;
-        for (unsigned int i = 0; i < nx; ++i)
-            v[i] = !copy ? 0.0f
-                   : blanks && lattice.IsBlank(static_cast<unsigned int>(node + i), component)
-                       ? minimum
-                       : PrimConvert<float>(data[(node + i) * stride + component]);
+        if (!copy) {
+            std::fill(v, v + nx, 0.0f);
+        } else if (blanks) {
+            for (unsigned int i = 0; i < nx; ++i)
+                v[i] = lattice.IsBlank(static_cast<unsigned int>(node + i), component)
+                           ? minimum
+                           : PrimConvert<float>(data[(node + i) * stride + component]);
+        } else if (stride == 1) {
+            const Element* in = data + node;
+            for (unsigned int i = 0; i < nx; ++i)
+                v[i] = PrimConvert<float>(in[i]);
+        } else {
+            for (unsigned int i = 0; i < nx; ++i)
+                v[i] = PrimConvert<float>(data[(node + i) * stride + component]);
+        }
         if (ranges)
             RowRanges(v, nx, row, *ranges);
     });
