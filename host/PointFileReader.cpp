@@ -1,228 +1,17 @@
 #include "host/PointFileReader.h"
 
+#include "host/DelimitedText.h"
 #include "host/HostError.h"
 
 #include <algorithm>
-#include <cctype>
-#include <cerrno>
 #include <cmath>
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
 #include <limits>
-#include <sstream>
 
 namespace host {
 
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-struct Row {
-    int line = 0;
-    std::vector<std::string> fields;
-};
-
-enum class Separator { Comma, Semicolon, Tab, Blank };
-
-enum class CellKind { Number, Blank, Text };
-
-std::string Lower(std::string text)
-{
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
-    return text;
-}
-
-std::string Trimmed(const std::string& text)
-{
-    const size_t first = text.find_first_not_of(" \t");
-    if (first == std::string::npos)
-        return std::string();
-    const size_t last = text.find_last_not_of(" \t");
-    return text.substr(first, last - first + 1);
-}
-
-// Lines without their ends, numbered from 1; blank and comment lines dropped.
-std::vector<std::pair<int, std::string>> SplitLines(const std::string& text)
-{
-    size_t pos = text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
-    std::vector<std::pair<int, std::string>> lines;
-    int number = 0;
-    while (pos <= text.size()) {
-        size_t end = text.find('\n', pos);
-        if (end == std::string::npos)
-            end = text.size();
-        std::string line = text.substr(pos, end - pos);
-        ++number;
-        if (!line.empty() && line.back() == '\r')
-            line.pop_back();
-        const std::string content = Trimmed(line);
-        if (!content.empty() && content[0] != '#')
-            lines.emplace_back(number, line);
-        pos = end + 1;
-    }
-    return lines;
-}
-
-size_t CountOutsideQuotes(const std::string& line, char c)
-{
-    size_t count = 0;
-    bool quoted = false;
-    for (char ch : line) {
-        if (ch == '"')
-            quoted = !quoted;
-        else if (ch == c && !quoted)
-            ++count;
-    }
-    return count;
-}
-
-Separator DetectSeparator(const std::string& firstLine)
-{
-    if (CountOutsideQuotes(firstLine, '\t') > 0)
-        return Separator::Tab;
-    const size_t semicolons = CountOutsideQuotes(firstLine, ';');
-    const size_t commas = CountOutsideQuotes(firstLine, ',');
-    if (semicolons > 0 && semicolons >= commas)
-        return Separator::Semicolon;
-    if (commas > 0)
-        return Separator::Comma;
-    return Separator::Blank;
-}
-
-class FieldSplitter {
-public:
-    FieldSplitter(Separator separator, const shr::GString& name) : m_Separator(separator), m_Name(name) {}
-
-    std::vector<std::string> Split(const std::string& line, int number) const
-    {
-        std::vector<std::string> fields;
-        size_t pos = 0;
-        for (;;) {
-            if (m_Separator == Separator::Blank && (pos = SkipBlanks(line, pos)) >= line.size())
-                break;
-            std::string field;
-            pos = ReadField(line, pos, number, fields.size() + 1, field);
-            fields.push_back(field);
-            if (pos >= line.size())
-                break;
-            ++pos; // past the separator; one at the very end leaves an empty field
-        }
-        return fields;
-    }
-
-private:
-    bool IsSeparator(char c) const
-    {
-        switch (m_Separator) {
-        case Separator::Comma: return c == ',';
-        case Separator::Semicolon: return c == ';';
-        case Separator::Tab: return c == '\t';
-        case Separator::Blank: return c == ' ' || c == '\t';
-        }
-        return false;
-    }
-
-    static size_t SkipBlanks(const std::string& line, size_t pos)
-    {
-        while (pos < line.size() && (line[pos] == ' ' || line[pos] == '\t'))
-            ++pos;
-        return pos;
-    }
-
-    // Reads one field from `pos`; returns the position of the separator after
-    // it, or the line's length.
-    size_t ReadField(const std::string& line, size_t pos, int number, size_t column, std::string& field) const
-    {
-        const size_t start = pos;
-        if (m_Separator != Separator::Blank)
-            pos = SkipBlanks(line, pos);
-        if (pos < line.size() && line[pos] == '"')
-            return ReadQuoted(line, pos + 1, number, column, field);
-        pos = start;
-        while (pos < line.size() && !IsSeparator(line[pos]))
-            ++pos;
-        field = Trimmed(line.substr(start, pos - start));
-        return pos;
-    }
-
-    size_t ReadQuoted(const std::string& line, size_t pos, int number, size_t column, std::string& field) const
-    {
-        for (;;) {
-            if (pos >= line.size())
-                HOST_USER_ERROR("%s: line %d, column %zu: unterminated quote", m_Name.c_str(), number, column);
-            if (line[pos] == '"') {
-                if (pos + 1 < line.size() && line[pos + 1] == '"') {
-                    field += '"';
-                    pos += 2;
-                    continue;
-                }
-                break;
-            }
-            field += line[pos++];
-        }
-        ++pos; // past the closing quote
-        while (pos < line.size() && !IsSeparator(line[pos])) {
-            if (line[pos] != ' ' && line[pos] != '\t')
-                HOST_USER_ERROR("%s: line %d, column %zu: text after a closing quote", m_Name.c_str(), number,
-                                column);
-            ++pos;
-        }
-        return pos;
-    }
-
-    Separator m_Separator;
-    shr::GString m_Name;
-};
-
-bool IsTextMarker(const std::string& cell)
-{
-    static const char* const markers[] = {"na", "n/a", "nan", "null", "none", "nodata", "-", "*"};
-    const std::string lower = Lower(cell);
-    return std::any_of(std::begin(markers), std::end(markers), [&](const char* m) { return lower == m; });
-}
-
-bool IsNumericMarker(double value)
-{
-    static const double markers[] = {-999.0, -999.25, -9999.0, -99999.0, 1e30};
-    return std::find(std::begin(markers), std::end(markers), value) != std::end(markers);
-}
-
-// A whole cell as a finite number; a decimal comma is taken when `decimalComma`.
-bool ParseNumber(const std::string& cell, bool decimalComma, double& value)
-{
-    if (cell.empty())
-        return false;
-    std::string text = cell;
-    if (decimalComma && text.find('.') == std::string::npos)
-        std::replace(text.begin(), text.end(), ',', '.');
-    const char* begin = text.c_str();
-    char* end = nullptr;
-    errno = 0;
-    value = std::strtod(begin, &end);
-    return end != begin && *end == '\0' && errno != ERANGE && std::isfinite(value);
-}
-
-// The header name stripped of a unit in brackets, lower case, without blanks
-// and underscores: "Easting (m)" -> "easting", "X_Coord" -> "xcoord".
-std::string NormalisedName(const std::string& name)
-{
-    std::string base = name.substr(0, name.find_first_of("([{"));
-    base.erase(std::remove_if(base.begin(), base.end(), [](char c) { return c == ' ' || c == '_' || c == '-'; }),
-               base.end());
-    return Lower(base);
-}
-
-// Axis names in order of preference.
-const std::vector<std::vector<const char*>>& AxisNames()
-{
-    static const std::vector<std::vector<const char*>> names = {
-        {"x", "easting", "east", "e", "xcoord", "xcoordinate", "utme", "utmeast", "utmeasting", "eastings"},
-        {"y", "northing", "north", "n", "ycoord", "ycoordinate", "utmn", "utmnorth", "utmnorthing", "northings"},
-        {"z", "elevation", "elev", "rl", "height", "zcoord", "zcoordinate", "altitude", "alt"},
-    };
-    return names;
-}
 
 const char* const kDepthNames[] = {"depth", "tvd", "tvdss"};
 
@@ -272,22 +61,7 @@ private:
             HOST_USER_ERROR("%s: no points after the header", m_Name.c_str());
     }
 
-    static void DropTrailingEmpty(std::vector<std::string>& fields)
-    {
-        if (fields.size() > 1 && fields.back().empty())
-            fields.pop_back();
-    }
-
-    void CheckFieldCounts()
-    {
-        for (Row& row : m_Rows) {
-            if (row.fields.size() == m_Names.size() + 1 && row.fields.back().empty())
-                row.fields.pop_back();
-            if (row.fields.size() != m_Names.size())
-                HOST_USER_ERROR("%s: line %d: %zu fields where the %s has %zu", m_Name.c_str(), row.line,
-                                row.fields.size(), m_HeaderLine ? "header" : "first row", m_Names.size());
-        }
-    }
+    void CheckFieldCounts() { host::CheckFieldCounts(m_Rows, m_Names.size(), m_HeaderLine != 0, m_Name); }
 
     // A column is text when its first filled cell is neither a number nor a
     // no-data marker; a column named as a coordinate is always numeric.
@@ -447,27 +221,15 @@ private:
 PointFile PointFileReader::Read(const shr::GString& path, const shr::GString& displayName)
 {
     const shr::GString name = displayName.empty() ? path : displayName;
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        HOST_USER_ERROR("%s: cannot open the point file: %s", name.c_str(), std::strerror(errno));
-    std::ostringstream text;
-    text << file.rdbuf();
-    if (file.bad())
-        HOST_USER_ERROR("%s: cannot read the point file", name.c_str());
-    return Parse(text.str(), name);
+    return Parse(ReadTextFile(path, name, "point file"), name);
 }
 
 PointFile PointFileReader::Parse(const std::string& text, const shr::GString& name)
 {
-    const auto lines = SplitLines(text);
-    if (lines.empty())
+    Separator separator;
+    std::vector<Row> rows = SplitRows(text, name, separator);
+    if (rows.empty())
         HOST_USER_ERROR("%s: no points in the file", name.c_str());
-    const Separator separator = DetectSeparator(lines.front().second);
-    const FieldSplitter splitter(separator, name);
-    std::vector<Row> rows;
-    rows.reserve(lines.size());
-    for (const auto& line : lines)
-        rows.push_back(Row{line.first, splitter.Split(line.second, line.first)});
     return PointTable(name, separator).Build(std::move(rows));
 }
 

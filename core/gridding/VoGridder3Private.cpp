@@ -1,6 +1,6 @@
 #include "core/gridding/VoGridder3Private.h"
 
-#include "core/data/ParallelRanges.h"
+#include "core/data/ParallelFor.h"
 #include "core/data/PrimConvert.h"
 #include "core/data/VdLattice.h"
 #include "core/gridding/CPointData.h"
@@ -205,13 +205,14 @@ public:
         }
         std::vector<std::vector<uint32_t>> blanks;
         std::mutex blanksLock;
-        ParallelRanges(rows, std::max<size_t>(1, rows / 256), [&](size_t first, size_t last) {
+        tbb::task_group_context context;
+        ParallelForRanges(rows, std::max<size_t>(1, rows / 256), [&](const tbb::blocked_range<size_t>& run) {
             auto nodeValue = makeValue();
             std::vector<uint32_t> runBlanks;
-            WalkRows(first, last, nodeValue, runBlanks);
+            WalkRows(run.begin(), run.end(), nodeValue, runBlanks);
             const std::lock_guard<std::mutex> lock(blanksLock);
             blanks.push_back(std::move(runBlanks));
-        });
+        }, context);
         if (m_Stop.load())
             return false;
         // The blank mask is shared by neighbouring nodes: it is written here,

@@ -121,6 +121,21 @@ VbPort* VoModule::AddOutput(const char* name, unsigned int type)
     return m_Outputs.back();
 }
 
+VbPort* VoModule::DetachLastInput()
+{
+    if (m_Inputs.empty())
+        return nullptr;
+    VbPort* port = m_Inputs.back();
+    m_Inputs.pop_back();
+    return port;
+}
+
+void VoModule::ReattachInput(VbPort* port)
+{
+    if (port)
+        m_Inputs.push_back(port);
+}
+
 VbPort* VoModule::GetInput(size_t index) const { return index < m_Inputs.size() ? m_Inputs[index] : nullptr; }
 VbPort* VoModule::GetOutput(size_t index) const { return index < m_Outputs.size() ? m_Outputs[index] : nullptr; }
 

@@ -140,8 +140,15 @@ protected:
     // The logical clock, then a tick forward.
     static int64_t GetCurTime();
     void SetGeomFilter(bool filter) { m_GeomFilter = filter; }
+    // For a module whose ShowGeometry keeps its geometry shown and changes
+    // what it draws instead: the flag alone.
+    void StoreGeometryVisible(bool show) { m_ShowGeometry = show; }
     void OnOutputChanged();
     void SerializePortList(shr::Archive& archive, std::vector<VbPort*>& ports);
+    // Takes the last input port out of the list, links and all, and puts it
+    // back: for stored forms written before the module had that port.
+    VbPort* DetachLastInput();
+    void ReattachInput(VbPort* port);
     // Links `source`'s output 0 to `input`, replacing a link there; null cuts it.
     void Connect(VoModule* source, size_t input, bool recalc);
     // Detaches this module from everything; the downstream modules become modified.

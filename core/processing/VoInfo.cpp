@@ -11,7 +11,9 @@
 #include "core/properties/VbPropList.h"
 #include "core/properties/VbPropertyEvent.h"
 #include "core/properties/VbPropertyRegistry.h"
+#include "core/wells/VdWellData.h"
 #include "shr/PrimType.h"
+#include "shr/StringUtil.h"
 
 namespace core {
 
@@ -33,6 +35,25 @@ bool CanShowData(const VdData& data)
 void AddGeometryHeader(const VoModule& module, VbPropList& list)
 {
     list.AddHeader(module.Id(), VoInfo::IdGeometry, "Geometry", "Geometry", "", "");
+}
+
+// A header with the log's name, its MD range and its data range, from row
+// `id`; returns the next free id.
+int AddLogRows(const VoModule& module, VbPropList& list, int id, const WellLog& log)
+{
+    list.AddHeader(module.Id(), id++, log.Name(), "Wells", "", "");
+    list.Indent();
+    std::pair<double, double> range;
+    const shr::GString depths =
+        log.MDRange(range) ? shr::ToString("(%.14g, %.14g)", range.first, range.second) : "Not available";
+    list.AddStatic(module.Id(), id++, "MD range", "The measured depths of the log's first and last entries.",
+                   depths.c_str());
+    const shr::GString values =
+        log.Range(range) ? shr::ToString("%.14g, %.14g", range.first, range.second) : "Not Available";
+    list.AddStatic(module.Id(), id++, "Data range", "The smallest and largest valid value of the log.",
+                   values.c_str());
+    list.Outdent();
+    return id;
 }
 
 } // namespace VoInfoPrivate
@@ -86,8 +107,8 @@ void VoInfo::DisplayInfoProps(const VoModule& module, VbPropList& list, const Vd
         AddLatticeRows(module, list, *lattice);
     else if (const auto* geometry = dynamic_cast<const VdGeometry*>(&data))
         AddGeometryRows(module, list, *geometry);
-    else
-        AddWellDataRows(module, list, data);
+    else if (const auto* wells = dynamic_cast<const VdWellData*>(&data))
+        AddWellDataRows(module, list, *wells);
 }
 
 void VoInfo::AddPointRows(const VoModule& module, VbPropList& list, const VdPoints& points)
@@ -136,9 +157,30 @@ void VoInfo::AddGeometryRows(const VoModule& module, VbPropList& list, const VdG
     list.Outdent();
 }
 
-bool VoInfo::AddWellDataRows(const VoModule&, VbPropList&, const VdData&)
+void VoInfo::AddWellDataRows(const VoModule& module, VbPropList& list, const VdWellData& wells)
 {
-    return false;
+    AddGeometryHeader(module, list);
+    list.Indent();
+    list.AddHeader(module.Id(), IdWells, "Wells", "Wells", "", "");
+    list.Indent();
+    list.AddStaticFmt(module.Id(), IdWellCount, "Number of wells", "The number of wells in the data set.", "%u",
+                      static_cast<unsigned int>(wells.size()));
+    int id = IdFirstWellRow;
+    for (const auto& well : wells) {
+        list.AddHeader(module.Id(), id++, well->Name(), "Wells", "", "");
+        list.Indent();
+        const shr::Point3<double>& top = well->Top();
+        const shr::GString topText =
+            well->HasTop() ? shr::ToString("(%.14g, %.14g, %.14g)", top.X(), top.Y(), top.Z()) : "Not set";
+        list.AddStatic(module.Id(), id++, "Top", "The well top.", topText.c_str());
+        list.AddStaticFmt(module.Id(), id++, "Number of logs", "The number of logs on this well.", "%u",
+                          static_cast<unsigned int>(well->log_size()));
+        for (auto log = well->log_begin(); log != well->log_end(); ++log)
+            id = AddLogRows(module, list, id, **log);
+        list.Outdent();
+    }
+    list.Outdent();
+    list.Outdent();
 }
 
 } // namespace core

@@ -10,6 +10,7 @@ class VdData;
 class VdGeometry;
 class VdLattice;
 class VdPoints;
+class VdWellData;
 
 class VoInfo : public VoModule {
     SHR_DECLARE_CREATABLE_TYPE(VoInfo)
@@ -35,6 +36,8 @@ public:
         IdGeometryImages = 1128,
         IdWells = 1129,
         IdWellCount = 1130,
+        // The rows of each well and log follow from here, numbered in order.
+        IdFirstWellRow = 1131,
     };
 
     VoInfo();
@@ -55,9 +58,9 @@ private:
     static void AddPointRows(const VoModule& module, VbPropList& list, const VdPoints& points);
     static void AddLatticeRows(const VoModule& module, VbPropList& list, const VdLattice& lattice);
     static void AddGeometryRows(const VoModule& module, VbPropList& list, const VdGeometry& geometry);
-    // The rows of well data: header IdGeometry, then IdWells onwards. Well
-    // data do not exist in this build yet, so nothing is recognised here.
-    static bool AddWellDataRows(const VoModule& module, VbPropList& list, const VdData& data);
+    // Header IdGeometry, then the wells block: per well (a header with its
+    // name) its top and log count, per log (a header) its MD and data ranges.
+    static void AddWellDataRows(const VoModule& module, VbPropList& list, const VdWellData& wells);
 };
 
 } // namespace core

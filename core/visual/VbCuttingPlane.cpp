@@ -1,5 +1,6 @@
 #include "core/visual/VbCuttingPlane.h"
 
+#include "core/data/VdLattice.h"
 #include "core/graphics/PlanePolygon.h"
 #include "core/graphics/VgPlaneDragger.h"
 #include "core/graphics/VgRenderer.h"
@@ -7,10 +8,15 @@
 #include "core/network/UiProxy.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
+#include "core/properties/VbBoolPropertyConverter.h"
+#include "core/properties/VbDoublePropertyConverter.h"
 #include "core/properties/VbPropList.h"
 #include "core/properties/VbPropertyEvent.h"
+#include "core/properties/VbPropertyRegistry.h"
+#include "core/properties/VbUnsignedPropertyConverter.h"
 #include "shr/Archive.h"
 #include "shr/Exception.h"
+#include "shr/Mat4d.h"
 
 #include <cfloat>
 #include <cmath>
@@ -55,6 +61,26 @@ void AbortRunningPass()
 } // namespace VbCuttingPlanePrivate
 
 using namespace VbCuttingPlanePrivate;
+
+void VbCuttingPlane::RegisterKeys(const char* prefix, int base)
+{
+    const unsigned char kDouble = VbDoublePropertyConverter::Key();
+    const struct {
+        const char* suffix;
+        int row;
+        unsigned char converter;
+    } rows[] = {
+        {"PlaneOrientation", RowOrientation, VbUnsignedPropertyConverter::Key()},
+        {"PlaneXNormal", RowNormalX, kDouble},
+        {"PlaneYNormal", RowNormalY, kDouble},
+        {"PlaneZNormal", RowNormalZ, kDouble},
+        {"PlaneOffset", RowOffset, kDouble},
+        {"PlaneShowDragger", RowShowDragger, VbBoolPropertyConverter::Key()},
+    };
+    for (const auto& row : rows)
+        VbPropertyRegistry::Instance().Set(shr::GString(prefix) + row.suffix, static_cast<unsigned short>(base + row.row),
+                                           row.converter);
+}
 
 VbCuttingPlane::VbCuttingPlane() = default;
 
@@ -141,6 +167,30 @@ std::array<shr::Vec3d, 4> VbCuttingPlane::PlaneCorners(const shr::Box3d& box) co
 std::vector<shr::Vec3d> VbCuttingPlane::Polygon(const shr::Box3d& box) const
 {
     return CentredPlanePolygon(box, m_Normal, m_Offset);
+}
+
+std::vector<shr::Vec3d> VbCuttingPlane::SectionPolygon(const VdLattice& lattice) const
+{
+    const shr::Box3d box = lattice.GetUVWBounds();
+    if (lattice.GetDimensionality() < 3 && !CustomOrientation()) {
+        const std::array<shr::Vec3d, 4> face = PlaneCorners(box);
+        return std::vector<shr::Vec3d>(face.begin(), face.end());
+    }
+    return Polygon(box);
+}
+
+void VbCuttingPlane::Execute(VgRenderer& renderer, const VdLattice& lattice)
+{
+    renderer.UpdateTransform(lattice.GetUVWBounds(), lattice.GetUserTransform());
+    const VgStateScope offset(renderer, VgRenderer::TRANSFORM_SEPARATOR);
+    renderer.multTransform(
+        shr::Mat4d::MakeTranslation(renderer.Transform().XTransform(), renderer.Transform().YTransform(), 0.0));
+    std::unique_ptr<VgStateScope> moved;
+    if (lattice.HasUserTransform()) {
+        moved = std::make_unique<VgStateScope>(renderer, VgRenderer::TRANSFORM_SEPARATOR);
+        renderer.multTransform(lattice.GetUserTransform());
+    }
+    Execute(renderer);
 }
 
 void VbCuttingPlane::Execute(VgRenderer& renderer)

@@ -31,6 +31,7 @@ namespace core {
 
 class VbPropertyEvent;
 class VbPropList;
+class VdLattice;
 class VgPlaneDragger;
 class VgRenderer;
 class VoModule;
@@ -48,6 +49,15 @@ public:
         RowOffset = 5,
         RowShowDragger = 6,
         RowCount = 7
+    };
+
+    // Registers the public keys of a plane whose rows start at `base` in a
+    // module whose keys start with `prefix`: prefix + "PlaneOrientation" and
+    // so on. For a module's static initialisers:
+    //   static const core::VbCuttingPlane::KeyRegistrar s_Plane("Contour", IdPlane);
+    static void RegisterKeys(const char* prefix, int base);
+    struct KeyRegistrar {
+        KeyRegistrar(const char* prefix, int base) { RegisterKeys(prefix, base); }
     };
 
     VbCuttingPlane();
@@ -89,9 +99,16 @@ public:
     // Where the plane cuts `box`: counter-clockwise seen from the normal,
     // empty when it misses.
     std::vector<shr::Vec3d> Polygon(const shr::Box3d& box) const;
+    // The plane's section of a lattice's box, in the lattice's coordinates: a
+    // flat lattice shows whole (the face of the orientation), wherever the
+    // offset puts the plane, unless the plane is a custom one.
+    std::vector<shr::Vec3d> SectionPolygon(const VdLattice& lattice) const;
     // Reports a zero normal; adds the dragger, unpickable surroundings aside,
     // while it is to be shown.
     void Execute(VgRenderer& renderer);
+    // Execute with the dragger in the lattice's frame: moved by the scene
+    // offset and the lattice's user transform, like the rest of the scene.
+    void Execute(VgRenderer& renderer, const VdLattice& lattice);
 
     // The seven rows from `baseId`, keys `prefix` + "PlaneOrientation", ...
     void GetProperties(VbPropList& list, const shr::GString& prefix, int baseId, bool disabled);

@@ -20,6 +20,7 @@
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/properties/VbStringPropertyConverter.h"
 #include "core/properties/VbUnsignedPropertyConverter.h"
+#include "core/graphics/VgRenderer.h"
 #include "core/visual/VoIsoSurfacePrivate.h"
 #include "shr/Archive.h"
 #include "shr/Exception.h"
@@ -101,21 +102,6 @@ void TransferFields(shr::Archive& archive, StoredFields& f)
         archive.Transfer(f.invertVolume);
 }
 
-// Pops the renderer's group however the drawing ends.
-class StateScope {
-public:
-    StateScope(VgRenderer& renderer, VdGeometry& geometry) : m_Renderer(renderer)
-    {
-        m_Renderer.PushNode(geometry, true);
-    }
-    ~StateScope() { m_Renderer.popState(); }
-    StateScope(const StateScope&) = delete;
-    StateScope& operator=(const StateScope&) = delete;
-
-private:
-    VgRenderer& m_Renderer;
-};
-
 } // namespace VoIsoSurfacePrivate
 
 using namespace VoIsoSurfacePrivate;
@@ -195,9 +181,9 @@ void VoIsoSurface::RefactorCalcGradients(const VdLattice& lattice)
 
 VoModule::ModuleStatus VoIsoSurface::ExecuteImpl(std::shared_ptr<VgRenderer> renderer)
 {
-    std::unique_ptr<StateScope> scope;
+    std::unique_ptr<VgStateScope> scope;
     if (renderer)
-        scope = std::make_unique<StateScope>(*renderer, OutputGeometry(0));
+        scope = std::make_unique<VgStateScope>(*renderer, OutputGeometry(0));
     const VdLattice* lattice = InputLattice(0);
     if (!lattice)
         return ModuleOk;

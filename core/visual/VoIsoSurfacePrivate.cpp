@@ -1,7 +1,7 @@
 #include "core/visual/VoIsoSurfacePrivate.h"
 
 #include "core/data/PrimConvert.h"
-#include "core/data/ParallelRanges.h"
+#include "core/data/ParallelFor.h"
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdLattice.h"
 #include "core/network/CoreError.h"
@@ -27,32 +27,6 @@ namespace {
 
 // Differences up to the float epsilon put the vertex on the edge's first node.
 constexpr double kFloatEpsilon = 1.1920928955078125e-7;
-
-// The node offsets (i, j, k) of each corner from the cell's lowest node.
-constexpr unsigned int kCornerIJK[8][3] = {{0, 1, 0}, {1, 1, 0}, {1, 0, 0}, {0, 0, 0},
-                                           {0, 1, 1}, {1, 1, 1}, {1, 0, 1}, {0, 0, 1}};
-
-// Where the vertex of each cell edge is kept: the edge record of node
-// (i + di, j + dj) in the previous (level k) or current (level k + 1) slice,
-// the record's axis, and which cell creates it: the first in scan order, that
-// is the one at k = 0, i = 0 or j = 0 where the flags say so. The vertex runs
-// from corner `from` to corner `to`, from the lower node to the upper.
-struct EdgeSlot {
-    bool current;
-    unsigned int di, dj;
-    int axis;
-    bool onlyAtK0, onlyAtI0, onlyAtJ0;
-    int from, to;
-};
-
-constexpr EdgeSlot kEdgeSlots[12] = {
-    {false, 0, 1, 0, true, false, false, 0, 1},  {false, 1, 0, 1, true, false, false, 2, 1},
-    {false, 0, 0, 0, true, false, true, 3, 2},   {false, 0, 0, 1, true, true, false, 3, 0},
-    {true, 0, 1, 0, false, false, false, 4, 5},  {true, 1, 0, 1, false, false, false, 6, 5},
-    {true, 0, 0, 0, false, false, true, 7, 6},   {true, 0, 0, 1, false, true, false, 7, 4},
-    {false, 0, 1, 2, false, true, false, 0, 4},  {false, 1, 1, 2, false, false, false, 1, 5},
-    {false, 1, 0, 2, false, false, true, 2, 6},  {false, 0, 0, 2, false, true, true, 3, 7},
-};
 
 // The inside flags of one run of nodes, bit p for node p of the run.
 uint64_t RunBits(const BaseVertexStateCalculator& cube, const float* v, unsigned int count)
@@ -407,11 +381,10 @@ private:
 
     int EdgeVertex(int e, unsigned int i, unsigned int j, unsigned int k, size_t node)
     {
-        const EdgeSlot& slot = kEdgeSlots[e];
+        const EdgeSlot& slot = s_EdgeSlots[e];
         std::vector<EdgeRecord>& slice = slot.current ? m_Current : m_Previous;
         int& record = slice[size_t(j + slot.dj) * m_Nx + i + slot.di][slot.axis];
-        const bool creates = (!slot.onlyAtK0 || k == 0) && (!slot.onlyAtI0 || i == 0) && (!slot.onlyAtJ0 || j == 0);
-        if (creates)
+        if (slot.CreatedAt(i, j, k))
             record = Interpolate(slot, i, j, k, node);
         return record;
     }
@@ -419,7 +392,7 @@ private:
     size_t CornerNode(int corner, size_t node) const { return node + m_Cube.CornerOffset(corner); }
     shr::Vec3d CornerPosition(int corner, unsigned int i, unsigned int j, unsigned int k) const
     {
-        return m_Positions(i + kCornerIJK[corner][0], j + kCornerIJK[corner][1], k + kCornerIJK[corner][2]);
+        return m_Positions(i + s_CornerIJK[corner][0], j + s_CornerIJK[corner][1], k + s_CornerIJK[corner][2]);
     }
 
     // The fraction along the edge where the field meets the isovalue.
@@ -454,9 +427,9 @@ private:
 
     shr::Vec3f CornerGradient(int corner, unsigned int i, unsigned int j, unsigned int k, size_t node) const
     {
-        const unsigned int level = k + kCornerIJK[corner][2];
+        const unsigned int level = k + s_CornerIJK[corner][2];
         const bool owned = level >= m_K0 && (level < m_K1 || m_K1 + 1 == m_Nz);
-        return m_Gradients.Get(i + kCornerIJK[corner][0], j + kCornerIJK[corner][1], level, node, owned);
+        return m_Gradients.Get(i + s_CornerIJK[corner][0], j + s_CornerIJK[corner][1], level, node, owned);
     }
 
     void LoadCorners(unsigned int i, unsigned int j, unsigned int k)
@@ -480,7 +453,7 @@ private:
         for (int e = 0; e < 12; ++e) {
             if (!(edges & (1u << e)))
                 continue;
-            const EdgeSlot& slot = kEdgeSlots[e];
+            const EdgeSlot& slot = s_EdgeSlots[e];
             points[e] = EdgePoint(slot, i, j, k, EdgeFraction(CornerNode(slot.from, node), CornerNode(slot.to, node)));
         }
         const double part = PolyhedronVolume(*m_In.calculator, index, points, m_Corners, m_Points);
@@ -654,14 +627,14 @@ BaseVertexStateCalculator::BaseVertexStateCalculator(const std::vector<float>& v
       m_Layer(static_cast<size_t>(nodesPerLayer)), m_AtOrAbove(atOrAbove)
 {
     for (int c = 0; c < 8; ++c)
-        m_CornerOffsets[c] = kCornerIJK[c][0] * m_Column + kCornerIJK[c][1] * m_Row + kCornerIJK[c][2] * m_Layer;
+        m_CornerOffsets[c] = s_CornerIJK[c][0] * m_Column + s_CornerIJK[c][1] * m_Row + s_CornerIJK[c][2] * m_Layer;
 }
 
 // ---- NodePositions ------------------------------------------------------------------------
 
-NodePositions::NodePositions(const VdLattice& lattice)
+NodePositions::NodePositions(const VdLattice& lattice, bool userTransform)
     : m_Lattice(&lattice), m_Separable(!dynamic_cast<const VdCurvilinearLattice*>(&lattice)),
-      m_Transformed(lattice.HasUserTransform())
+      m_UserTransform(userTransform), m_Transformed(userTransform && lattice.HasUserTransform())
 {
     if (!m_Separable)
         return;
@@ -678,7 +651,7 @@ NodePositions::NodePositions(const VdLattice& lattice)
 shr::Vec3d NodePositions::Mapped(unsigned int i, unsigned int j, unsigned int k) const
 {
     if (!m_Separable)
-        return m_Lattice->IJKToXYZ(i, j, k);
+        return m_UserTransform ? m_Lattice->IJKToXYZ(i, j, k) : m_Lattice->IJKToUVW(i, j, k);
     const shr::Vec3d uvw(m_Axis[0][i], m_Axis[1][j], m_Axis[2][k]);
     return m_Transformed ? m_Lattice->UVWToXYZ(uvw) : uvw;
 }

@@ -51,6 +51,37 @@ extern const std::array<uint8_t, 256> s_CornerCount;
 // The corners at the ends of each edge.
 extern const uint8_t s_EdgeCorners[12][2];
 
+// The node offsets (i, j, k) of each corner from the cell's lowest node.
+constexpr unsigned int s_CornerIJK[8][3] = {{0, 1, 0}, {1, 1, 0}, {1, 0, 0}, {0, 0, 0},
+                                            {0, 1, 1}, {1, 1, 1}, {1, 0, 1}, {0, 0, 1}};
+
+// Where the vertex of each cell edge is kept during a sweep: the edge record
+// of node (i + di, j + dj) in the previous (level k) or current (level k + 1)
+// slice, the record's axis, and which cell creates it: the first in scan
+// order, that is the one at k = 0, i = 0 or j = 0 where the flags say so. The
+// vertex runs from corner `from` to corner `to`, from the lower node to the upper.
+struct EdgeSlot {
+    bool current;
+    unsigned int di, dj;
+    int axis;
+    bool onlyAtK0, onlyAtI0, onlyAtJ0;
+    int from, to;
+
+    bool CreatedAt(unsigned int i, unsigned int j, unsigned int k) const
+    {
+        return (!onlyAtK0 || k == 0) && (!onlyAtI0 || i == 0) && (!onlyAtJ0 || j == 0);
+    }
+};
+
+constexpr EdgeSlot s_EdgeSlots[12] = {
+    {false, 0, 1, 0, true, false, false, 0, 1},  {false, 1, 0, 1, true, false, false, 2, 1},
+    {false, 0, 0, 0, true, false, true, 3, 2},   {false, 0, 0, 1, true, true, false, 3, 0},
+    {true, 0, 1, 0, false, false, false, 4, 5},  {true, 1, 0, 1, false, false, false, 6, 5},
+    {true, 0, 0, 0, false, false, true, 7, 6},   {true, 0, 0, 1, false, true, false, 7, 4},
+    {false, 0, 1, 2, false, true, false, 0, 4},  {false, 1, 1, 2, false, false, false, 1, 5},
+    {false, 1, 0, 2, false, false, true, 2, 6},  {false, 0, 0, 2, false, true, true, 3, 7},
+};
+
 // The cube index of a cell from the float copy. A corner's bit is set when it
 // lies on the inner side: isovalue >= value, or with `atOrAbove` value >=
 // isovalue; a node exactly at the isovalue is inside either way.
@@ -87,12 +118,13 @@ private:
     size_t m_CornerOffsets[8];
 };
 
-// Scene positions of nodes, equal to VdLattice::IJKToXYZ. Uniform and
+// Scene positions of nodes, equal to VdLattice::IJKToXYZ, or with
+// `userTransform` false the lattice's own positions (IJKToUVW). Uniform and
 // rectilinear lattices place each axis independently, so their coordinates
 // are read from per-axis tables; curvilinear ones ask the lattice.
 class NodePositions {
 public:
-    explicit NodePositions(const VdLattice& lattice);
+    explicit NodePositions(const VdLattice& lattice, bool userTransform = true);
 
     shr::Vec3d operator()(unsigned int i, unsigned int j, unsigned int k) const
     {
@@ -108,6 +140,7 @@ private:
 
     const VdLattice* m_Lattice;
     bool m_Separable;
+    bool m_UserTransform;
     bool m_Transformed;
     std::vector<double> m_Axis[3];
 };

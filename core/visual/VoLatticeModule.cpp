@@ -1,6 +1,8 @@
 #include "core/visual/VoLatticeModule.h"
 
 #include "core/data/VdLattice.h"
+#include "core/properties/VbPropList.h"
+#include "core/properties/VbPropertyEvent.h"
 #include "shr/Archive.h"
 
 #include <algorithm>
@@ -37,9 +39,49 @@ void VoLatticeModule::UpdateColorMapDataLimits(const VdLattice* lattice)
     m_ColorMap.SetDataLimits(limits.first, limits.second);
 }
 
+void VoLatticeModule::ReadInputComponent(VbPropList& list, int id)
+{
+    unsigned int component = m_InputComponent;
+    list.GetValue(id, component);
+    InputComponentSafe(component);
+    UpdateColorMapDataLimits(InputLattice(0));
+}
+
 shr::Color4b VoLatticeModule::InterpolateColor(double value) const
 {
     return m_ColorMap.DatToColor(value);
+}
+
+void VoLatticeModule::AddInputRows(VbPropList& list)
+{
+    const VoModule* upstream = GetInputConnection(0, 0);
+    list.AddHeader(Id(), 1, NameAndId(), "General", "", "");
+    list.Indent();
+    list.AddStatic(Id(), 2, "Input", "The input this module is connected to.",
+                   upstream ? upstream->Name().c_str() : "Nothing");
+}
+
+void VoLatticeModule::AddComponentRow(VbPropList& list, const shr::GString& key, int id, const char* help)
+{
+    const VdLattice* lattice = InputLattice(0);
+    if (lattice && lattice->ComponentCount() > 1)
+        list.AddUnsigned(Id(), key, id, "Input component", help, m_InputComponent, ValCheckMinMax, 1,
+                         lattice->ComponentCount(), 1);
+}
+
+bool VoLatticeModule::LegendEvent(VbPropList& list, const VbPropertyEvent& event, int base)
+{
+    if (event.Id() < base || event.Id() >= base + VbLegend::RowCount)
+        return false;
+    m_Legend.PropertyEvent(Id(), list, event, base);
+    return true;
+}
+
+void VoLatticeModule::TakeColorMapAndLegend(const VbColorMap& colorMap, const VbLegend& legend)
+{
+    m_ColorMap = colorMap;
+    m_Legend = legend;
+    m_Legend.SetColorMap(&m_ColorMap);
 }
 
 void VoLatticeModule::SerializeImpl(shr::Archive& archive)

@@ -9,6 +9,8 @@
 
 namespace core {
 
+class VbPropertyEvent;
+class VbPropList;
 class VdLattice;
 
 class VoLatticeModule : public VoModule {
@@ -35,6 +37,19 @@ protected:
     // follows the data). A null lattice changes nothing.
     void UpdateColorMapDataLimits(const VdLattice* lattice);
     shr::Color4b InterpolateColor(double value) const;
+    // The module's first rows: its header (row 1, indented after) and the
+    // input's name (row 2).
+    void AddInputRows(VbPropList& list);
+    // The component row, when the lattice has more than one component.
+    void AddComponentRow(VbPropList& list, const shr::GString& key, int id, const char* help);
+    // Takes the one-based component row `id` and lets the colour map follow
+    // the new component's range.
+    void ReadInputComponent(VbPropList& list, int id);
+    // Passes an event of the legend's rows, from `base`, on to the legend;
+    // false for a row outside them.
+    bool LegendEvent(VbPropList& list, const VbPropertyEvent& event, int base);
+    // Takes a loaded colour map and legend, the legend showing this map.
+    void TakeColorMapAndLegend(const VbColorMap& colorMap, const VbLegend& legend);
     // Base, sync mark, component (4 bytes), colour map, legend.
     void SerializeImpl(shr::Archive& archive);
 

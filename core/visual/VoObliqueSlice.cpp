@@ -36,17 +36,10 @@ namespace VoObliqueSlicePrivate {
 const unsigned char kBool = VbBoolPropertyConverter::Key();
 const unsigned char kDouble = VbDoublePropertyConverter::Key();
 const unsigned char kUnsigned = VbUnsignedPropertyConverter::Key();
-const int kPlane = VoObliqueSlice::IdPlane;
 const int kMapping = VoObliqueSlice::IdMapping;
 
 const VbPropertyRegistrar s_Registrars[] = {
     {"ObliqueSliceComponent", VoObliqueSlice::IdComponent, kUnsigned},
-    {"ObliqueSlicePlaneOrientation", kPlane + VbCuttingPlane::RowOrientation, kUnsigned},
-    {"ObliqueSlicePlaneXNormal", kPlane + VbCuttingPlane::RowNormalX, kDouble},
-    {"ObliqueSlicePlaneYNormal", kPlane + VbCuttingPlane::RowNormalY, kDouble},
-    {"ObliqueSlicePlaneZNormal", kPlane + VbCuttingPlane::RowNormalZ, kDouble},
-    {"ObliqueSlicePlaneOffset", kPlane + VbCuttingPlane::RowOffset, kDouble},
-    {"ObliqueSlicePlaneShowDragger", kPlane + VbCuttingPlane::RowShowDragger, kBool},
     {"ObliqueSliceResolution", VoObliqueSlice::IdResolution, kUnsigned},
     {"ObliqueSliceInterp", VoObliqueSlice::IdInterp, kBool},
     {"ObliqueSliceLighting", VoObliqueSlice::IdLighting, kBool},
@@ -56,6 +49,7 @@ const VbPropertyRegistrar s_Registrars[] = {
     {"ObliqueSliceMapCenter", kMapping + SliceMapping::RowCentre, kDouble},
     {"ObliqueSliceColormap", kMapping + SliceMapping::RowColorMap, VbColorMapPropertyConverter::Key()},
 };
+const VbCuttingPlane::KeyRegistrar s_PlaneKeys("ObliqueSlice", VoObliqueSlice::IdPlane);
 
 const char* const kPrefix = "ObliqueSlice";
 const int kTextureSizes[4] = {128, 256, 512, 1024};
@@ -152,13 +146,9 @@ void VoObliqueSlice::PropertyEvent(VbPropList& list, const VbPropertyEvent& even
 {
     const int id = event.Id();
     switch (id) {
-    case IdComponent: {
-        unsigned int component = m_InputComponent;
-        list.GetValue(id, component);
-        InputComponentSafe(component);
-        UpdateColorMapDataLimits(InputLattice(0));
+    case IdComponent:
+        ReadInputComponent(list, id);
         break;
-    }
     case IdResolution:
         list.GetValue(id, m_Resolution);
         break;
@@ -230,37 +220,6 @@ void VoObliqueSlice::FollowInput(const VdLattice& lattice)
     UiProxy::Instance()->UpdatePropertyList(this, -1, true);
 }
 
-// The dragger lives in the lattice's own frame, moved like the rest of the
-// scene by the scene offset.
-void VoObliqueSlice::PlaceDragger(VgRenderer& renderer, const VdLattice& lattice)
-{
-    renderer.UpdateTransform(lattice.GetUVWBounds(), lattice.GetUserTransform());
-    renderer.pushState(VgRenderer::TRANSFORM_SEPARATOR);
-    renderer.multTransform(
-        shr::Mat4d::MakeTranslation(renderer.Transform().XTransform(), renderer.Transform().YTransform(), 0.0));
-    int pushed = 1;
-    if (lattice.HasUserTransform()) {
-        renderer.pushState(VgRenderer::TRANSFORM_SEPARATOR);
-        renderer.multTransform(lattice.GetUserTransform());
-        ++pushed;
-    }
-    m_Plane.Execute(renderer);
-    while (pushed--)
-        renderer.popState();
-}
-
-// A flat lattice shows whole, wherever the offset puts the plane, unless the
-// user has asked for a free plane through it.
-std::vector<shr::Vec3d> VoObliqueSlice::SlicePolygon(const VdLattice& lattice) const
-{
-    const shr::Box3d box = lattice.GetUVWBounds();
-    if (lattice.GetDimensionality() < 3 && !m_Plane.CustomOrientation()) {
-        const std::array<shr::Vec3d, 4> face = m_Plane.PlaneCorners(box);
-        return std::vector<shr::Vec3d>(face.begin(), face.end());
-    }
-    return m_Plane.Polygon(box);
-}
-
 shr::Color4b VoObliqueSlice::Sample(const VdLattice& lattice, const shr::Vec3d& uvw,
                                     const ColorInterpolator& interp) const
 {
@@ -329,9 +288,9 @@ VoModule::ModuleStatus VoObliqueSlice::ExecuteImpl(std::shared_ptr<VgRenderer> r
     }
     FollowInput(*lattice);
     UpdateColorMapDataLimits(lattice);
-    PlaceDragger(*renderer, *lattice);
+    m_Plane.Execute(*renderer, *lattice);
 
-    const std::vector<shr::Vec3d> polygon = SlicePolygon(*lattice);
+    const std::vector<shr::Vec3d> polygon = m_Plane.SectionPolygon(*lattice);
     const TexelGrid grid =
         polygon.size() < 3 ? TexelGrid() : MakeTexelGrid(polygon, m_Plane.Normal(), TextureSize(m_Resolution));
     if (grid.width == 0) {

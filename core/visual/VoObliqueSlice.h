@@ -79,8 +79,6 @@ private:
     // The plane follows a lattice whose box it has not seen (the data may
     // arrive after the link).
     void FollowInput(const VdLattice& lattice);
-    void PlaceDragger(VgRenderer& renderer, const VdLattice& lattice);
-    std::vector<shr::Vec3d> SlicePolygon(const VdLattice& lattice) const;
     // False when the user stopped the pass.
     bool FillTexture(const VdLattice& lattice, const TexelGrid& grid, std::vector<shr::Color4b>& pixels) const;
     shr::Color4b Sample(const VdLattice& lattice, const shr::Vec3d& uvw, const ColorInterpolator& interp) const;

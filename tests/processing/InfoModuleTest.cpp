@@ -5,6 +5,7 @@
 #include "core/data/VdUniformLattice.h"
 #include "core/processing/VoGeomSrc.h"
 #include "core/processing/VoInfo.h"
+#include "core/wells/VdWellData.h"
 
 #include <Inventor/nodes/SoCoordinate3.h>
 #include <Inventor/nodes/SoFaceSet.h>
@@ -127,4 +128,41 @@ TEST_F(InfoModuleTest, GeometryRowsCountWhatIsDrawn)
     EXPECT_EQ(rows->labels[VoInfo::IdGeometryTexts], "Number of text");
     EXPECT_EQ(rows->Number(XMaxRow), 2.0);
     EXPECT_FALSE(rows->IsProp(VoInfo::IdShowData)) << "geometry cannot be shown in a worksheet";
+}
+
+TEST_F(InfoModuleTest, WellRows)
+{
+    auto* wells = new VdWellData;
+    auto a = std::make_shared<Well>("A-1");
+    a->Top(shr::Point3<double>(500100.25, 7000200.5, 841.125));
+    auto gr = std::make_shared<WellLog>(LogInit{"GR", WellLog::DefaultNullValue});
+    for (const auto& entry : {LogEntry(40, 80.5), LogEntry(10, 12), LogEntry(20, WellLog::DefaultNullValue)})
+        gr->Append(entry);
+    a->AddLog(gr);
+    auto b = std::make_shared<Well>("B-2");
+    b->AddLog(std::make_shared<WellLog>(LogInit{"empty", WellLog::DefaultNullValue}));
+    wells->AddWell(b);
+    wells->AddWell(a);
+    VoInfo* info = AddInfo(Add(new exprtest::DataSource(wells, PortWellData)));
+    std::unique_ptr<LabelledList> rows = Rows(*info);
+    const int first = VoInfo::IdFirstWellRow;
+    const std::pair<int, const char*> expected[] = {
+        {VoInfo::IdDatasetType, "Well data"},
+        {VoInfo::IdWellCount, "2"},
+        {first + 1, "(500100.25, 7000200.5, 841.125)"},
+        {first + 2, "1"},
+        {first + 4, "(10, 40)"},
+        {first + 5, "12, 80.5"},
+        {first + 7, "Not set"},
+        {first + 8, "1"},
+        {first + 10, "Not available"},
+        {first + 11, "Not Available"},
+    };
+    for (const auto& row : expected)
+        EXPECT_EQ(rows->Text(row.first), row.second) << row.first;
+    EXPECT_EQ(rows->labels[first + 4], "MD range");
+    EXPECT_EQ(rows->labels[first + 11], "Data range");
+    EXPECT_TRUE(rows->IsProp(VoInfo::IdGeometry));
+    EXPECT_FALSE(rows->IsProp(first + 12));
+    EXPECT_FALSE(rows->IsProp(VoInfo::IdShowData)) << "wells have no worksheet";
 }

@@ -77,6 +77,23 @@ inline std::unique_ptr<core::VdLattice> Sample(Kind kind, unsigned int n, const 
     return Sample(kind, dims, field);
 }
 
+// Nodes (i, j, k) of a uniform float lattice holding f(i, j, k), spacing 1
+// from `origin`.
+template <class F>
+core::VdUniformLattice* NodeLattice(unsigned int nx, unsigned int ny, unsigned int nz, F f,
+                                    shr::Vec3d origin = shr::Vec3d(0, 0, 0))
+{
+    const unsigned int dims[3] = {nx, ny, nz};
+    std::vector<float> values;
+    for (unsigned int k = 0; k < nz; ++k)
+        for (unsigned int j = 0; j < ny; ++j)
+            for (unsigned int i = 0; i < nx; ++i)
+                values.push_back(static_cast<float>(f(i, j, k)));
+    auto* lattice = new core::VdUniformLattice(shr::Float, dims, values.data(), 1);
+    lattice->SetUVWBounds(shr::Box3d(origin, origin + shr::Vec3d(nx - 1.0, ny - 1.0, nz - 1.0)));
+    return lattice;
+}
+
 inline double Sphere(double x, double y, double z) { return x * x + y * y + z * z; }
 
 // What the triangles of a surface say about its shape.

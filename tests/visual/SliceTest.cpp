@@ -31,22 +31,6 @@ using shr::Vec3d;
 
 namespace {
 
-// Nodes (i, j, k) of a uniform float lattice holding f(i, j, k), spacing 1 from `origin`.
-template <class F>
-VdUniformLattice* Gradient(unsigned int nx, unsigned int ny, unsigned int nz, F f, Vec3d origin = Vec3d(0, 0, 0))
-{
-    const unsigned int dims[3] = {nx, ny, nz};
-    std::vector<float> values;
-    for (unsigned int k = 0; k < nz; ++k)
-        for (unsigned int j = 0; j < ny; ++j)
-            for (unsigned int i = 0; i < nx; ++i)
-                values.push_back(static_cast<float>(f(i, j, k)));
-    auto* lattice = new VdUniformLattice(shr::Float, dims, values.data(), 1);
-    const Vec3d far = origin + Vec3d(nx - 1.0, ny - 1.0, nz - 1.0);
-    lattice->SetUVWBounds(shr::Box3d(origin, far));
-    return lattice;
-}
-
 bool Near(const Color4b& a, const Color4b& b)
 {
     return std::abs(a.r - b.r) <= 1 && std::abs(a.g - b.g) <= 1 && std::abs(a.b - b.b) <= 1;
@@ -96,7 +80,7 @@ protected:
 // along X. The default map runs black to white over 0 .. 23.
 TEST_F(SliceTest, OrthoSliceShowsTheMapsColoursAtTheTexels)
 {
-    auto* slice = Feed(Gradient(4, 2, 3, [](unsigned i, unsigned, unsigned k) { return i + 10.0 * k; }),
+    auto* slice = Feed(isotest::NodeLattice(4, 2, 3, [](unsigned i, unsigned, unsigned k) { return i + 10.0 * k; }),
                        new VoOrthoSlice);
     slice->Lighting(false);
     slice->Quality(0.05); // nearest texels; 0 would turn texturing off
@@ -131,7 +115,7 @@ TEST_F(SliceTest, OrthoSliceShowsTheMapsColoursAtTheTexels)
 TEST_F(SliceTest, OrthoTexturesHaveTheSliceSizeAndValues)
 {
     // Value = i + 10 j + 100 k on 4 x 3 x 2 nodes.
-    auto* lattice = Gradient(4, 3, 2, [](unsigned i, unsigned j, unsigned k) { return i + 10.0 * j + 100.0 * k; });
+    auto* lattice = isotest::NodeLattice(4, 3, 2, [](unsigned i, unsigned j, unsigned k) { return i + 10.0 * j + 100.0 * k; });
     std::unique_ptr<VdUniformLattice> owner(lattice);
     const LinearColorInterpolator identity(0.0, 1.0);
     struct Case {
@@ -161,7 +145,7 @@ TEST_F(SliceTest, OrthoTexturesHaveTheSliceSizeAndValues)
 
 TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
 {
-    auto* flat = Gradient(3, 3, 1, [](unsigned i, unsigned, unsigned) { return double(i); }, Vec3d(0, 0, 5));
+    auto* flat = isotest::NodeLattice(3, 3, 1, [](unsigned i, unsigned, unsigned) { return double(i); }, Vec3d(0, 0, 5));
     auto* slice = Feed(flat, new VoOrthoSlice);
     slice->Slice(7);
     RunPass();
@@ -171,7 +155,7 @@ TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
     EXPECT_FLOAT_EQ(measure.getBoundingBox().getMin()[2], 5.0f);
     EXPECT_FLOAT_EQ(measure.getBoundingBox().getMax()[2], 5.0f);
 
-    auto* deep = Feed(Gradient(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }), new VoOrthoSlice);
+    auto* deep = Feed(isotest::NodeLattice(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }), new VoOrthoSlice);
     deep->Slice(-1);
     RunPass();
     EXPECT_EQ(deep->Slice(), 2);
@@ -234,11 +218,11 @@ TEST_F(SliceTest, ObliqueTextureSizesFollowTheResolution)
 TEST_F(SliceTest, ObliqueSliceOfAMovedLatticeSamplesTheSameValues)
 {
     const auto f = [](unsigned i, unsigned j, unsigned k) { return std::sin(0.7 * i) + 0.3 * j * j - 0.2 * k; };
-    auto* still = Feed(Gradient(9, 7, 5, f), new VoObliqueSlice);
-    auto* moved = Gradient(9, 7, 5, f);
+    auto* still = Feed(isotest::NodeLattice(9, 7, 5, f), new VoObliqueSlice);
+    auto* moved = isotest::NodeLattice(9, 7, 5, f);
     moved->SetUserTransform(shr::Mat4d::MakeTranslation(5e5, 4e6, -300.0));
     auto* carried = Feed(moved, new VoObliqueSlice);
-    auto* shifted = Feed(Gradient(9, 7, 5, f, Vec3d(-40, 12, 3)), new VoObliqueSlice);
+    auto* shifted = Feed(isotest::NodeLattice(9, 7, 5, f, Vec3d(-40, 12, 3)), new VoObliqueSlice);
     for (VoObliqueSlice* slice : {still, carried, shifted}) {
         slice->Plane().Orientation(3);
         slice->Plane().Normal(Vec3d(0.3, -0.5, 1.0));
@@ -266,8 +250,8 @@ TEST_F(SliceTest, ObliqueSliceOfAMovedLatticeSamplesTheSameValues)
 
 TEST_F(SliceTest, ObliquePlaneThatMissesDrawsNothingAndFlatLatticesDrawWhole)
 {
-    auto* cube = Feed(Gradient(3, 3, 3, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
-    auto* flat = Feed(Gradient(4, 4, 1, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
+    auto* cube = Feed(isotest::NodeLattice(3, 3, 3, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
+    auto* flat = Feed(isotest::NodeLattice(4, 4, 1, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
     RunPass();
     // The new input set the flat lattice's plane; an offset far off changes nothing there.
     EXPECT_EQ(flat->Plane().Orientation(), 0u);
@@ -289,7 +273,7 @@ TEST_F(SliceTest, ObliquePlaneThatMissesDrawsNothingAndFlatLatticesDrawWhole)
 // the grey window too.
 TEST_F(SliceTest, ObliqueTexelsWithoutDataShowTheMapsStart)
 {
-    auto* lattice = Gradient(2, 2, 2, [](unsigned, unsigned, unsigned) { return 6.0; });
+    auto* lattice = isotest::NodeLattice(2, 2, 2, [](unsigned, unsigned, unsigned) { return 6.0; });
     for (unsigned int node = 0; node < 8; node += 2)
         lattice->SetBlank(node, 0); // every node with i = 0
     auto* slice = Feed(lattice, new VoObliqueSlice);

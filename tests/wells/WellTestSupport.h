@@ -1,0 +1,33 @@
+#pragma once
+// What the well tests share: error texts, and logs made from a list of entries.
+#include "core/wells/WellLog.h"
+#include "shr/Exception.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <initializer_list>
+#include <memory>
+
+namespace welltest {
+
+// `call` raises an error with exactly this message.
+inline void ExpectError(const std::function<void()>& call, const char* message)
+{
+    try {
+        call();
+        ADD_FAILURE() << "no error, expected: " << message;
+    } catch (const shr::Exception& error) {
+        EXPECT_EQ(error.Message(), message);
+    }
+}
+
+inline std::shared_ptr<core::WellLog> MakeLog(const char* name, std::initializer_list<core::LogEntry> entries)
+{
+    auto log = std::make_shared<core::WellLog>(core::LogInit{name, core::WellLog::DefaultNullValue});
+    for (const core::LogEntry& entry : entries)
+        log->Append(entry);
+    return log;
+}
+
+} // namespace welltest
