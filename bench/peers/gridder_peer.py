@@ -11,7 +11,8 @@ times the best of three runs with vtkSMPTools on the same thread count and
 prints both times and the ratios ours / VTK, real and CPU (the peer's time
 includes building its locator, as ours includes building the search tree).
 So that both sides meet the same load on a shared machine, each case of ours
-is run again (bench_gridder with FENRAK_BENCH_CASE) just before VTK's.
+is run again (bench_gridder with FENRAK_BENCH_CASE, which writes its times to
+gridder_case.txt) just before VTK's.
 """
 import os
 import subprocess
@@ -85,7 +86,7 @@ def main(build_dir):
     for case in names:
         subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True,
                        env=dict(os.environ, FENRAK_BENCH_CASE=case))
-        with open(ours_path) as f:
+        with open(os.path.join(bench_dir, "gridder_case.txt")) as f:
             lines = [line for line in f if line.strip()]
         for line in lines:
             name, count, nodes, neighbours, threads, real, cpu = line.split()

@@ -479,11 +479,16 @@ private:
     std::vector<shr::Vec3d> m_Points;
 };
 
-size_t PickSlabCount(size_t requested, unsigned int layers)
+// A lattice this small is swept, or copied, in one piece on the calling
+// thread: its work is below what waking other threads costs, and far below
+// when other programs keep those threads waiting for a core.
+constexpr size_t kOnePieceNodes = size_t(1) << 19;
+
+size_t PickSlabCount(size_t requested, unsigned int layers, size_t nodes)
 {
     if (requested == 0) {
         const int threads = tbb::this_task_arena::max_concurrency();
-        requested = threads <= 1 ? 1 : size_t(threads) * 4;
+        requested = threads <= 1 || nodes < kOnePieceNodes ? 1 : size_t(threads) * 4;
     }
     return std::max<size_t>(1, std::min<size_t>(requested, layers));
 }
@@ -594,7 +599,7 @@ void CopyRows(const VdLattice& lattice, unsigned int component, std::vector<floa
     const bool blanks = copy && lattice.HasBlanks();
     const float minimum = blanks ? NarrowToFloat(lattice.DataMin(component)) : 0.0f;
     const unsigned int nx = lattice.GetDims()[0];
-    ParallelFor(out.size() / nx, 64, [&](size_t row) {
+    ParallelFor(out.size() / nx, std::max<size_t>(1, kOnePieceNodes / nx), [&](size_t row) {
         float* v = out.data() + row * nx;
         const size_t node = row * nx;
         if (!copy) {
@@ -675,7 +680,7 @@ bool Sweep(const SweepInput& input, size_t slabCount, const SweepProgress& progr
     const unsigned int layers = dims[2] - 1;
     const NodePositions positions(*input.lattice);
     const GradientSource gradients(*input.lattice, *input.values, input.gradients);
-    slabCount = PickSlabCount(slabCount, layers);
+    slabCount = PickSlabCount(slabCount, layers, size_t(dims[0]) * dims[1] * dims[2]);
     SweepWorkspace local;
     SweepWorkspace& work = workspace ? *workspace : local;
     const LayerFlags flags(input);
