@@ -16,8 +16,8 @@ the two counts is compared.
 
 Times: VTK re-runs the whole filter for a new isovalue and for new data alike;
 ours re-runs only the sweep for a new isovalue and adds the float copy for new
-data (gradients are computed at the cut edges as the sweep needs them). Best
-of several runs on each side, real time and process CPU time; each lattice of
+data (gradients are computed at the cut edges as the sweep needs them). The
+best single run on each side, real time and process CPU time; each lattice of
 ours is run just before VTK's. Ratios are ours / VTK, new isovalue / new
 data. `isosurface_peer.py BUILD PASSES` repeats the whole comparison.
 """
@@ -54,8 +54,7 @@ def ours(build_dir, field, n):
         if run.get("aggregate_name") != "min":
             continue
         workload = run["name"].split("/")[0].replace("BM_", "")
-        results[workload] = (run["real_time"] / 1000.0, run["cpu_time"] / 1000.0, int(run["triangles"]),
-                             int(run["vertices"]))
+        results[workload] = (run["best_real"], run["best_cpu"], int(run["triangles"]), int(run["vertices"]))
     return results
 
 
