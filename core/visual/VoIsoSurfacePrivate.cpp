@@ -482,7 +482,7 @@ private:
 // A lattice this small is swept, or copied, in one piece on the calling
 // thread: its work is below what waking other threads costs, and far below
 // when other programs keep those threads waiting for a core.
-constexpr size_t kOnePieceNodes = size_t(1) << 19;
+constexpr size_t kOnePieceNodes = size_t(1) << 16;
 
 size_t PickSlabCount(size_t requested, unsigned int layers, size_t nodes)
 {
