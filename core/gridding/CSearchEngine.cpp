@@ -125,7 +125,7 @@ public:
             if (std::isfinite(bound) && bound > m_Terms)
                 m_Terms = bound;
         }
-        Make(0, m_Size, 0);
+        MakeTree(0, m_Size, 0);
     }
 
     std::vector<uint32_t>& Rows() { return m_Rows; }
@@ -144,7 +144,7 @@ private:
         return std::isnan(key) ? std::numeric_limits<double>::infinity() : key;
     }
 
-    void Make(size_t first, size_t last, int depth)
+    void MakeTree(size_t first, size_t last, int depth)
     {
         if (last - first <= kBucketSize)
             return;
@@ -152,8 +152,8 @@ private:
         const int axis = depth % 3;
         Select(first, middle, last, axis);
         m_Splits[middle] = m_Keys[axis][middle];
-        Make(first, middle, depth + 1);
-        Make(middle + 1, last, depth + 1);
+        MakeTree(first, middle, depth + 1);
+        MakeTree(middle + 1, last, depth + 1);
         if (depth == kProgressDepth)
             m_Progress.Update(static_cast<double>(last) / static_cast<double>(m_Size));
     }
