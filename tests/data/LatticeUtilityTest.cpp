@@ -1,9 +1,8 @@
 // LatticeLocator, LatticeUtility and the texture collectors.
-#include "ArrayTestHelpers.h"
-#include "LatticeTestHelpers.h"
-
 #include "core/data/LatticeUtility.h"
 #include "core/data/TextureUtility.h"
+#include "tests/support/LatticeSupport.h"
+#include "tests/support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -11,12 +10,12 @@
 #include <cstring>
 #include <random>
 
-using arraytest::ExpectCoreError;
 using core::CellComponentAverage;
 using core::CellComponentCorner;
 using core::LatticeRange;
 using core::VdUniformLattice;
-using latticetest::MakeUniform;
+using testsupport::MakeUniform;
+using testsupport::RaisedText;
 
 namespace {
 
@@ -34,7 +33,7 @@ TEST(LatticeLocator, CellNumbersRunInNodeOrder)
                 locator.Locate(n, i, j, k);
                 EXPECT_EQ(std::vector<unsigned int>({i, j, k}), std::vector<unsigned int>({ei, ej, ek}));
             }
-    ExpectCoreError([] { core::LatticeLocator(LatticeRange{0, 3, 2, 2, 0, 1}); }, "Invalid lattice range.");
+    EXPECT_EQ(RaisedText([] { core::LatticeLocator(LatticeRange{0, 3, 2, 2, 0, 1}); }), "Core: Invalid lattice range.");
 }
 
 TEST(LatticeUtility, CellCornersGoRoundEachFace)
@@ -73,8 +72,8 @@ TEST(CollectCellValues, RangeErrors)
         {0, {0, 1, 0, 1, 0, 4}, "Lattice range describes more than one 2D axis."},
     };
     for (const auto& c : cases)
-        ExpectCoreError([&] { core::CollectCellValues<CellComponentAverage>(lattice, c.component, c.range); },
-                        c.message);
+        EXPECT_EQ(RaisedText([&] { core::CollectCellValues<CellComponentAverage>(lattice, c.component, c.range); }),
+                  std::string("Core: ") + c.message);
 }
 
 TEST(CollectCellValues, PoliciesBlanksAndFlatRanges)
@@ -155,9 +154,9 @@ TEST(TextureUtility, ScalarSlicesAndBlanks)
     EXPECT_EQ(image[1].r, 15);
     EXPECT_EQ(image[2].r, 18);
 
-    ExpectCoreError([&] { core::CollectTextureXY(lattice, 2, 0, ramp, image); }, "Invalid texture slice.");
-    ExpectCoreError([&] { core::CollectTextureYZ(lattice, 3, 0, ramp, image); }, "Invalid texture slice.");
-    ExpectCoreError([&] { core::CollectTextureXY(lattice, 0, 2, ramp, image); }, "Invalid texture component.");
+    EXPECT_EQ(RaisedText([&] { core::CollectTextureXY(lattice, 2, 0, ramp, image); }), "Core: Invalid texture slice.");
+    EXPECT_EQ(RaisedText([&] { core::CollectTextureYZ(lattice, 3, 0, ramp, image); }), "Core: Invalid texture slice.");
+    EXPECT_EQ(RaisedText([&] { core::CollectTextureXY(lattice, 0, 2, ramp, image); }), "Core: Invalid texture component.");
 }
 
 TEST(TextureUtility, RgbaSlicesAndPadding)
@@ -207,8 +206,8 @@ TEST(TextureUtility, ClippedCoordinates)
     EXPECT_FLOAT_EQ(coords[2], 4.0f / 6.0f); // x = 2 between -2 (padding) and 4
     EXPECT_FLOAT_EQ(coords[3], 4.0f / 6.0f);
     EXPECT_EQ(coords[4], 0.0f);
-    ExpectCoreError([&] { core::CollectTextureClipped(source, target, 0, 2, 0, ramp, colors, coords); },
-                    "Invalid texture slice.");
+    EXPECT_EQ(RaisedText([&] { core::CollectTextureClipped(source, target, 0, 2, 0, ramp, colors, coords); }),
+              "Core: Invalid texture slice.");
 }
 
 } // namespace

@@ -5,22 +5,17 @@
 #include "shr/MathUtil.h"
 #include "shr/Quat4d.h"
 
+#include "tests/support/TestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <functional>
 
 using namespace shr;
+using testsupport::Near;
 
 namespace {
-
-::testing::AssertionResult Near(const Vec3d& got, const Vec3d& want, double tolerance = 1e-12)
-{
-    if ((got - want).Length() <= tolerance)
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "got (" << got.x << ", " << got.y << ", " << got.z << ") want ("
-                                         << want.x << ", " << want.y << ", " << want.z << ")";
-}
 
 Mat4d Rotated(double angle)
 {
@@ -45,7 +40,6 @@ TEST(Mat4d, EveryMutationKeepsTheClassificationCurrent)
         Mat4d::Type want;
     } rows[] = {
         {"default", [] { return Mat4d(); }, Mat4d::Identity},
-        {"constant", [] { return Mat4d::IDENTITY; }, Mat4d::Identity},
         {"translation", [] { return Mat4d::MakeTranslation(1, 2, 3); }, Mat4d::Translation},
         {"zero translation", [] { return Mat4d::MakeTranslation(Vec3d::ZERO); }, Mat4d::Identity},
         {"scale", [] { return Mat4d::MakeScale(2, 1, 1); }, Mat4d::ScaleTranslation},
@@ -74,8 +68,6 @@ TEST(Mat4d, EveryMutationKeepsTheClassificationCurrent)
          Mat4d::Identity},
         {"wrong hint", [] { return Mat4d(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 4, 0, 0, 1, Mat4d::Identity); },
          Mat4d::Translation},
-        {"from doubles", [] { const double d[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}; return Mat4d(d); },
-         Mat4d::Identity},
         {"from quaternion", [] { return Mat4d(Quat4d(Vec3d::UNIT_Y, 0.3)); }, Mat4d::Affine},
         {"from identity quaternion", [] { return Mat4d(Quat4d::IDENTITY); }, Mat4d::Identity},
         {"set transform, plain", [] { Mat4d m = Rotated(1); m.SetTransform(Vec3d::ZERO, Quat4d(), Vec3d::ONE); return m; },
@@ -90,16 +82,12 @@ TEST(Mat4d, EveryMutationKeepsTheClassificationCurrent)
         EXPECT_EQ(row.make().GetType(), row.want) << row.what;
 }
 
-TEST(Mat4d, SetValueOutsideTheMatrixThrows)
+TEST(Mat4d, SingularMatricesAndBadElementsAreLeftUnchanged)
 {
-    Mat4d m;
-    EXPECT_THROW(m.SetValue(4, 0, 1.0), Exception);
-    EXPECT_THROW(m.SetValue(0, -1, 1.0), Exception);
-    EXPECT_EQ(m, Mat4d::IDENTITY);
-}
-
-TEST(Mat4d, SingularMatricesAreLeftUnchanged)
-{
+    Mat4d identity;
+    EXPECT_THROW(identity.SetValue(4, 0, 1.0), Exception);
+    EXPECT_THROW(identity.SetValue(0, -1, 1.0), Exception);
+    EXPECT_EQ(identity, Mat4d::IDENTITY);
     const Mat4d rows[] = {
         Mat4d::MakeScale(1, 0, 1),
         Mat4d(1, 2, 3, 0, 2, 4, 6, 0, 0, 0, 1, 0, 5, 5, 5, 1),         // dependent rows, affine
@@ -125,6 +113,7 @@ TEST(Mat4d, InverseUndoesEveryKind)
         Mat4d::MakeScale(-2, 0.001, 1e6) * Mat4d::MakeTranslation(7, 8, 9),
         general * Mat4d::MakeTranslation(40, 600, -1500),
         Perspective() * Rotated(0.3),
+        Mat4d(0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 0, 1, 0, 0, 1, 0), // needs row exchanges
         Mat4d(1e-20, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1), // tiny but regular
     };
     for (size_t i = 0; i < sizeof(rows) / sizeof(rows[0]); ++i) {

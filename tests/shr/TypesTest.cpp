@@ -4,6 +4,8 @@
 #include "shr/PrimType.h"
 #include "shr/TypeInfo.h"
 
+#include "tests/support/TestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -78,11 +80,6 @@ TEST(Exception, CodesGiveTheirTexts)
         ThrowSharedError("Shared", "here.cpp", 12, 0, "value %d of %s", 3, "five");
         FAIL();
     } catch (const Exception& e) {
-        EXPECT_EQ(e.Component(), "Shared");
-        EXPECT_EQ(e.File(), "here.cpp");
-        EXPECT_EQ(e.Line(), 12);
-        EXPECT_EQ(e.Code(), 0);
-        EXPECT_EQ(e.Message(), "value 3 of five");
         EXPECT_STREQ(e.what(), "value 3 of five");
         EXPECT_EQ(e.Describe(), "Shared error 0 (here.cpp:12): value 3 of five");
     }
@@ -97,8 +94,7 @@ TEST(Exception, CodesGiveTheirTexts)
 
 TEST(Logger, LevelsSinksAndThreads)
 {
-    std::vector<std::pair<int, std::string>> seen;
-    g_Logger.SetSink([&](int level, const GString& text) { seen.emplace_back(level, text); });
+    testsupport::LogCapture log;
     g_Logger.Send(1, "first");
     g_Logger.SendVA(4, "%s execute time=%.3lf seconds", "Iso", 0.25);
     g_Logger.Send(8, "dropped at the default threshold");
@@ -116,8 +112,8 @@ TEST(Logger, LevelsSinksAndThreads)
         });
     for (std::thread& t : threads)
         t.join();
-    g_Logger.SetSink(nullptr);
 
+    const auto seen = log.Lines();
     ASSERT_GE(seen.size(), 3u);
     EXPECT_EQ(seen[0], std::make_pair(1, std::string("first")));
     EXPECT_EQ(seen[1], std::make_pair(4, std::string("Iso execute time=0.250 seconds")));

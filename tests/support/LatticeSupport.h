@@ -1,17 +1,39 @@
 #pragma once
-// Helpers shared by the lattice tests: lattices whose values are a known
-// function of the node, and archive round trips.
+// Data for tests: arrays built from lists of doubles, and lattices whose node
+// values are a known function of the node, on uniform, sheared or warped grids.
+#include "core/data/VdArray.h"
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
-#include "shr/Archive.h"
 
 #include <cmath>
 #include <functional>
 #include <vector>
 
-namespace latticetest {
+namespace testsupport {
+
+// An array of `components` per tuple holding `values` in order, with the
+// listed flat indices blanked.
+inline core::VdArray MakeArray(shr::PrimType type, const std::vector<double>& values,
+                               const std::vector<unsigned int>& blanks = {}, unsigned int components = 1)
+{
+    const auto tuples = static_cast<unsigned int>(values.size() / components);
+    core::VdArray array(type, tuples, components);
+    for (unsigned int tuple = 0; tuple < tuples; ++tuple)
+        array.SetTuple(tuple, &values[size_t(tuple) * components]);
+    for (unsigned int index : blanks)
+        array.SetBlank(index / components, index % components);
+    return array;
+}
+
+inline double ValueAt(const core::VdArray& array, uint32_t index)
+{
+    double value = 0.0;
+    array.GetData()->GetValue(index, value);
+    return value;
+}
 
 using NodeFunction = std::function<double(unsigned int i, unsigned int j, unsigned int k, unsigned int c)>;
+using Placement = std::function<shr::Vec3d(double i, double j, double k)>;
 
 // i + 10 j + 100 k, negated for odd components: linear, so trilinear
 // interpolation reproduces it exactly.
@@ -22,7 +44,7 @@ inline double Linear(unsigned int i, unsigned int j, unsigned int k, unsigned in
 }
 
 // Node values in node order, components interleaved.
-inline std::vector<double> NodeValues(const unsigned int* dims, unsigned int components, const NodeFunction& f)
+inline std::vector<double> NodeValues(const unsigned int* dims, unsigned int components, const NodeFunction& f = Linear)
 {
     std::vector<double> values;
     for (unsigned int k = 0; k < dims[2]; ++k)
@@ -40,9 +62,8 @@ inline core::VdUniformLattice MakeUniform(const unsigned int* dims, unsigned int
     return core::VdUniformLattice(shr::Double, dims, values.data(), components);
 }
 
-// Node positions from IJK, three doubles per node in node order.
-inline std::vector<double> NodePositions(const unsigned int* dims,
-                                         const std::function<shr::Vec3d(double, double, double)>& place)
+// Node positions, three doubles per node in node order.
+inline std::vector<double> NodePositions(const unsigned int* dims, const Placement& place)
 {
     std::vector<double> coords;
     for (unsigned int k = 0; k < dims[2]; ++k)
@@ -67,29 +88,12 @@ inline shr::Vec3d Warped(double i, double j, double k)
                       k + 0.15 * std::sin(0.4 * i * j + 0.2));
 }
 
-inline core::VdCurvilinearLattice MakeCurvilinear(const unsigned int* dims,
-                                                  const std::function<shr::Vec3d(double, double, double)>& place,
+inline core::VdCurvilinearLattice MakeCurvilinear(const unsigned int* dims, const Placement& place,
                                                   unsigned int components = 1)
 {
     const std::vector<double> coords = NodePositions(dims, place);
-    const std::vector<double> values = NodeValues(dims, components, Linear);
+    const std::vector<double> values = NodeValues(dims, components);
     return core::VdCurvilinearLattice(shr::Double, shr::Double, dims, coords.data(), values.data(), components);
 }
 
-inline std::vector<unsigned char> Store(shr::CTypedObject& object)
-{
-    std::vector<unsigned char> bytes;
-    shr::Archive archive(bytes);
-    object.Serialize(archive);
-    archive.Close();
-    return bytes;
-}
-
-template <class T>
-void Load(const std::vector<unsigned char>& bytes, T& object)
-{
-    shr::Archive archive(bytes.data(), bytes.size());
-    object.Serialize(archive);
-}
-
-} // namespace latticetest
+} // namespace testsupport
