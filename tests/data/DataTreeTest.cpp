@@ -86,7 +86,7 @@ int Visits(VdData& data)
 
 TEST(DataTreeTest, VisitorsReachThroughTheClassChain)
 {
-    VdPoints points;
+    VdPoints points; // Accept with a visitor, and the const Accept with a const visitor
     EXPECT_EQ(2, Visits<VdPoints>(points));
     EXPECT_EQ(2, Visits<core::VdVertexData>(points));
     EXPECT_EQ(2, Visits<core::VdSpatialData>(points));
@@ -145,7 +145,6 @@ TEST(VdPointsTest, KeepsTheSourceTypesAndComputesBounds)
 {
     VdPoints points = ThreePoints();
     EXPECT_EQ(shr::Float, points.GetCoordType());
-    EXPECT_EQ(12u, points.GetCoordTupleSize());
     EXPECT_EQ(shr::Box3d(-3.0, -2.0, -1.0, 4.0, 8.0, 2.0), points.GetUVWBounds());
     EXPECT_EQ(std::make_pair(-3.0, -1.0), points.DataMinMax(1));
 

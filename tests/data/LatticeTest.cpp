@@ -1,6 +1,5 @@
 // The three lattice kinds: topology, coordinates, interpolation, sub-lattices,
 // the curvilinear cell search, and loading, which is all or nothing.
-#include "core/data/LatticeUtility.h"
 #include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLatticeFactory.h"
 #include "tests/support/LatticeSupport.h"
@@ -89,7 +88,6 @@ TEST(UniformLattice, CoordinatesSpacingTransformAndFactory)
     lattice.SetUserTransform(shr::Mat4d::MakeTranslation(1.0, 0.0, 0.0));
     EXPECT_EQ(lattice.GetXYZBounds(), shr::Box3d(11.0, -2.0, 7.0, 15.0, 6.0, 9.0));
     EXPECT_EQ(lattice.XYZToIJK(shr::Vec3d(13.0, -2.0, 7.0)), shr::Vec3d(1.0, 0.0, 0.0));
-    EXPECT_EQ(VdUniformLattice().UVWBounds(), shr::Box3d(0, 0, 0, 1, 1, 1));
 
     const unsigned int small[3] = {4, 2, 1};
     const struct {
@@ -143,7 +141,7 @@ TEST(LatticeInterpolate, MethodsInAndOutOfRange)
     EXPECT_THROW(lattice.Interpolate(static_cast<VdLattice::InterpMethod>(7), p, out, 0, 1), shr::Exception);
 }
 
-TEST(LatticeInterpolate, BlanksComponentsAndTransform)
+TEST(LatticeInterpolate, BlanksComponentsTransformAndTheBitLimit)
 {
     const unsigned int dims[3] = {3, 2, 1};
     VdUniformLattice lattice = MakeUniform(dims, 2);
@@ -328,28 +326,6 @@ TEST(CurvilinearLattice, ConcurrentFirstSearchesBuildOnce)
     EXPECT_EQ(failures.load(), 0);
 }
 
-// Everything observable about a lattice that loading may replace.
-std::vector<double> Snapshot(const VdLattice& lattice)
-{
-    std::vector<double> s(lattice.GetDims(), lattice.GetDims() + 3);
-    s.insert(s.end(), {double(lattice.ComponentCount()), double(lattice.DataType()), double(lattice.HasUserTransform())});
-    for (unsigned int node = 0; node < lattice.VertexCount(); ++node) {
-        for (unsigned int c = 0; c < lattice.ComponentCount(); ++c)
-            s.insert(s.end(), {core::NodeValue(lattice, node, c), double(lattice.IsBlank(node, c))});
-        unsigned int i, j, k;
-        lattice.IndexToIJK(node, i, j, k);
-        const shr::Vec3d uvw = lattice.IJKToUVW(i, j, k);
-        s.insert(s.end(), {uvw.x, uvw.y, uvw.z});
-    }
-    const shr::Mat4d& m = lattice.GetUserTransform();
-    s.insert(s.end(), &m.m[0][0], &m.m[0][0] + 16);
-    for (const shr::Box3d& box : {lattice.GetUVWBounds(), lattice.GetXYZBounds()})
-        s.insert(s.end(), {box.min.x, box.min.y, box.min.z, box.max.x, box.max.y, box.max.z});
-    const shr::Vec3d probe = lattice.UVWToIJK(lattice.IJKToUVW(shr::Vec3d(0.5, 0.5, 0.5)));
-    s.insert(s.end(), {probe.x, probe.y, probe.z});
-    return s;
-}
-
 // The bytes of a count and the doubles that follow it.
 Bytes Raw(uint32_t count, std::initializer_list<double> values)
 {
@@ -364,9 +340,7 @@ Bytes Raw(uint32_t count, std::initializer_list<double> values)
 Bytes Inconsistent(VdLattice& lattice, const Bytes& from, const Bytes& to)
 {
     Bytes bytes = testsupport::Store(lattice);
-    const auto at = std::search(bytes.begin(), bytes.end(), from.begin(), from.end());
-    EXPECT_NE(at, bytes.end());
-    bytes.insert(bytes.erase(at, at + ptrdiff_t(from.size())), to.begin(), to.end());
+    EXPECT_TRUE(testsupport::ReplaceRun(bytes, from, to));
     return bytes;
 }
 
@@ -414,20 +388,20 @@ TEST(LatticeLoad, WholeArchivesReplaceEverythingCutOrBadOnesNothing)
     for (const auto& c : cases) {
         SCOPED_TRACE(c.source->GetTypeName());
         const Bytes bytes = testsupport::Store(*c.source);
-        const std::vector<double> before = Snapshot(*c.target); // also builds a curvilinear locator
+        const std::vector<double> before = testsupport::LatticeSnapshot(*c.target); // also builds a curvilinear locator
         for (size_t cut = 1; cut <= bytes.size(); cut += c.step) {
             EXPECT_THROW(testsupport::Load(*c.target, bytes, cut), shr::Exception) << cut;
-            EXPECT_EQ(Snapshot(*c.target), before) << "cut " << cut;
+            EXPECT_EQ(testsupport::LatticeSnapshot(*c.target), before) << "cut " << cut;
         }
         if (c.message) {
             EXPECT_NE(RaisedText([&] { testsupport::Load(*c.target, c.inconsistent); }).find(c.message),
                       std::string::npos);
-            EXPECT_EQ(Snapshot(*c.target), before);
+            EXPECT_EQ(testsupport::LatticeSnapshot(*c.target), before);
         }
         // The whole archive replaces everything, the locator included, and stores back byte for byte.
         testsupport::Load(*c.target, bytes);
         EXPECT_EQ(testsupport::Store(*c.target), bytes);
-        EXPECT_EQ(Snapshot(*c.target), Snapshot(*c.source));
+        EXPECT_EQ(testsupport::LatticeSnapshot(*c.target), testsupport::LatticeSnapshot(*c.source));
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 // Data for tests: arrays built from lists of doubles, and lattices whose node
 // values are a known function of the node, on uniform, sheared or warped grids.
+#include "core/data/LatticeUtility.h"
 #include "core/data/VdArray.h"
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
@@ -94,6 +95,31 @@ inline core::VdCurvilinearLattice MakeCurvilinear(const unsigned int* dims, cons
     const std::vector<double> coords = NodePositions(dims, place);
     const std::vector<double> values = NodeValues(dims, components);
     return core::VdCurvilinearLattice(shr::Double, shr::Double, dims, coords.data(), values.data(), components);
+}
+
+// Everything observable about a lattice as numbers: dims, components, type,
+// node values, blanks and positions, the user transform, the bounds and a
+// position found again from its coordinates. For "a failure leaves the
+// lattice as it was".
+inline std::vector<double> LatticeSnapshot(const core::VdLattice& lattice)
+{
+    std::vector<double> s(lattice.GetDims(), lattice.GetDims() + 3);
+    s.insert(s.end(), {double(lattice.ComponentCount()), double(lattice.DataType()), double(lattice.HasUserTransform())});
+    for (unsigned int node = 0; node < lattice.VertexCount(); ++node) {
+        for (unsigned int c = 0; c < lattice.ComponentCount(); ++c)
+            s.insert(s.end(), {core::NodeValue(lattice, node, c), double(lattice.IsBlank(node, c))});
+        unsigned int i, j, k;
+        lattice.IndexToIJK(node, i, j, k);
+        const shr::Vec3d uvw = lattice.IJKToUVW(i, j, k);
+        s.insert(s.end(), {uvw.x, uvw.y, uvw.z});
+    }
+    const shr::Mat4d& m = lattice.GetUserTransform();
+    s.insert(s.end(), &m.m[0][0], &m.m[0][0] + 16);
+    for (const shr::Box3d& box : {lattice.GetUVWBounds(), lattice.GetXYZBounds()})
+        s.insert(s.end(), {box.min.x, box.min.y, box.min.z, box.max.x, box.max.y, box.max.z});
+    const shr::Vec3d probe = lattice.UVWToIJK(lattice.IJKToUVW(shr::Vec3d(0.5, 0.5, 0.5)));
+    s.insert(s.end(), {probe.x, probe.y, probe.z});
+    return s;
 }
 
 } // namespace testsupport

@@ -67,6 +67,17 @@ uint64_t Load(T& object, const std::vector<unsigned char>& bytes, size_t cut = 0
     return archive.BytesRemaining();
 }
 
+// Replaces the first run `from` in `bytes` by `to`; false when there is none.
+inline bool ReplaceRun(std::vector<unsigned char>& bytes, const std::vector<unsigned char>& from,
+                       const std::vector<unsigned char>& to)
+{
+    const auto at = std::search(bytes.begin(), bytes.end(), from.begin(), from.end());
+    if (at == bytes.end())
+        return false;
+    bytes.insert(bytes.erase(at, at + std::ptrdiff_t(from.size())), to.begin(), to.end());
+    return true;
+}
+
 inline ::testing::AssertionResult Near(const shr::Vec3d& got, const shr::Vec3d& want, double tolerance = 1e-12)
 {
     if ((got - want).Length() <= tolerance)
