@@ -133,12 +133,14 @@ TEST(LatticeInterpolate, MethodsInAndOutOfRange)
         EXPECT_EQ(blanks[0], c.expected == kBlank);
         EXPECT_NEAR(out, c.expected, 1e-9) << c.method << " " << c.ijk.x;
     }
+    // Bad arguments, on a lattice of two components.
+    const VdUniformLattice pairs = MakeUniform(dims, 2);
     double out[2];
     const shr::Vec3d p(0.5, 0.5, 0.5);
-    EXPECT_THROW(lattice.Interpolate(VdLattice::INTERP_LINEAR, p, nullptr, 0, 1), shr::Exception);
-    for (const auto& range : {std::make_pair(1u, 1u), std::make_pair(0u, 2u), std::make_pair(1u, 0u)})
-        EXPECT_THROW(lattice.Interpolate(VdLattice::INTERP_LINEAR, p, out, range.first, range.second), shr::Exception);
-    EXPECT_THROW(lattice.Interpolate(static_cast<VdLattice::InterpMethod>(7), p, out, 0, 1), shr::Exception);
+    EXPECT_THROW(pairs.Interpolate(VdLattice::INTERP_LINEAR, p, nullptr, 0, 1), shr::Exception);
+    for (const auto& range : {std::make_pair(1u, 1u), std::make_pair(0u, 3u), std::make_pair(2u, 2u)})
+        EXPECT_THROW(pairs.Interpolate(VdLattice::INTERP_LINEAR, p, out, range.first, range.second), shr::Exception);
+    EXPECT_THROW(pairs.Interpolate(static_cast<VdLattice::InterpMethod>(7), p, out, 0, 1), shr::Exception);
 }
 
 TEST(LatticeInterpolate, BlanksComponentsTransformAndTheBitLimit)

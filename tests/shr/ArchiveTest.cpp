@@ -148,7 +148,6 @@ TEST(ArchiveTest, EveryValueTypeRoundTripsThroughMemoryAndFile)
     EXPECT_EQ(Stored(fromMemory), bytes);
     EXPECT_EQ(Stored(fromFile), bytes);
     EXPECT_EQ(fromFile.matrix.GetType(), stored.matrix.GetType());
-    EXPECT_EQ(fromFile.text, stored.text);
 }
 
 TEST(ArchiveTest, LayoutIsLittleEndianRawBytes)
@@ -156,8 +155,6 @@ TEST(ArchiveTest, LayoutIsLittleEndianRawBytes)
     Bytes bytes;
     {
         Archive out(bytes);
-        EXPECT_TRUE(out.IsStoring());
-        EXPECT_EQ(out.m_Version, Archive::CurrentVersion);
         std::string text = "ab";
         int number = 0x01020304;
         bool flag = true;
@@ -188,9 +185,7 @@ TEST(ArchiveTest, VersionHeader)
     {
         Archive out(old, "doc.fkd", 105);
     }
-    Archive in(old.data(), old.size());
-    EXPECT_TRUE(in.IsLoading());
-    EXPECT_EQ(in.GetVersion(), 105);
+    EXPECT_EQ(Archive(old.data(), old.size()).GetVersion(), 105);
 
     const struct {
         Bytes bytes;
@@ -405,23 +400,19 @@ TEST(ArchiveTest, EveryTruncationThrows)
 TEST(ArchiveTest, RandomCorruptionNeverCrashes)
 {
     const Bytes bytes = StoreDocument();
-    std::mt19937 random(20261122);
-    std::uniform_int_distribution<size_t> position(0, bytes.size() - 1);
-    std::uniform_int_distribution<int> byteValue(0, 255), flips(1, 3);
+    testsupport::TextMutator mutator(20261122, {std::string(bytes.begin(), bytes.end())}, {"\xFF\xFF\xFF\x7F", "\0"}, 3);
     int failures = 0;
     const int mutations = 3000;
     for (int m = 0; m < mutations; ++m) {
-        Bytes mutated = bytes;
-        for (int f = flips(random); f > 0; --f)
-            mutated[position(random)] = static_cast<unsigned char>(byteValue(random));
+        const std::string text = mutator.Next();
         try {
-            LoadDocument(mutated.data(), mutated.size());
+            LoadDocument(reinterpret_cast<const unsigned char*>(text.data()), text.size());
         } catch (const Exception&) {
             ++failures;
         }
     }
     EXPECT_GT(failures, 0);
-    EXPECT_LT(failures, mutations); // flips inside plain values load fine
+    EXPECT_LT(failures, mutations); // damage inside plain values loads fine
 }
 
 TEST(ArchiveTest, AbsurdLengthsFailBeforeAllocating)

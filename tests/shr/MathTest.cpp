@@ -141,7 +141,7 @@ TEST(MathUtil, LeastSquaresFitsAnOverdeterminedSystem)
     EXPECT_NEAR(coef[2] + 2 * 1e6 - 3 * 2e6, 2 * 1e6 - 3 * 2e6 + 5, 1e-3); // the fit at the first point
 }
 
-TEST(MathUtil, LeastSquaresRefusesWhatItCannotSolve)
+TEST(MathUtil, LeastSquaresRefusesWhatItCannotSolveAndAccessIsChecked)
 {
     struct Row {
         const char* what;
@@ -165,24 +165,15 @@ TEST(MathUtil, LeastSquaresRefusesWhatItCannotSolve)
         EXPECT_EQ(x.Size(), 1u) << row.what;
         EXPECT_EQ(x[0], 42) << row.what;
     }
-}
-
-TEST(RMatrix, CheckedAccessThrows)
-{
+    // Checked access.
     RMatrix a(2, 3);
-    a.At(1, 2) = 5;
-    EXPECT_EQ(a[1][2], 5);
     EXPECT_THROW(a.At(2, 0), Exception);
     EXPECT_THROW(a.At(0, 3), Exception);
-    RVector v(3);
-    EXPECT_THROW(v.At(3), Exception);
+    EXPECT_THROW(RVector(3).At(3), Exception);
     EXPECT_THROW(a * RVector(2), Exception);
-    a.Resize(3, 1);
-    EXPECT_EQ(a.Rows() * a.Cols(), 3u);
-    EXPECT_EQ(a(2, 0), 0.0);
 }
 
-TEST(Box3d, EmptyExtendAndQueries)
+TEST(Box3d, EmptyExtendQueriesAndCorners)
 {
     Box3d box;
     EXPECT_TRUE(box.IsEmpty() && box.IsDegenerate());
@@ -206,10 +197,8 @@ TEST(Box3d, EmptyExtendAndQueries)
     EXPECT_EQ(box, Box3d(0, -1, -6, 3, 4, 2));
     box.BoundPoints(pts, 0);
     EXPECT_TRUE(box.IsEmpty());
-}
 
-TEST(Box3d, CornersRunRoundTheFaces)
-{
+    // Corners run round the faces.
     Vec3d c[8];
     Box3d(0, 0, 0, 1, 2, 3).GetCorners(c);
     const Vec3d want[8] = {Vec3d(0, 0, 0), Vec3d(1, 0, 0), Vec3d(1, 2, 0), Vec3d(0, 2, 0),

@@ -10,7 +10,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <thread>
 #include <vector>
 
 using namespace shr;
@@ -104,14 +103,10 @@ TEST(Logger, LevelsSinksAndThreads)
     g_Logger.Send(1, "silenced");
     g_Logger.SetMaxLevel(4);
 
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([] {
-            for (int i = 0; i < 100; ++i)
-                g_Logger.SendVA(4, "thread line %d", i);
-        });
-    for (std::thread& t : threads)
-        t.join();
+    testsupport::RunThreads(4, [](unsigned int) {
+        for (int i = 0; i < 100; ++i)
+            g_Logger.SendVA(4, "thread line %d", i);
+    });
 
     const auto seen = log.Lines();
     ASSERT_GE(seen.size(), 3u);
