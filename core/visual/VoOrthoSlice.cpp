@@ -91,13 +91,6 @@ unsigned int VoOrthoSlice::GetSliceCount(const VdUniformLattice* lattice, unsign
     return lattice->GetDims()[kSliceAxis[orientation]];
 }
 
-unsigned int VoOrthoSlice::EffectiveSlice(unsigned int count) const
-{
-    if (m_Slice < 0 || static_cast<unsigned int>(m_Slice) >= count)
-        return count / 2;
-    return static_cast<unsigned int>(m_Slice);
-}
-
 void VoOrthoSlice::OnInputChanged(int, bool)
 {
     UpdateMappingData();
@@ -131,10 +124,7 @@ void VoOrthoSlice::UpdatePropertiesImpl(VbPropList& list)
 // The slice row counts from 1 and shows the slice that will be drawn.
 void VoOrthoSlice::ShowSlice(VbPropList& list) const
 {
-    const unsigned int count = GetSliceCount(InputUniform(), m_Orientation);
-    const int shown = count ? static_cast<int>(EffectiveSlice(count)) + 1 : 1;
-    list.SetNumLimits(IdSlice, ValCheckMinMax, 1.0, count ? count : 1.0);
-    list.SetNum(IdSlice, shown);
+    ShowSliceRow(list, IdSlice, m_Slice, GetSliceCount(InputUniform(), m_Orientation));
 }
 
 void VoOrthoSlice::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
@@ -148,15 +138,9 @@ void VoOrthoSlice::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
         list.GetValue(id, m_Orientation);
         ShowSlice(list);
         break;
-    case IdSlice: {
-        int shown = m_Slice + 1;
-        list.GetValue(id, shown);
-        // Rows count from 1. Whatever lies below names no slice, which the
-        // execution turns into the middle one, as it does -1; -1 also keeps
-        // the lowest int from overflowing.
-        m_Slice = shown >= 1 ? shown - 1 : -1;
+    case IdSlice:
+        ReadSliceRow(list, id, m_Slice);
         break;
-    }
     case IdLighting:
         list.GetValue(id, m_Lighting);
         break;
@@ -232,8 +216,7 @@ VoModule::ModuleStatus VoOrthoSlice::ExecuteImpl(std::shared_ptr<VgRenderer> ren
         renderer->popState();
         return ModuleOk;
     }
-    if (m_Slice < 0 || static_cast<unsigned int>(m_Slice) >= count)
-        m_Slice = static_cast<int>(count / 2);
+    m_Slice = static_cast<int>(EffectiveSlice(m_Slice, count));
     UpdateMappingData();
 
     const std::unique_ptr<ColorInterpolator> interp = m_Mapping.MakeInterpolator(m_ColorMap);

@@ -59,8 +59,6 @@ private:
 
     // The uniform lattice on the input; null when absent or of another kind.
     const VdUniformLattice* InputUniform() const;
-    // The slice to draw among `count`: the stored one, or the middle one.
-    unsigned int EffectiveSlice(unsigned int count) const;
     void ShowSlice(VbPropList& list) const;
     // The rectangle across the box at the slice's place on its axis, the
     // texture stretched over it.
