@@ -1,7 +1,7 @@
 // The manipulator-based draggers and the module mix-in: root nodes, events of
 // a drag, the compare-first rules of the setters, and DraggerNode's rules for
 // live changes, the release, blocking and the scene.
-#include "DraggerTestSupport.h"
+#include "tests/support/DraggerTestSupport.h"
 
 #include "core/graphics/DraggerNode.h"
 #include "core/graphics/VgClipPlaneDragger.h"

@@ -1,6 +1,6 @@
 // The cutting-plane kit: the edge table, the outline of the cut, the handles'
 // placement, the events of a drag, and writing and reading the kit as a file.
-#include "DraggerTestSupport.h"
+#include "tests/support/DraggerTestSupport.h"
 
 #include "core/graphics/InvInterface.h"
 #include "core/graphics/InvPlaneDragger.h"

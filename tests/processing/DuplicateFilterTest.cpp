@@ -1,7 +1,7 @@
 // The duplicate filter: which row stands for each set under every rule, how
 // the tolerances draw the sets, blanks, and the module in a running network
 // with its property keys and documents.
-#include "ExpressionTestSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/VdPoints.h"
 #include "core/gridding/CPointData.h"
@@ -231,13 +231,13 @@ double Value(const VdPoints& points, unsigned int p, unsigned int c)
     return *static_cast<const double*>(points.DataPtr(p, c));
 }
 
-class DuplicateFilterModule : public exprtest::ExpressionModuleTest {};
+class DuplicateFilterModule : public testsupport::ReportingNetworkTest {};
 
 } // namespace
 
 TEST_F(DuplicateFilterModule, FiltersItsInputThroughTheNetwork)
 {
-    auto* source = Add(new exprtest::DataSource(NetworkPoints(), PortPoints));
+    auto* source = Add(new testsupport::DataSource(NetworkPoints(), PortPoints));
     auto* filter = Add(new VoDuplicateFilter);
     Link(filter, source, 0);
     struct Case {

@@ -1,6 +1,6 @@
 // The function lattice, lattice math and the exclusion filter, driven through
 // the network with their property rows.
-#include "ExpressionTestSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
@@ -15,7 +15,8 @@
 #include <cmath>
 
 using namespace core;
-using namespace exprtest;
+using testsupport::DataSource;
+using ExpressionModuleTest = testsupport::ReportingNetworkTest;
 
 namespace {
 

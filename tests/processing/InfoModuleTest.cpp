@@ -71,7 +71,7 @@ TEST_F(InfoModuleTest, DisconnectedInputShowsNothingAndNoDataRows)
 
 TEST_F(InfoModuleTest, PointRows)
 {
-    auto* source = Add(new exprtest::DataSource(MakePoints(), PortPoints));
+    auto* source = Add(new testsupport::DataSource(MakePoints(), PortPoints));
     source->Name("Wells");
     VoInfo* info = AddInfo(source);
     std::unique_ptr<LabelledList> rows = Rows(*info);
@@ -104,7 +104,7 @@ TEST_F(InfoModuleTest, LatticeRows)
     const unsigned int dims[3] = {3, 2, 1};
     auto* lattice = new VdUniformLattice(shr::Int16, dims, nullptr, 1);
     lattice->SetUVWBounds(shr::Box3d(0, 0, 0, 1, 1, 0));
-    VoInfo* info = AddInfo(Add(new exprtest::DataSource(lattice, PortUniformLattice)));
+    VoInfo* info = AddInfo(Add(new testsupport::DataSource(lattice, PortUniformLattice)));
     std::unique_ptr<LabelledList> rows = Rows(*info);
     EXPECT_EQ(rows->Text(VoInfo::IdDatasetType), "Uniform lattice");
     EXPECT_EQ(rows->Text(VoInfo::IdSpacing), "(0.5 x 1 x 0)");
@@ -146,7 +146,7 @@ TEST_F(InfoModuleTest, WellRows)
     b->AddLog(std::make_shared<WellLog>(LogInit{"empty", WellLog::DefaultNullValue}));
     wells->AddWell(b);
     wells->AddWell(a);
-    VoInfo* info = AddInfo(Add(new exprtest::DataSource(wells, PortWellData)));
+    VoInfo* info = AddInfo(Add(new testsupport::DataSource(wells, PortWellData)));
     std::unique_ptr<LabelledList> rows = Rows(*info);
     const int first = VoInfo::IdFirstWellRow;
     const std::pair<int, const char*> expected[] = {

@@ -1,7 +1,7 @@
 // The slice module: one node layer of each lattice kind across each axis, with
 // values, blanks, coordinates and the user transform kept; the fallback to the
 // middle layer; persistence.
-#include "ExpressionTestSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdRectilinearLattice.h"
@@ -21,7 +21,7 @@ namespace {
 using core::VdLattice;
 using core::VoLatticeSlice;
 using core::VoModule;
-using exprtest::DataSource;
+using testsupport::DataSource;
 
 const unsigned int kDims[3] = {3, 4, 5};
 
@@ -81,7 +81,7 @@ std::unique_ptr<VdLattice> MakeLattice(unsigned int kind)
     return lattice;
 }
 
-class LatticeSliceTest : public exprtest::ExpressionModuleTest {
+class LatticeSliceTest : public testsupport::ReportingNetworkTest {
 protected:
     VoLatticeSlice* AddSlice(VdLattice* input, unsigned int kind)
     {

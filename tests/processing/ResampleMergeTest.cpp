@@ -3,7 +3,6 @@
 // picks and blanks outside, the merge rules with blanks, the automatic
 // geometry, abort, and the stored forms.
 #include "LatticeToolsTestSupport.h"
-#include "SourceTestSupport.h"
 
 #include "core/processing/LatticeGeometry.h"
 #include "core/processing/LatticeMerger.h"
@@ -16,11 +15,9 @@
 
 #include <algorithm>
 #include <bitset>
-#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <string>
-#include <thread>
 
 namespace {
 
@@ -280,9 +277,6 @@ TEST_F(ResampleMergeTest, EveryOverlapRuleWithBlanksAndWithAllInputsBlank)
 
 TEST_F(ResampleMergeTest, ResamplingStopsWhenThePassIsAborted)
 {
-    proxy.reset(); // first: removing a proxy reinstates the default one
-    proxy = std::make_unique<sourcetest::SourceProxy>();
-    auto& host = static_cast<sourcetest::SourceProxy&>(*proxy);
     const unsigned int dims[3] = {16, 16, 16};
     std::unique_ptr<VdLattice> input = toolstest::MakeLattice(core::PortUniformLattice, dims, shr::Float, 1,
                                                               LinearField);
@@ -290,13 +284,7 @@ TEST_F(ResampleMergeTest, ResamplingStopsWhenThePassIsAborted)
     const unsigned int nodes[3] = {400, 400, 100};
     auto* resample = Feed(input.release(), new VoLatticeResample);
     SetRows(resample, GeometryRows(shr::Box3d(10, -4, 2, 32, 26, 9), nodes));
-    host.watched = resample;
-    network().Update();
-    for (int wait = 0; wait < 20000 && !host.executing; ++wait)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    ASSERT_TRUE(host.executing);
-    network().AbortIfBusy(true);
-    if (resample->GetStatus() == VoModule::ModuleOk)
+    if (!AbortWhileExecuting(*resample, *proxy))
         GTEST_SKIP() << "the lattice was complete before the abort arrived";
     EXPECT_EQ(resample->GetStatus(), VoModule::ModuleAborted);
     EXPECT_EQ(Output(resample), nullptr);

@@ -1,7 +1,7 @@
 #pragma once
 // A host for the source and info module tests: it records the reload and
 // worksheet requests besides the errors, and lists rows with their labels.
-#include "ExpressionTestSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/VdData.h"
 #include "core/properties/VbHeaderProperty.h"
@@ -9,7 +9,6 @@
 
 #include <boost/any.hpp>
 
-#include <atomic>
 #include <chrono>
 #include <map>
 #include <memory>
@@ -20,7 +19,7 @@
 
 namespace sourcetest {
 
-class SourceProxy : public exprtest::ErrorProxy {
+class SourceProxy : public testsupport::ErrorProxy {
 public:
     void ReloadDataFile(core::VoModule& module, const shr::GString& path) override
     {
@@ -33,15 +32,6 @@ public:
         data->DecRef();
     }
 
-    // Raised from the update thread once `watched` starts executing.
-    void ModuleStatusChanged(const core::VoModule* module, int status) override
-    {
-        if (module == watched && status == core::VoModule::ModuleExecuting)
-            executing = true;
-    }
-
-    std::atomic<const core::VoModule*> watched{nullptr};
-    std::atomic<bool> executing{false};
     std::vector<std::pair<core::VoModule*, std::string>> reloads;
     std::vector<std::pair<const core::VdData*, std::string>> views;
 };
@@ -70,28 +60,17 @@ public:
     std::map<int, std::string> labels;
 };
 
-class SourceModuleTest : public exprtest::ExpressionModuleTest {
+class SourceModuleTest : public testsupport::ReportingNetworkTest {
 protected:
     void SetUp() override
     {
-        ExpressionModuleTest::SetUp();
+        ReportingNetworkTest::SetUp();
         // The old proxy goes first: removing any proxy reinstates the default one.
         proxy.reset();
         proxy = std::make_unique<SourceProxy>();
     }
     SourceProxy& host() { return static_cast<SourceProxy&>(*proxy); }
-    // Starts a pass and aborts it once `module` executes. False when the
-    // module did not start or had finished before the abort came.
-    bool AbortWhileExecuting(core::VoModule& module)
-    {
-        host().watched = &module;
-        network().Update();
-        for (int wait = 0; wait < 20000 && !host().executing; ++wait)
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        EXPECT_TRUE(host().executing);
-        network().AbortIfBusy(true);
-        return host().executing && module.GetStatus() != core::VoModule::ModuleOk;
-    }
+    bool AbortWhileExecuting(core::VoModule& module) { return NetworkFixture::AbortWhileExecuting(module, host()); }
     // The module's rows, listed afresh.
     static std::unique_ptr<LabelledList> Rows(core::VoModule& module)
     {

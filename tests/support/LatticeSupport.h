@@ -4,10 +4,14 @@
 #include "core/data/LatticeUtility.h"
 #include "core/data/VdArray.h"
 #include "core/data/VdCurvilinearLattice.h"
+#include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
+#include "core/network/VbPort.h"
+#include "core/processing/ExpressionLattice.h"
 
 #include <cmath>
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace testsupport {
@@ -95,6 +99,76 @@ inline core::VdCurvilinearLattice MakeCurvilinear(const unsigned int* dims, cons
     const std::vector<double> coords = NodePositions(dims, place);
     const std::vector<double> values = NodeValues(dims, components);
     return core::VdCurvilinearLattice(shr::Double, shr::Double, dims, coords.data(), values.data(), components);
+}
+
+// A float lattice of nx x ny x nz nodes holding f(i, j, k), spacing 1 from
+// `origin`.
+template <class F>
+core::VdUniformLattice* NodeLattice(unsigned int nx, unsigned int ny, unsigned int nz, F f,
+                                    shr::Vec3d origin = shr::Vec3d(0, 0, 0))
+{
+    const unsigned int dims[3] = {nx, ny, nz};
+    std::vector<float> values;
+    for (unsigned int k = 0; k < nz; ++k)
+        for (unsigned int j = 0; j < ny; ++j)
+            for (unsigned int i = 0; i < nx; ++i)
+                values.push_back(static_cast<float>(f(i, j, k)));
+    auto* lattice = new core::VdUniformLattice(shr::Float, dims, values.data(), 1);
+    lattice->SetUVWBounds(shr::Box3d(origin, origin + shr::Vec3d(nx - 1.0, ny - 1.0, nz - 1.0)));
+    return lattice;
+}
+
+// The same with three float components: the vector f(i, j, k) at each node.
+template <class F>
+core::VdUniformLattice* VectorLattice(unsigned int nx, unsigned int ny, unsigned int nz, F f)
+{
+    const unsigned int dims[3] = {nx, ny, nz};
+    std::vector<float> values;
+    for (unsigned int k = 0; k < nz; ++k)
+        for (unsigned int j = 0; j < ny; ++j)
+            for (unsigned int i = 0; i < nx; ++i) {
+                const shr::Vec3d v = f(i, j, k);
+                values.insert(values.end(), {float(v.x), float(v.y), float(v.z)});
+            }
+    auto* lattice = new core::VdUniformLattice(shr::Float, dims, values.data(), 3);
+    lattice->SetUVWBounds(shr::Box3d(shr::Vec3d(0, 0, 0), shr::Vec3d(nx - 1.0, ny - 1.0, nz - 1.0)));
+    return lattice;
+}
+
+using Field = std::function<double(const shr::Vec3d& uvw, unsigned int component)>;
+
+// A lattice of `kind` (the port bit of uniform, rectilinear or curvilinear)
+// whose node (i, j, k) stands at place(i, j, k) and holds field(position, c)
+// as `type`. A uniform lattice spans the first and last places (`place` must
+// be affine); a rectilinear one takes its axes from place(n, n, n).
+inline std::unique_ptr<core::VdLattice> KindLattice(unsigned int kind, const unsigned int* dims, shr::PrimType type,
+                                                    unsigned int components, const Placement& place,
+                                                    const Field& field)
+{
+    std::unique_ptr<core::VdLattice> lattice;
+    if (kind == core::PortUniformLattice) {
+        auto uniform = std::make_unique<core::VdUniformLattice>(type, dims, nullptr, components);
+        uniform->SetUVWBounds(shr::Box3d(place(0, 0, 0), place(dims[0] - 1, dims[1] - 1, dims[2] - 1)));
+        lattice = std::move(uniform);
+    } else if (kind == core::PortRectilinearLattice) {
+        std::vector<double> axes[3];
+        for (int a = 0; a < 3; ++a)
+            for (unsigned int n = 0; n < dims[a]; ++n)
+                axes[a].push_back(place(n, n, n)[a]);
+        lattice = std::make_unique<core::VdRectilinearLattice>(type, dims, nullptr, components, axes[0], axes[1],
+                                                              axes[2]);
+    } else {
+        const std::vector<double> coords = NodePositions(dims, place);
+        lattice = std::make_unique<core::VdCurvilinearLattice>(shr::Double, type, dims, coords.data(), nullptr,
+                                                              components);
+    }
+    for (uint32_t n = 0; n < lattice->VertexCount(); ++n) {
+        const shr::Vec3d uvw = lattice->IJKToUVW(n % dims[0], n / dims[0] % dims[1], n / dims[0] / dims[1]);
+        for (unsigned int c = 0; c < components; ++c)
+            core::StoreElement(*lattice, n, c, field(uvw, c));
+    }
+    lattice->DataModified();
+    return lattice;
 }
 
 // Everything observable about a lattice as numbers: dims, components, type,

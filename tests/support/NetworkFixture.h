@@ -3,6 +3,7 @@
 // that records errors, a fixture that drives modules through the network as a
 // host does (add, link, edit rows, run a pass, wait).
 #include "core/data/VdData.h"
+#include "core/graphics/SceneTransform.h"
 #include "core/network/UiProxy.h"
 #include "core/network/VbModuleInfo.h"
 #include "core/network/VbPort.h"
@@ -16,6 +17,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -35,14 +38,19 @@ private:
     ModuleStatus ExecuteImpl(std::shared_ptr<core::VgRenderer>) override { return ModuleOk; }
 };
 
-// Records the errors the library reports; they may come from the update thread.
+// Records the errors the library reports, and notes when the `watched`
+// module starts executing; both come from the update thread.
 class ErrorProxy : public core::UiProxy {
 public:
     void ErrorMsg(const shr::Exception& error) override;
+    void ModuleStatusChanged(const core::VoModule* module, int status) override;
     std::vector<std::string> Errors();
     // The last error reported, or "".
     std::string LastError();
     void Clear();
+
+    std::atomic<const core::VoModule*> watched{nullptr};
+    std::atomic<bool> executing{false};
 
 protected:
     std::mutex m_Mutex;
@@ -59,6 +67,9 @@ protected:
     static core::VoNetwork& network() { return core::VoNetwork::Instance(); }
     // One pass, waited for.
     static void RunPass();
+    // Starts a pass and aborts it once `module` executes, as `proxy` sees.
+    // False when the module did not start or had finished before the abort.
+    static bool AbortWhileExecuting(core::VoModule& module, ErrorProxy& proxy);
 
     // Adds `module` to the network, which owns it.
     template <class Module>
@@ -88,6 +99,40 @@ protected:
 
     core::SimplePropertyCollection list;
     core::VoLatticeSrc* source = nullptr; // the latest made by Feed
+};
+
+// Keeps the host's error reports too; a test may put a proxy of its own in
+// `proxy` (resetting the old one first: removing a proxy reinstates the
+// default one).
+class ReportingNetworkTest : public NetworkFixture {
+protected:
+    void SetUp() override
+    {
+        NetworkFixture::SetUp();
+        proxy = std::make_unique<ErrorProxy>();
+    }
+    void TearDown() override
+    {
+        NetworkFixture::TearDown();
+        proxy.reset();
+    }
+    // The last error the host was told of, or "".
+    std::string LastError() { return proxy->LastError(); }
+
+    std::unique_ptr<ErrorProxy> proxy;
+};
+
+// For modules that draw: the scene is not shifted (scene coordinates are the
+// data's), and the host's error reports are kept.
+class UnshiftedSceneFixture : public NetworkFixture {
+protected:
+    void SetUp() override
+    {
+        NetworkFixture::SetUp();
+        network().SetTransformOnlyUseIfYouAreAUnitTest(core::SceneTransform(0, 0, true));
+    }
+
+    ErrorProxy proxy;
 };
 
 } // namespace testsupport

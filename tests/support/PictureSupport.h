@@ -11,6 +11,7 @@
 #include <Inventor/nodes/SoBaseColor.h>
 #include <Inventor/nodes/SoCube.h>
 #include <Inventor/nodes/SoLightModel.h>
+#include <Inventor/nodes/SoOrthographicCamera.h>
 #include <Inventor/nodes/SoPerspectiveCamera.h>
 #include <Inventor/nodes/SoSeparator.h>
 #include <Inventor/nodes/SoTranslation.h>
@@ -75,6 +76,21 @@ inline SoSeparator* RedCubeWithCamera(float distance, const SbVec3f& at = SbVec3
     root->addChild(camera);
     root->addChild(UnlitShape(new SoCube, SbColor(1, 0, 0), at));
     return root;
+}
+
+// `scene` seen straight down -Z, `units` scene units across a 160 x 160
+// picture on black centred on the scene origin.
+inline render::Image TopDownPicture(SoNode* scene, float units)
+{
+    SceneRef root(new SoSeparator);
+    auto* camera = new SoOrthographicCamera;
+    camera->position = SbVec3f(0, 0, 50);
+    camera->height = units;
+    camera->nearDistance = 1.0f;
+    camera->farDistance = 100.0f;
+    static_cast<SoSeparator*>(root.get())->addChild(camera);
+    static_cast<SoSeparator*>(root.get())->addChild(scene);
+    return Draw(root.get(), 160, 160, shr::Color4b::Black);
 }
 
 inline int Brightness(const shr::Color4b& c)

@@ -78,6 +78,81 @@ inline bool ReplaceRun(std::vector<unsigned char>& bytes, const std::vector<unsi
     return true;
 }
 
+// ---- documents as older versions wrote them --------------------------------
+
+// Writes each value as the archive stores its type.
+template <class... Values>
+void Put(shr::Archive& archive, Values... values)
+{
+    (archive.Transfer(values), ...);
+}
+
+// VoModule's part of a document before version 113 for a module without
+// links: no port counts, one empty link list per port.
+inline void WriteOldModulePart(shr::Archive& archive, const std::string& name, int ports)
+{
+    archive.SyncCheck();
+    Put(archive, int32_t(1), name, true, true);
+    for (int p = 0; p < ports; ++p)
+        Put(archive, uint32_t(0));
+}
+
+// The header of an empty document of `version`.
+inline std::vector<unsigned char> Header(int version)
+{
+    std::vector<unsigned char> bytes;
+    shr::Archive archive(bytes, "", version);
+    return bytes;
+}
+
+// The stored bytes of a module that is linked to nothing, split after the
+// module base's part (at the module's own sync mark), to be put together
+// again as any version wrote them.
+struct StoredModule {
+    std::vector<unsigned char> base, body;
+
+    StoredModule(const std::vector<unsigned char>& document, size_t ports)
+    {
+        const size_t header = Header(shr::Archive::CurrentVersion).size();
+        const unsigned char mark[4] = {0xC3, 0x5A, 0xA5, 0x3C};
+        auto second = std::search(document.begin() + long(header) + 4, document.end(), mark, mark + 4);
+        base.assign(document.begin() + long(header), second);
+        body.assign(second, document.end());
+        // Before version 113 the base wrote no port counts: one word per port list.
+        oldBase.assign(base.begin(), base.end() - long(4 * (ports + 2)));
+        oldBase.insert(oldBase.end(), 4 * ports, 0);
+    }
+    // The document as `version` wrote it, with `moduleBody` as the module's part.
+    std::vector<unsigned char> Document(int version, const std::vector<unsigned char>& moduleBody) const
+    {
+        std::vector<unsigned char> bytes = Header(version);
+        const std::vector<unsigned char>& part = version >= 113 ? base : oldBase;
+        bytes.insert(bytes.end(), part.begin(), part.end());
+        bytes.insert(bytes.end(), moduleBody.begin(), moduleBody.end());
+        return bytes;
+    }
+    // Where `value`'s bytes first appear in the body.
+    template <class T>
+    size_t Find(const T& value) const
+    {
+        const auto* raw = reinterpret_cast<const unsigned char*>(&value);
+        return size_t(std::search(body.begin(), body.end(), raw, raw + sizeof value) - body.begin());
+    }
+
+private:
+    std::vector<unsigned char> oldBase;
+};
+
+// `bytes` with `count` bytes at `at` replaced by those of `value`.
+template <class T>
+std::vector<unsigned char> Replace(std::vector<unsigned char> bytes, size_t at, size_t count, const T& value)
+{
+    const auto* raw = reinterpret_cast<const unsigned char*>(&value);
+    bytes.erase(bytes.begin() + long(at), bytes.begin() + long(at + count));
+    bytes.insert(bytes.begin() + long(at), raw, raw + sizeof value);
+    return bytes;
+}
+
 inline ::testing::AssertionResult Near(const shr::Vec3d& got, const shr::Vec3d& want, double tolerance = 1e-12)
 {
     if ((got - want).Length() <= tolerance)

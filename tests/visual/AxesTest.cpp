@@ -2,7 +2,7 @@
 // to awkward ranges, the checks before drawing, shafts and lines, true
 // coordinates under a shifted scene and a user transform, stored forms, and a
 // picture of labels standing where their ticks are.
-#include "IsoSurfaceTestSupport.h"
+#include "PictureSupport.h"
 #include "NetworkFixture.h"
 
 #include "core/data/VdGeometry.h"
@@ -299,7 +299,7 @@ TEST_F(AxesTest, LabelsStandBeyondTheirTicks)
     RunPass();
     ASSERT_EQ(axes->GetStatus(), VoModule::ModuleOk);
     ASSERT_EQ(axes->LabelValues(0), (std::vector<double>{-4, -2, 0, 2, 4}));
-    const render::Image image = isotest::TopDownPicture(Root(*axes), 10.0f); // 16 pixels a unit
+    const render::Image image = testsupport::TopDownPicture(Root(*axes), 10.0f); // 16 pixels a unit
     const auto pixel = [](double u) { return int(std::lround(80 + 16 * u)); };
     const auto red = [&](double u0, double u1, double v0, double v1) {
         int count = 0;

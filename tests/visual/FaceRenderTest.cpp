@@ -2,7 +2,6 @@
 // of their faces show, face colours by the mean or the corner value, the
 // range rules, volume and average, winding, thread independence and the
 // stored form.
-#include "IsoSurfaceTestSupport.h"
 #include "NetworkFixture.h"
 
 #include "core/data/VdUniformLattice.h"

@@ -2,6 +2,7 @@
 // the type mismatch of flat lattices, property rows, the volumes it reports,
 // the stored form through every version gate, and a drawn sphere.
 #include "IsoSurfaceTestSupport.h"
+#include "PictureSupport.h"
 #include "NetworkFixture.h"
 
 #include "core/data/VdGeometry.h"
@@ -310,7 +311,7 @@ TEST_F(IsoSurfaceModuleTest, DrawsTheSphereWhereItLies)
     ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
 
     // 40 pixels a unit.
-    const render::Image image = TopDownPicture(module->OutputGeometry(0).GetRoot().get(), 4.0f);
+    const render::Image image = testsupport::TopDownPicture(module->OutputGeometry(0).GetRoot().get(), 4.0f);
 
     const auto lit = [&](int x, int y) {
         const shr::Color4b c = image.At(x, y);

@@ -1,7 +1,7 @@
 // The scatter plot driven through the network: which points become symbols of
 // which kind and colour, the lines that join them, the label texts, lattices
 // as rows of nodes, the stored form and a picture of offset labels.
-#include "IsoSurfaceTestSupport.h"
+#include "PictureSupport.h"
 #include "NetworkFixture.h"
 
 #include "core/data/VdGeometry.h"
@@ -300,7 +300,7 @@ TEST_F(ScatterPlotTest, LabelsStandAtTheirPixelOffsetWithLeaderLines)
     plot->LabelText().m_Floats[2] = 3.0f;
     RunPass();
     ASSERT_EQ(plot->GetStatus(), VoModule::ModuleOk);
-    const render::Image image = isotest::TopDownPicture(Root(*plot), 4.0f); // the point at (80, 80)
+    const render::Image image = testsupport::TopDownPicture(Root(*plot), 4.0f); // the point at (80, 80)
     EXPECT_EQ(image.At(80, 83), Color4b::Red) << "the symbol, below the leader line";
     const auto bright = [&](int x0, int x1, int y0, int y1) {
         int count = 0;

@@ -3,6 +3,7 @@
 // surface, a title stands at its corner of the view whatever the camera,
 // and as many clip planes as the driver has draw together.
 #include "IsoSurfaceTestSupport.h"
+#include "PictureSupport.h"
 #include "NetworkFixture.h"
 
 #include "core/graphics/SoGLExtension.h"
@@ -27,7 +28,7 @@ constexpr int kSize = 160; // the pictures' side, as TopDownPicture draws them
 // The network's scene seen straight down -Z, `units` scene units across.
 render::Image Picture(float units)
 {
-    return isotest::TopDownPicture(core::VoNetwork::Instance().SceneRoot().get(), units);
+    return testsupport::TopDownPicture(core::VoNetwork::Instance().SceneRoot().get(), units);
 }
 
 bool Blue(const Color4b& c) { return c.b > 40 && c.b >= c.r + 30 && c.b >= c.g + 30; }

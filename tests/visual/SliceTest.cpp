@@ -1,7 +1,8 @@
 // The slice modules driven through the network: textures with the colour
 // map's or the grey window's colours at the right texels, the sampling of the
 // oblique plane, and the stored forms.
-#include "IsoSurfaceTestSupport.h"
+#include "LatticeSupport.h"
+#include "PictureSupport.h"
 #include "NetworkFixture.h"
 
 #include "core/data/VdGeometry.h"
@@ -72,7 +73,7 @@ std::vector<Color4b> TextureOf(SoNode* root, int& width, int& height)
 class SliceTest : public testsupport::NetworkFixture {
 protected:
     static SoNode* Output(VoModule& module) { return module.OutputGeometry(0).GetRoot().get(); }
-    static render::Image Picture(VoModule& module, float units) { return isotest::TopDownPicture(Output(module), units); }
+    static render::Image Picture(VoModule& module, float units) { return testsupport::TopDownPicture(Output(module), units); }
 
     testsupport::ErrorProxy proxy;
 };
@@ -81,7 +82,7 @@ protected:
 // along X. The default map runs black to white over 0 .. 23.
 TEST_F(SliceTest, OrthoSliceShowsTheMapsColoursAtTheTexels)
 {
-    auto* slice = Feed(isotest::NodeLattice(4, 2, 3, [](unsigned i, unsigned, unsigned k) { return i + 10.0 * k; }),
+    auto* slice = Feed(testsupport::NodeLattice(4, 2, 3, [](unsigned i, unsigned, unsigned k) { return i + 10.0 * k; }),
                        new VoOrthoSlice);
     slice->Lighting(false);
     slice->Quality(0.05); // nearest texels; 0 would turn texturing off
@@ -116,7 +117,7 @@ TEST_F(SliceTest, OrthoSliceShowsTheMapsColoursAtTheTexels)
 TEST_F(SliceTest, OrthoTexturesHaveTheSliceSizeAndValues)
 {
     // Value = i + 10 j + 100 k on 4 x 3 x 2 nodes.
-    auto* lattice = isotest::NodeLattice(4, 3, 2, [](unsigned i, unsigned j, unsigned k) { return i + 10.0 * j + 100.0 * k; });
+    auto* lattice = testsupport::NodeLattice(4, 3, 2, [](unsigned i, unsigned j, unsigned k) { return i + 10.0 * j + 100.0 * k; });
     std::unique_ptr<VdUniformLattice> owner(lattice);
     const LinearColorInterpolator identity(0.0, 1.0);
     struct Case {
@@ -146,7 +147,7 @@ TEST_F(SliceTest, OrthoTexturesHaveTheSliceSizeAndValues)
 
 TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
 {
-    auto* flat = isotest::NodeLattice(3, 3, 1, [](unsigned i, unsigned, unsigned) { return double(i); }, Vec3d(0, 0, 5));
+    auto* flat = testsupport::NodeLattice(3, 3, 1, [](unsigned i, unsigned, unsigned) { return double(i); }, Vec3d(0, 0, 5));
     auto* slice = Feed(flat, new VoOrthoSlice);
     slice->Slice(7);
     RunPass();
@@ -156,7 +157,7 @@ TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
     EXPECT_FLOAT_EQ(measure.getBoundingBox().getMin()[2], 5.0f);
     EXPECT_FLOAT_EQ(measure.getBoundingBox().getMax()[2], 5.0f);
 
-    auto* deep = Feed(isotest::NodeLattice(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }), new VoOrthoSlice);
+    auto* deep = Feed(testsupport::NodeLattice(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }), new VoOrthoSlice);
     deep->Slice(-1);
     RunPass();
     EXPECT_EQ(deep->Slice(), 2);
@@ -167,7 +168,7 @@ TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
 // does, and the middle one is drawn (the row's arithmetic must not overflow).
 TEST_F(SliceTest, SliceRowsBelowOneDrawTheMiddle)
 {
-    const auto lattice = [] { return isotest::NodeLattice(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }); };
+    const auto lattice = [] { return testsupport::NodeLattice(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }); };
     auto* ortho = Feed(lattice(), new VoOrthoSlice);
     auto* height = Feed(lattice(), new VoHeightField);
     for (const char* row : {"-2147483648", "0", "4"}) {
@@ -236,11 +237,11 @@ TEST_F(SliceTest, ObliqueTextureSizesFollowTheResolution)
 TEST_F(SliceTest, ObliqueSliceOfAMovedLatticeSamplesTheSameValues)
 {
     const auto f = [](unsigned i, unsigned j, unsigned k) { return std::sin(0.7 * i) + 0.3 * j * j - 0.2 * k; };
-    auto* still = Feed(isotest::NodeLattice(9, 7, 5, f), new VoObliqueSlice);
-    auto* moved = isotest::NodeLattice(9, 7, 5, f);
+    auto* still = Feed(testsupport::NodeLattice(9, 7, 5, f), new VoObliqueSlice);
+    auto* moved = testsupport::NodeLattice(9, 7, 5, f);
     moved->SetUserTransform(shr::Mat4d::MakeTranslation(5e5, 4e6, -300.0));
     auto* carried = Feed(moved, new VoObliqueSlice);
-    auto* shifted = Feed(isotest::NodeLattice(9, 7, 5, f, Vec3d(-40, 12, 3)), new VoObliqueSlice);
+    auto* shifted = Feed(testsupport::NodeLattice(9, 7, 5, f, Vec3d(-40, 12, 3)), new VoObliqueSlice);
     for (VoObliqueSlice* slice : {still, carried, shifted}) {
         slice->Plane().Orientation(3);
         slice->Plane().Normal(Vec3d(0.3, -0.5, 1.0));
@@ -268,8 +269,8 @@ TEST_F(SliceTest, ObliqueSliceOfAMovedLatticeSamplesTheSameValues)
 
 TEST_F(SliceTest, ObliquePlaneThatMissesDrawsNothingAndFlatLatticesDrawWhole)
 {
-    auto* cube = Feed(isotest::NodeLattice(3, 3, 3, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
-    auto* flat = Feed(isotest::NodeLattice(4, 4, 1, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
+    auto* cube = Feed(testsupport::NodeLattice(3, 3, 3, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
+    auto* flat = Feed(testsupport::NodeLattice(4, 4, 1, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
     RunPass();
     // The new input set the flat lattice's plane; an offset far off changes nothing there.
     EXPECT_EQ(flat->Plane().Orientation(), 0u);
@@ -291,7 +292,7 @@ TEST_F(SliceTest, ObliquePlaneThatMissesDrawsNothingAndFlatLatticesDrawWhole)
 // the grey window too.
 TEST_F(SliceTest, ObliqueTexelsWithoutDataShowTheMapsStart)
 {
-    auto* lattice = isotest::NodeLattice(2, 2, 2, [](unsigned, unsigned, unsigned) { return 6.0; });
+    auto* lattice = testsupport::NodeLattice(2, 2, 2, [](unsigned, unsigned, unsigned) { return 6.0; });
     for (unsigned int node = 0; node < 8; node += 2)
         lattice->SetBlank(node, 0); // every node with i = 0
     auto* slice = Feed(lattice, new VoObliqueSlice);
