@@ -1,11 +1,14 @@
 #pragma once
-// Data for tests: arrays built from lists of doubles, and lattices whose node
-// values are a known function of the node, on uniform, sheared or warped grids.
+// Data for tests: arrays built from lists of doubles, lattices whose node
+// values are a known function of the node, on uniform, sheared or warped grids,
+// and the rows of point tables.
+
 #include "core/data/LatticeUtility.h"
 #include "core/data/VdArray.h"
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
+#include "core/gridding/CPointData.h"
 #include "core/network/VbPort.h"
 #include "core/processing/ExpressionLattice.h"
 
@@ -169,6 +172,30 @@ inline std::unique_ptr<core::VdLattice> KindLattice(unsigned int kind, const uns
     }
     lattice->DataModified();
     return lattice;
+}
+
+// A point table's row at (x, y, z) with `values` (as many components as
+// values) and the id `id`.
+inline core::CPointDatum PointRow(double x, double y, double z, std::vector<double> values = {0.0},
+                                  uint32_t id = core::CDatum::VOID_ID)
+{
+    core::CPointDatum row(values.size());
+    row.X() = x;
+    row.Y() = y;
+    row.Z() = z;
+    for (size_t c = 0; c < values.size(); ++c)
+        row.W(c, values[c]);
+    row.ID(id);
+    return row;
+}
+
+// The ids of a table's rows, in order.
+inline std::vector<uint32_t> RowIds(const core::CPointData& table)
+{
+    std::vector<uint32_t> ids;
+    for (const core::CPointDatum& row : table)
+        ids.push_back(row.ID());
+    return ids;
 }
 
 // Everything observable about a lattice as numbers: dims, components, type,

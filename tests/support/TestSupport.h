@@ -78,6 +78,16 @@ inline bool ReplaceRun(std::vector<unsigned char>& bytes, const std::vector<unsi
     return true;
 }
 
+// A 64-bit FNV-1a digest of `size` bytes, continuing from `hash`: pins large
+// results (lattices, meshes) bit for bit.
+inline uint64_t Digest(const void* bytes, size_t size, uint64_t hash = 1469598103934665603ull)
+{
+    const auto* p = static_cast<const unsigned char*>(bytes);
+    for (size_t n = 0; n < size; ++n)
+        hash = (hash ^ p[n]) * 1099511628211ull;
+    return hash;
+}
+
 // ---- documents as older versions wrote them --------------------------------
 
 // Writes each value as the archive stores its type.

@@ -3,6 +3,7 @@
 // cases that give no surface, the volume estimate, and the parallel slabs
 // giving exactly the sequential result.
 #include "IsoSurfaceTestSupport.h"
+#include "TestSupport.h"
 
 #include "core/processing/VolumeCalculator.h"
 #include "core/visual/VoIsoSurfacePrivate.h"
@@ -416,13 +417,7 @@ TEST(IsoSurfaceSweep, ProgressCanStopTheSweep)
 
 namespace {
 
-uint64_t Digest(const void* bytes, size_t size, uint64_t hash = 1469598103934665603ull)
-{
-    const auto* p = static_cast<const unsigned char*>(bytes);
-    for (size_t n = 0; n < size; ++n)
-        hash = (hash ^ p[n]) * 1099511628211ull;
-    return hash;
-}
+using testsupport::Digest;
 
 uint64_t Digest(const Extraction& out)
 {
