@@ -118,33 +118,6 @@ TEST(GLFont, DecodeTakesUtf8AndFallsBackToLatin1)
     EXPECT_TRUE(GLFont::Decode(nullptr).empty());
 }
 
-TEST(GLFont, SplitLinesKeepsEmptyLines)
-{
-    using Lines = std::vector<std::string>;
-    EXPECT_EQ(GLFont::SplitLines(""), Lines({""}));
-    EXPECT_EQ(GLFont::SplitLines("a\nb"), Lines({"a", "b"}));
-    EXPECT_EQ(GLFont::SplitLines("a\r\n\nb\n"), Lines({"a", "", "b", ""}));
-    EXPECT_EQ(GLFont::SplitLines(nullptr), Lines());
-}
-
-TEST(GLFontManager, SharesOneFontPerFaceSizeFormAndStyle)
-{
-    auto& manager = GLFontManager::Instance();
-    auto a = manager.GetFont("Arial", 13.0, GLFont::Bitmap);
-    EXPECT_EQ(manager.GetFont("Arial", 13.0, GLFont::Bitmap), a);
-    EXPECT_NE(manager.GetFont("Arial", 14.0, GLFont::Bitmap), a);
-    EXPECT_NE(manager.GetFont("Arial", 13.0, GLFont::Pixmap), a);
-    auto bold = manager.GetFont("Arial", 13.0, GLFont::Bitmap, core::InvFont::Bold);
-    EXPECT_NE(bold, a);
-    EXPECT_GT(bold->Advance("WWWW"), a->Advance("WWWW"));
-    const size_t count = manager.Count();
-    EXPECT_EQ(ErrorOf([&] { manager.GetFont("", 13.0, GLFont::Bitmap); }).code, 16);
-    EXPECT_EQ(manager.Count(), count); // failures are not cached
-    manager.Clear();
-    EXPECT_EQ(manager.Count(), 0u);
-    EXPECT_GT(a->Advance("x"), 0.0); // a holder keeps its font
-}
-
 TEST(GLFont, CreationErrorsAreNumbered)
 {
     const testsupport::ScratchFolder folder;

@@ -17,7 +17,6 @@
 #include <Inventor/nodes/SoMarkerSet.h>
 #include <Inventor/nodes/SoMaterial.h>
 #include <Inventor/nodes/SoPointSet.h>
-#include <Inventor/nodes/SoQuadMesh.h>
 #include <Inventor/nodes/SoShapeHints.h>
 #include <Inventor/nodes/SoText2.h>
 #include <Inventor/nodes/SoTexture2.h>
@@ -306,20 +305,6 @@ TEST(VgRendererNodes, BadIndicesAndCountsThrowInsteadOfDrawing)
     EXPECT_THROW(orphan.setLineWidth(2.0), shr::Exception);
 }
 
-TEST(VgRendererNodes, QuadMeshTakesRowsAndColumns)
-{
-    Fixture f;
-    VgVertexData data;
-    for (int i = 0; i < 6; ++i)
-        data.vertices.push_back(Vec3d(i % 3, i / 3, 0));
-    f.renderer.drawQuadMesh(data, 1, 3);
-    EXPECT_EQ(f.root->getNumChildren(), 0);
-    f.renderer.drawQuadMesh(data, 2, 3);
-    auto* mesh = f.As<SoQuadMesh>(0);
-    EXPECT_EQ(mesh->verticesPerColumn.getValue(), 2);
-    EXPECT_EQ(mesh->verticesPerRow.getValue(), 3);
-}
-
 // ---- text ------------------------------------------------------------------
 
 TEST(VgRendererText, Text2PutsOneLinePerValueAtTheOffsetPosition)
@@ -363,29 +348,6 @@ TEST(VgRendererText, TzTextAndItsBoundsFollowTheCurrentFont)
     // A size no face can take fails in the pass and adds nothing.
     EXPECT_THROW(f.renderer.setTzFont("Arial", -1.0, 0), shr::Exception);
     EXPECT_EQ(f.root->getNumChildren(), 2);
-}
-
-// ---- groups ------------------------------------------------------------------
-
-TEST(VgRendererGroups, PushAndPopFollowTheStack)
-{
-    Fixture f;
-    f.renderer.pushState(VgRenderer::TRANSFORM_SEPARATOR);
-    SoGroup* inner = f.renderer.CurrentGroup().get();
-    EXPECT_TRUE(inner->isOfType(SoTransformSeparator::getClassTypeId()));
-    f.renderer.pushState(VgRenderer::SEPARATOR);
-    EXPECT_TRUE(f.renderer.CurrentGroup()->isOfType(SoSeparator::getClassTypeId()));
-    f.renderer.popState();
-    EXPECT_EQ(f.renderer.CurrentGroup().get(), inner);
-    f.renderer.popState();
-    EXPECT_EQ(f.renderer.CurrentGroup().get(), f.root.get());
-    f.renderer.popState();
-    EXPECT_FALSE(f.renderer.CurrentGroup());
-    f.renderer.popState(); // an empty stack stays empty
-    EXPECT_FALSE(f.renderer.CurrentGroup());
-    ASSERT_EQ(f.root->getNumChildren(), 1);
-    EXPECT_EQ(f.Child(0), inner);
-    EXPECT_EQ(inner->getNumChildren(), 1);
 }
 
 // ---- the scene offset ----------------------------------------------------------

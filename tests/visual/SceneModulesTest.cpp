@@ -23,7 +23,6 @@
 #include "shr/Exception.h"
 #include "shr/MathUtil.h"
 
-#include <Inventor/SoPath.h>
 #include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoClipPlane.h>
 #include <Inventor/nodes/SoDirectionalLight.h>
