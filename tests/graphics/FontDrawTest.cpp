@@ -50,21 +50,6 @@ TEST_P(PixelFormTest, TextInkStaysInsideItsBox)
 
 INSTANTIATE_TEST_SUITE_P(Forms, PixelFormTest, testing::Values(GLFont::Bitmap, GLFont::Pixmap));
 
-TEST(PixelForms, PixmapBlendsItsEdgesBitmapDoesNot)
-{
-    auto pixmap = GLFontManager::Instance().GetFont("Arial", 20.0, GLFont::Pixmap);
-    auto bitmap = GLFontManager::Instance().GetFont("Arial", 20.0, GLFont::Bitmap);
-    auto partial = [](const render::Image& image) {
-        int count = 0;
-        for (int y = 0; y < image.Height(); ++y)
-            for (int x = 0; x < image.Width(); ++x)
-                count += image.At(x, y).r > 0 && image.At(x, y).r < 255;
-        return count;
-    };
-    EXPECT_GT(partial(DrawInPixels(*pixmap, "Round O", 10, 20)), 0);
-    EXPECT_EQ(partial(DrawInPixels(*bitmap, "Round O", 10, 20)), 0);
-}
-
 // Scene text: an orthographic camera 4 units wide and 2 high over a 200 x 100
 // picture, so the origin is at pixel (100, 50) and a unit is 50 pixels.
 SoSeparator* TextScene(const char* face, float size, InvText3::Justification justification, float depth = 0.0f)

