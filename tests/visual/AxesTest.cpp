@@ -58,13 +58,8 @@ bool IsNice(double step)
     return false;
 }
 
-class AxesTest : public testsupport::NetworkFixture {
+class AxesTest : public testsupport::UnshiftedSceneFixture {
 protected:
-    void SetUp() override
-    {
-        NetworkFixture::SetUp();
-        network().SetTransformOnlyUseIfYouAreAUnitTest(SceneTransform(0, 0, true));
-    }
     template <class Module>
     Module* Look(VdData* data, Module* module, unsigned int type = 15)
     {
@@ -73,8 +68,6 @@ protected:
         return module;
     }
     static SoNode* Root(VoModule& module) { return module.OutputGeometry(0).GetRoot().get(); }
-
-    testsupport::ErrorProxy proxy;
 };
 
 TEST_F(AxesTest, FittingGivesRoundIncrementsAndLabelsThatDiffer)
@@ -209,39 +202,6 @@ TEST_F(AxesTest, GeometryInAShiftedSceneShowsTrueCoordinates)
     for (int i = 0; i < search.getPaths().getLength(); ++i)
         texts.push_back(static_cast<SoText2*>(search.getPaths()[i]->getTail())->string[0].getString());
     EXPECT_EQ(texts, (std::vector<std::string>{"500999, 7001999, 49", "501001, 7002001, 51"}));
-}
-
-// A lattice turned a quarter about Z and moved: the box's corners go through the transform.
-TEST_F(AxesTest, TheBoxFollowsTheUserTransform)
-{
-    const unsigned int dims[3] = {2, 2, 2};
-    const float values[8] = {};
-    auto* lattice = new VdUniformLattice(shr::Float, dims, values, 1);
-    lattice->SetUVWBounds(Box3d(0, 0, 0, 4, 2, 1));
-    const shr::Mat4d turn(0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 10, 20, 30, 1); // x -> y, y -> -x
-    lattice->SetUserTransform(turn);
-    auto* box = Look(lattice, new VoBoundingBox);
-    RunPass();
-    ASSERT_EQ(box->GetStatus(), VoModule::ModuleOk);
-    SoSearchAction search;
-    search.setType(SoIndexedLineSet::getClassTypeId());
-    search.apply(Root(*box));
-    ASSERT_NE(search.getPath(), nullptr);
-    auto* lines = static_cast<SoIndexedLineSet*>(search.getPath()->getTail());
-    const auto* property = static_cast<SoVertexProperty*>(lines->vertexProperty.getValue());
-    ASSERT_EQ(property->vertex.getNum(), 8);
-    Vec3d corners[8];
-    Box3d(0, 0, 0, 4, 2, 1).GetCorners(corners);
-    for (int c = 0; c < 8; ++c) {
-        const Vec3d expected = corners[c] * turn;
-        const SbVec3f seen = property->vertex[c];
-        EXPECT_EQ(Vec3d(seen[0], seen[1], seen[2]), expected) << c;
-    }
-    EXPECT_EQ(lines->coordIndex.getNum(), 20);
-    // The axes start at the UVW corner and are drawn through the same matrix.
-    auto* axes = Look(lattice, new VoAxes);
-    axes->RecalcDefaults();
-    EXPECT_EQ(axes->Axis(1).end, Vec3d(0, 2, 0));
 }
 
 TEST_F(AxesTest, StoredFormsThroughTheVersionGates)

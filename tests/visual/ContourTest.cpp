@@ -126,33 +126,6 @@ TEST(ContourTrace, LinesRoundAPeakClose)
     }
 }
 
-// A triangulation that reuses the memory of an earlier mesh of the same shape
-// traces new values as a fresh one does; a mesh of another spacing does not
-// keep the old vertices.
-TEST(ContourTrace, ReusedMemoryTracesAsFresh)
-{
-    const auto ramp = [](unsigned i, unsigned j, unsigned) { return i + 0.3 * j; };
-    const auto bowl = [](unsigned i, unsigned j, unsigned) { return (i - 3.0) * (i - 3.0) + (j - 2.5) * (j - 2.5); };
-    std::unique_ptr<core::VdUniformLattice> first(testsupport::NodeLattice(7, 6, 1, ramp));
-    std::unique_ptr<core::VdUniformLattice> second(testsupport::NodeLattice(7, 6, 1, bowl));
-    std::unique_ptr<core::VdUniformLattice> wider(testsupport::NodeLattice(7, 6, 1, bowl));
-    wider->SetUVWBounds(shr::Box3d(Vec3d(0, 0, 0), Vec3d(12, 5, 0)));
-    VbTriangulateLattice2D::Storage storage;
-    for (const core::VdUniformLattice* lattice : {first.get(), second.get(), wider.get()}) {
-        ContourGenerator::Lines reused, fresh;
-        {
-            VbTriangulateLattice2D triangulation(*lattice, &storage);
-            ASSERT_TRUE(triangulation.TriangulateMesh(0, nullptr));
-            ContourGenerator::Trace(2.2, triangulation, reused);
-        }
-        VbTriangulateLattice2D triangulation(*lattice);
-        ASSERT_TRUE(triangulation.TriangulateMesh(0, nullptr));
-        ContourGenerator::Trace(2.2, triangulation, fresh);
-        EXPECT_EQ(reused.counts, fresh.counts);
-        EXPECT_EQ(reused.data.vertices, fresh.data.vertices);
-    }
-}
-
 class ContourModuleTest : public testsupport::UnshiftedSceneFixture {
 protected:
     // The line sets under the module's output, with the base colour that

@@ -338,47 +338,6 @@ TEST(IsoSurfaceSweep, SlabsGiveExactlyTheSequentialResult)
 }
 
 
-// What the module keeps between runs: run ranges and gradients of one input
-// reused for other isovalues, forgotten for new data (also after the stamps
-// wrap around), and ranges holding NaN and infinite values, must give what a
-// fresh sweep gives.
-TEST(IsoSurfaceSweep, KeptRangesAndGradientsChangeNothing)
-{
-    const unsigned int dims[3] = {70, 23, 19};
-    const auto first = Sample(Kind::Uniform, dims, [](double x, double y, double z) { return x * x - y * z; });
-    auto second = Sample(Kind::Uniform, dims, [](double x, double y, double z) { return y * y + x * z; });
-    float* raw = static_cast<float*>(second->DataWritePtr());
-    raw[5] = std::numeric_limits<float>::quiet_NaN();
-    raw[200] = std::numeric_limits<float>::infinity();
-    raw[3000] = -std::numeric_limits<float>::infinity();
-    std::vector<float> values;
-    SweepCache cache;
-    auto sweep = [&](const VdLattice& lattice, double isovalue, bool withRanges) {
-        SweepInput input;
-        input.lattice = &lattice;
-        input.values = &values;
-        input.ranges = withRanges ? &cache.ranges : nullptr;
-        input.gradients = &cache.gradients;
-        input.isovalue = isovalue;
-        Extraction out;
-        EXPECT_TRUE(Sweep(input, 0, nullptr, out.data, out.volumes, out.triangles, &cache.workspace));
-        return out;
-    };
-    CopyComponent(*first, 0, values, &cache.ranges);
-    cache.gradients.Reset(values.size());
-    sweep(*first, 0.3, true);
-    ExpectSameSurface(sweep(*first, -0.2, true), Extract(*first, -0.2));
-    for (int input = 0; input < 300; ++input)
-        cache.gradients.Reset(values.size());
-    CopyComponent(*second, 0, values, &cache.ranges);
-    for (double isovalue : {0.25, -0.5, 1e30}) {
-        SCOPED_TRACE(isovalue);
-        const Extraction fresh = Extract(*second, isovalue);
-        ExpectSameSurface(sweep(*second, isovalue, true), fresh);
-        ExpectSameSurface(sweep(*second, isovalue, false), fresh);
-    }
-}
-
 TEST(IsoSurfaceSweep, ProgressCanStopTheSweep)
 {
     const auto lattice = Sample(Kind::Uniform, 20, Sphere);

@@ -44,17 +44,6 @@ core::VdUniformLattice MakeLattice()
     return core::VdUniformLattice(shr::Float, dims, values.data(), 2);
 }
 
-TEST(LatticeModuleTest, ComponentIsOneBasedAndNeverZero)
-{
-    ProbeModule module;
-    EXPECT_EQ(module.InputComponent(), 1u);
-    EXPECT_EQ(module.InputComponentSafe(), 0u);
-    module.InputComponentSafe(0);
-    EXPECT_EQ(module.InputComponent(), 1u);
-    module.InputComponentSafe(3);
-    EXPECT_EQ(module.InputComponentSafe(), 2u);
-}
-
 TEST(LatticeModuleTest, ColorMapTakesTheComponentLimitsAndClipsTheComponent)
 {
     const core::VdUniformLattice lattice = MakeLattice();

@@ -196,16 +196,4 @@ TEST_F(LegendDrawTest, SceneKeepsItsOwnCopyOfTheLegend)
     EXPECT_TRUE(Near(At(image, 50, 70), map.PosToColor(0.05), 4));
 }
 
-TEST(LegendRender, NeedsARenderAction)
-{
-    core::VbColorMap map;
-    VbLegend legend(&map);
-    try {
-        core::VbLegendTestAccess::Render(legend, nullptr);
-        FAIL() << "no exception";
-    } catch (const shr::Exception& e) {
-        EXPECT_EQ(e.Message(), "Invalid render action.");
-    }
-}
-
 } // namespace

@@ -271,16 +271,6 @@ protected:
     core::SimplePropertyCollection list;
 };
 
-TEST_F(LegendRowsTest, RowsShowTheLegendsValues)
-{
-    EXPECT_EQ(Row<unsigned int>(VbLegend::OrientationRow), 1u);
-    EXPECT_DOUBLE_EQ(Row<double>(VbLegend::LengthRow), 200.0);
-    EXPECT_EQ(Row<shr::GString>(VbLegend::FontRow), "Arial");
-    EXPECT_EQ(Row<unsigned int>(VbLegend::LabelFormatRow + 2), 7u);
-    EXPECT_FALSE(list.IsProp(kBase + 20));
-    EXPECT_FALSE(list.IsProp(kBase + VbLegend::RowCount));
-}
-
 TEST_F(LegendRowsTest, EditsAreTakenWithinLimits)
 {
     struct Case {
@@ -351,26 +341,6 @@ TEST_F(LegendRowsTest, RowsWithoutEffectAreGreyedOut)
     legend.Enabled(list, kBase, true);
     EXPECT_TRUE(enabled(VbLegend::TitleRow));
     EXPECT_FALSE(enabled(VbLegend::NumLabelsRow));
-}
-
-TEST(Legend, KeysAreRegisteredAfterTheModulesPrefix)
-{
-    static const bool s_Registered = (VbLegend::RegisterKeys("KeysTest", 200), true);
-    ASSERT_TRUE(s_Registered);
-    const auto& registry = core::VbPropertyRegistry::Instance();
-    struct Case {
-        const char* key;
-        int row;
-    } cases[] = {
-        {"KeysTestLegendEnable", VbLegend::EnableRow},
-        {"KeysTestLegendNumLabels", VbLegend::NumLabelsRow},
-        {"KeysTestLegendLabelHeight", VbLegend::LabelHeightRow},
-        {"KeysTestLegendLabelFormatNumDigits", VbLegend::LabelFormatRow + 2},
-        {"KeysTestLegendBGColor", VbLegend::BGColorRow},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(registry.Get(c.key).id, 200 + c.row) << c.key;
-    EXPECT_FALSE(registry.Has("KeysTestLegendHeader"));
 }
 
 // Each module with a legend registers its 21 keys, as the isosurface does.

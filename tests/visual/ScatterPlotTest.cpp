@@ -63,13 +63,8 @@ std::vector<std::string> Texts(SoNode* root)
     return texts;
 }
 
-class ScatterPlotTest : public testsupport::NetworkFixture {
+class ScatterPlotTest : public testsupport::UnshiftedSceneFixture {
 protected:
-    void SetUp() override
-    {
-        NetworkFixture::SetUp();
-        network().SetTransformOnlyUseIfYouAreAUnitTest(SceneTransform(0, 0, true));
-    }
     VoScatterPlot* Plot(VdData* data)
     {
         auto* plot = Add(new VoScatterPlot);
@@ -77,8 +72,6 @@ protected:
         return plot;
     }
     static SoNode* Root(VoModule& module) { return module.OutputGeometry(0).GetRoot().get(); }
-
-    testsupport::ErrorProxy proxy;
 };
 
 TEST_F(ScatterPlotTest, SymbolsFollowTheStrideAndTheSymbolsSize)

@@ -34,14 +34,8 @@ render::Image Picture(float units)
 bool Blue(const Color4b& c) { return c.b > 40 && c.b >= c.r + 30 && c.b >= c.g + 30; }
 bool Red(const Color4b& c) { return c.r > 40 && c.r >= c.g + 30 && c.r >= c.b + 30; }
 
-class SceneModulesDrawTest : public testsupport::NetworkFixture {
+class SceneModulesDrawTest : public testsupport::UnshiftedSceneFixture {
 protected:
-    void SetUp() override
-    {
-        NetworkFixture::SetUp();
-        render::EnsureCoinInit();
-        network().SetTransformOnlyUseIfYouAreAUnitTest(core::SceneTransform(0.0, 0.0, true));
-    }
     // A sphere surface of radius `radius` about the origin, in one colour.
     core::VoIsoSurface* Sphere(double radius, const Color4b& color)
     {
@@ -63,7 +57,6 @@ protected:
     }
 
     core::VoLatticeSrc* field = nullptr;
-    testsupport::ErrorProxy proxy;
 };
 
 // Seen from above, a shell cut at z = 0 keeping its lower half shows its red

@@ -141,22 +141,6 @@ TEST_F(SceneModulesTest, ALightBeyondTheDriversMaximumFails)
     EXPECT_FALSE(Find<SoDirectionalLight>(*lights.back()));
 }
 
-// A new light stands a scene's length behind its direction, in data
-// coordinates; with nothing to see the scene is -1 to 1.
-TEST_F(SceneModulesTest, ANewLightStandsBehindTheScene)
-{
-    EXPECT_EQ(core::VoLight().Position(), Vec3d(0, 0, 2));
-    Shell();
-    RunPass();
-    const shr::Box3d box = core::VoLight::SceneBounds();
-    const Vec3d size = box.Size();
-    EXPECT_NEAR(box.Center().x, 0.0, 1e-6); // the sphere, back in data coordinates
-    EXPECT_NEAR(size.x, 1.6, 0.05);
-    const Vec3d position = core::VoLight().Position();
-    EXPECT_DOUBLE_EQ(position.z, box.Center().z + size.z);
-    EXPECT_DOUBLE_EQ(position.x, box.Center().x);
-}
-
 // With the dragger shown the light lives in it; a new type makes a new
 // dragger; a drag edits the module in data coordinates and degrees.
 TEST_F(SceneModulesTest, TheLightDraggerHoldsTheLightAndEditsTheModule)
@@ -297,18 +281,6 @@ TEST_F(SceneModulesTest, TheClipPlaneCutsItsInputsThroughTheirCentre)
     // The shell reaches the scene through the clip plane only.
     const core::InvSmartPtr<SoSeparator> root = network().SceneRoot();
     EXPECT_EQ(root->findChild(shell->OutputGeometry(0).GetRoot().get()), -1);
-}
-
-TEST_F(SceneModulesTest, AHiddenClipPlaneDrawsItsInputsUncut)
-{
-    core::VoIsoSurface* shell = Shell();
-    auto* clip = Add(new core::VoClipPlane);
-    Link(clip, shell);
-    clip->ShowGeometry(false, false);
-    EXPECT_TRUE(clip->OutputGeometry(0).IsVisible());
-    Run(clip);
-    EXPECT_FALSE(Find<SoClipPlane>(*clip));
-    EXPECT_EQ(Find<SoSeparator>(*clip)->findChild(shell->OutputGeometry(0).GetRoot().get()), 0);
 }
 
 TEST_F(SceneModulesTest, ClipPlaneInputsAndNormalsAreChecked)
@@ -462,34 +434,6 @@ TEST_F(SceneModulesTest, TheTransformMovesACopyAboutItsOrigin)
     Run(transform, VoModule::ModuleFailed);
     EXPECT_EQ(proxy.LastError(), "Vector length cannot equal 0.  At least one component must be non-zero.");
     EXPECT_EQ(transform->GetOutput(0)->Data(), nullptr);
-}
-
-// The dragger needs the origin at the centre: another origin takes it away
-// and disables its row, keeping the flag in the hidden row; restoring rows
-// brings the flag back where the dragger may be shown.
-TEST_F(SceneModulesTest, TransformOriginsOtherThanTheCentreHaveNoDragger)
-{
-    auto* transform = Add(new core::VoTransform);
-    Link(transform, Add(new core::VoLatticeSrc(testsupport::VectorLattice(3, 3, 3, [](unsigned, unsigned, unsigned) {
-                            return Vec3d();
-                        }), "")));
-    Edit(transform, {{core::VoTransform::IdDragger, "true"}});
-    EXPECT_TRUE(transform->CurrentDragger());
-    Edit(transform, {{core::VoTransform::IdOriginKind, "1"}});
-    EXPECT_FALSE(transform->ShowDragger());
-    EXPECT_FALSE(transform->CurrentDragger());
-    EXPECT_FALSE(list.Enabled(core::VoTransform::IdDragger));
-    EXPECT_FALSE(list.Enabled(core::VoTransform::IdXOrigin));
-    bool kept = false;
-    list.GetValue(core::VoTransform::IdDraggerState, kept);
-    EXPECT_TRUE(kept);
-
-    Send(*transform, list, core::VoTransform::IdXTrans, true);
-    EXPECT_FALSE(transform->ShowDragger()) << "not with the origin at a corner";
-    Edit(transform, {{core::VoTransform::IdOriginKind, "0"}});
-    list.SetCheck(core::VoTransform::IdDraggerState, true);
-    Send(*transform, list, core::VoTransform::IdXTrans, true);
-    EXPECT_TRUE(transform->ShowDragger());
 }
 
 // A reset sets its values and shows them; restoring a reset row reads the

@@ -269,17 +269,6 @@ TEST_F(StreamLinesTest, TheJackPlacesTheSeedsAndADragMovesThem)
     EXPECT_TRUE(Near(lines->Seeds()[0], Vec3d(2, 3, 4), 1e-12));
 }
 
-// One sphere node serves every point of every line.
-TEST_F(StreamLinesTest, SpheresTakeTheirSizeFromTheBox)
-{
-    VoStreamLines* lines = Lines(Uniform(), 0.5, 4);
-    lines->SetStreamMethod(VoStreamLines::Spheres);
-    EXPECT_EQ(Run(lines).size(), 9u);
-    auto* sphere = static_cast<SoSphere*>(Find(*lines, SoSphere::getClassTypeId()));
-    ASSERT_NE(sphere, nullptr);
-    EXPECT_FLOAT_EQ(sphere->radius.getValue(), float(std::sqrt(300.0) * lines->SphereSize() * 0.05));
-}
-
 TEST_F(StreamLinesTest, RowsForTheStepAndTheOlderSeedPlaneKeys)
 {
     VoStreamLines* lines = Fed(Uniform());
