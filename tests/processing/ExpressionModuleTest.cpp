@@ -1,5 +1,6 @@
 // The function lattice, lattice math and the exclusion filter, driven through
 // the network with their property rows.
+#include "LatticeSupport.h"
 #include "NetworkFixture.h"
 
 #include "core/data/VdPoints.h"
@@ -30,10 +31,7 @@ const VdUniformLattice* OutputLattice(const VoModule* module)
     return dynamic_cast<const VdUniformLattice*>(module->GetOutput(0)->Data());
 }
 
-double Value(const VdVertexData& data, unsigned int vertex, unsigned int c)
-{
-    return ReadElement(data.DataPtr(vertex, c), data.DataType());
-}
+const auto& Value = testsupport::ElementValue;
 
 // A double lattice of 3 x 3 x 3 nodes over 0..2 with component 1 = i + 10j +
 // 100k (blank at the centre) and component 2 = 1000 + i + 3j + 9k.

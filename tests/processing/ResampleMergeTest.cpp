@@ -2,7 +2,8 @@
 // lattice kind, the row-by-row form against Interpolate bit for bit, nearest
 // picks and blanks outside, the merge rules with blanks, the automatic
 // geometry, abort, and the stored forms.
-#include "LatticeToolsTestSupport.h"
+#include "LatticeSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/processing/LatticeGeometry.h"
 #include "core/processing/LatticeMerger.h"
@@ -26,7 +27,7 @@ using core::VdLattice;
 using core::VoLatticeMerge;
 using core::VoLatticeResample;
 using core::VoModule;
-using toolstest::Value;
+const auto& Value = testsupport::ElementValue;
 
 constexpr int XMin = LatticeGeometry::LimitsId + 1;
 constexpr int XNum = LatticeGeometry::ResolutionId + 1;
@@ -52,7 +53,7 @@ std::vector<std::pair<int, std::string>> GeometryRows(const shr::Box3d& box, con
     return rows;
 }
 
-class ResampleMergeTest : public toolstest::ToolsTest {
+class ResampleMergeTest : public testsupport::DataNetworkTest {
 protected:
     // Sends the rows as the host would, without a pass.
     void SetRows(VoModule* module, const std::vector<std::pair<int, std::string>>& rows)
@@ -77,11 +78,11 @@ TEST_F(ResampleMergeTest, ResamplingALinearFieldIsExactOnEveryKindWithOrWithoutA
     // Inside the nodes of every kind, the curvilinear one included.
     const shr::Box3d box(13.75, -0.55, 2.95, 15.75, 1.45, 3.45);
     const unsigned int nodes[3] = {7, 6, 5};
-    for (unsigned int kind : toolstest::kKinds)
+    for (unsigned int kind : testsupport::kLatticeKinds)
         for (bool turned : {false, true}) {
             SCOPED_TRACE(testing::Message() << "kind " << kind << (turned ? " turned" : ""));
             network().DeleteAllNodes();
-            std::unique_ptr<VdLattice> input = toolstest::MakeLattice(kind, dims, shr::Double, 2, LinearField);
+            std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(kind, dims, shr::Double, 2, LinearField);
             if (turned)
                 input->SetUserTransform(Turned());
             auto* resample = Feed(input.release(), new VoLatticeResample);
@@ -114,7 +115,7 @@ TEST_F(ResampleMergeTest, RowByRowFormGivesInterpolatesValuesBitForBit)
             for (auto method : {VdLattice::INTERP_NEAREST, VdLattice::INTERP_LINEAR})
                 for (bool blanks : {false, true}) {
                     SCOPED_TRACE(testing::Message() << kind << " " << type << " " << method << " " << blanks);
-                    std::unique_ptr<VdLattice> input = toolstest::MakeLattice(kind, dims, type, 2, wavy);
+                    std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(kind, dims, type, 2, wavy);
                     for (uint32_t n = 0; blanks && n < input->VertexCount(); n += 7)
                         input->SetBlank(n, n % 3 == 0 ? 0 : 1);
                     const shr::Box3d in = input->GetUVWBounds();
@@ -178,7 +179,7 @@ TEST_F(ResampleMergeTest, AutomaticGeometryFollowsTheInputs)
 {
     // Resample: the input's own box, node counts and transform.
     const unsigned int dims[3] = {5, 4, 3};
-    std::unique_ptr<VdLattice> input = toolstest::MakeLattice(core::PortCurvilinearLattice, dims, shr::Float, 1,
+    std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(core::PortCurvilinearLattice, dims, shr::Float, 1,
                                                               LinearField);
     input->SetUserTransform(Turned());
     const shr::Box3d uvw = input->GetUVWBounds();
@@ -278,7 +279,7 @@ TEST_F(ResampleMergeTest, EveryOverlapRuleWithBlanksAndWithAllInputsBlank)
 TEST_F(ResampleMergeTest, ResamplingStopsWhenThePassIsAborted)
 {
     const unsigned int dims[3] = {16, 16, 16};
-    std::unique_ptr<VdLattice> input = toolstest::MakeLattice(core::PortUniformLattice, dims, shr::Float, 1,
+    std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(core::PortUniformLattice, dims, shr::Float, 1,
                                                               LinearField);
     input->SetUserTransform(Turned()); // node by node through Interpolate: slow enough to stop
     const unsigned int nodes[3] = {400, 400, 100};

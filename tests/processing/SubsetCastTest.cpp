@@ -2,7 +2,8 @@
 // and the quiet refusals, the mask; clipping, offset before scale, blanks,
 // the range texts with "(truncated!)", the stretch, what every kind keeps,
 // and the stored forms.
-#include "LatticeToolsTestSupport.h"
+#include "LatticeSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/VdPoints.h"
 #include "core/processing/VoCast.h"
@@ -23,7 +24,7 @@ using core::VdLattice;
 using core::VoCast;
 using core::VoModule;
 using core::VoSubset;
-using toolstest::Value;
+const auto& Value = testsupport::ElementValue;
 
 double NodeField(const shr::Vec3d& p, unsigned int c) { return 100.0 * p.x + 10.0 * p.y + p.z + 1000.0 * c; }
 
@@ -37,7 +38,7 @@ std::string ErrorOf(const std::function<void()>& call)
     return "";
 }
 
-class SubsetCastTest : public toolstest::ToolsTest {
+class SubsetCastTest : public testsupport::DataNetworkTest {
 protected:
     // The text of a static row as the module shows it now.
     std::string Row(VoModule& module, int id)
@@ -55,10 +56,10 @@ TEST_F(SubsetCastTest, SubsetEndsOnWholeStepsOnEveryKind)
 {
     const unsigned int dims[3] = {12, 7, 5};
     const unsigned int taken[3][3] = {{0, 4, 8}, {1, 3, 5}, {2, 2, 2}};
-    for (unsigned int kind : toolstest::kKinds) {
+    for (unsigned int kind : testsupport::kLatticeKinds) {
         SCOPED_TRACE(testing::Message() << "kind " << kind);
         network().DeleteAllNodes();
-        std::unique_ptr<VdLattice> input = toolstest::MakeLattice(kind, dims, shr::Float, 2, NodeField);
+        std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(kind, dims, shr::Float, 2, NodeField);
         const VdLattice& in = *input;
         auto* subset = Feed(input.release(), new VoSubset);
         RunPass();
@@ -110,7 +111,7 @@ TEST_F(SubsetCastTest, SubsetRangeMessagesAndQuietRefusals)
     EXPECT_TRUE(VoSubset::Validate(range, dims));
 
     // The rows, counting from 1, refuse 0 and what the input lacks; nothing changes.
-    auto* subset = Feed(toolstest::MakeLattice(core::PortUniformLattice, dims, shr::Float, 1, NodeField).release(),
+    auto* subset = Feed(testsupport::SpacedLattice(core::PortUniformLattice, dims, shr::Float, 1, NodeField).release(),
                         new VoSubset);
     RunPass();
     list.RemoveAll();
@@ -264,9 +265,9 @@ TEST_F(SubsetCastTest, CastKeepsEveryKindsShapeLabelsAndTransform)
     EXPECT_EQ(Value(*castPoints, 1, 0), -8.0);
 
     const unsigned int dims[3] = {3, 4, 2};
-    for (unsigned int kind : toolstest::kKinds) {
+    for (unsigned int kind : testsupport::kLatticeKinds) {
         network().DeleteAllNodes();
-        std::unique_ptr<VdLattice> input = toolstest::MakeLattice(kind, dims, shr::Int16, 2, NodeField);
+        std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(kind, dims, shr::Int16, 2, NodeField);
         input->SetUserTransform(moved);
         const VdLattice& in = *input;
         cast = Feed(input.release(), new VoCast);

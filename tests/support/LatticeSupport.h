@@ -174,6 +174,37 @@ inline std::unique_ptr<core::VdLattice> KindLattice(unsigned int kind, const uns
     return lattice;
 }
 
+const unsigned int kLatticeKinds[3] = {core::PortUniformLattice, core::PortRectilinearLattice,
+                                       core::PortCurvilinearLattice};
+
+// Node (i, j, k) of each kind: uniform from (10, -4, 2) with spacing
+// (1.5, 2, 0.5); rectilinear with uneven steps; curvilinear sheared, every
+// cell a parallelepiped, so that a linear field stays linear in each cell.
+inline shr::Vec3d KindPosition(unsigned int kind, unsigned int i, unsigned int j, unsigned int k)
+{
+    if (kind == core::PortUniformLattice)
+        return shr::Vec3d(10 + 1.5 * i, -4 + 2.0 * j, 2 + 0.5 * k);
+    if (kind == core::PortRectilinearLattice)
+        return shr::Vec3d(10 + 1.5 * i + 0.4 * (i % 2), -4 + 2.0 * j + 0.7 * (j % 2), 2 + 0.5 * k + 0.1 * (k % 2));
+    return shr::Vec3d(10 + 1.5 * i + 0.5 * j, -4 + 2.0 * j + 0.3 * k, 2 + 0.5 * k + 0.2 * i);
+}
+
+// A lattice of `kind` with its nodes at KindPosition, holding `field`.
+inline std::unique_ptr<core::VdLattice> SpacedLattice(unsigned int kind, const unsigned int* dims, shr::PrimType type,
+                                                      unsigned int components, const Field& field)
+{
+    const auto place = [kind](double i, double j, double k) {
+        return KindPosition(kind, unsigned(i), unsigned(j), unsigned(k));
+    };
+    return KindLattice(kind, dims, type, components, place, field);
+}
+
+// Element (node, c) of any data array as a double.
+inline double ElementValue(const core::VdVertexData& data, uint32_t node, unsigned int c)
+{
+    return core::ReadElement(data.DataPtr(node, c), data.DataType());
+}
+
 // A point table's row at (x, y, z) with `values` (as many components as
 // values) and the id `id`.
 inline core::CPointDatum PointRow(double x, double y, double z, std::vector<double> values = {0.0},

@@ -122,6 +122,27 @@ protected:
     std::unique_ptr<ErrorProxy> proxy;
 };
 
+// Feeds modules data of any kind, each from a source of its own.
+class DataNetworkTest : public ReportingNetworkTest {
+protected:
+    // `module` fed with `data` from a new source; both owned by the network.
+    template <class Module>
+    Module* Feed(core::VdData* data, Module* module, int input = 0)
+    {
+        auto* source = Add(new DataSource(data, data->GetType()));
+        if (module->Id().IsBad())
+            Add(module);
+        Link(module, source, input);
+        return module;
+    }
+    // The module's first output as `Data`, or null.
+    template <class Data = core::VdLattice>
+    static const Data* Output(const core::VoModule* module)
+    {
+        return dynamic_cast<const Data*>(module->GetOutput(0)->Data());
+    }
+};
+
 // For modules that draw: the scene is not shifted (scene coordinates are the
 // data's), and the host's error reports are kept.
 class UnshiftedSceneFixture : public NetworkFixture {

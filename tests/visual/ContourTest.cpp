@@ -1,7 +1,7 @@
 // Contours: segments and chains on small fields worked out by hand, closed
 // lines round a peak, the levels of each method, the module in a network on
 // a 3-D lattice, and its stored form.
-#include "IsoSurfaceTestSupport.h"
+#include "MeshSupport.h"
 #include "LatticeSupport.h"
 #include "NetworkFixture.h"
 

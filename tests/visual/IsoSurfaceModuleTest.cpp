@@ -1,7 +1,7 @@
 // The isosurface module in a network: the isovalue default from the input,
 // the type mismatch of flat lattices, property rows, the volumes it reports,
 // the stored form through every version gate, and a drawn sphere.
-#include "IsoSurfaceTestSupport.h"
+#include "MeshSupport.h"
 #include "PictureSupport.h"
 #include "NetworkFixture.h"
 

@@ -2,7 +2,7 @@
 // analytic fields for all three kinds of lattice, exact counts on planes, the
 // cases that give no surface, the volume estimate, and the parallel slabs
 // giving exactly the sequential result.
-#include "IsoSurfaceTestSupport.h"
+#include "MeshSupport.h"
 #include "TestSupport.h"
 
 #include "core/processing/VolumeCalculator.h"

@@ -2,7 +2,7 @@
 // plane opens a shell to show what lies inside, a red light tints a white
 // surface, a title stands at its corner of the view whatever the camera,
 // and as many clip planes as the driver has draw together.
-#include "IsoSurfaceTestSupport.h"
+#include "MeshSupport.h"
 #include "PictureSupport.h"
 #include "NetworkFixture.h"
 

@@ -2,7 +2,7 @@
 // where, the driver's limits on lights and clip planes, the rows that follow
 // each other, the draggers' edits, and the stored forms through their
 // version gates.
-#include "IsoSurfaceTestSupport.h"
+#include "MeshSupport.h"
 #include "NetworkFixture.h"
 #include "LatticeSupport.h"
 #include "TestSupport.h"

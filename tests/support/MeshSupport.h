@@ -1,7 +1,7 @@
 #pragma once
-// Fields sampled on the three kinds of lattice and checks of surface meshes
-// (closed, consistently wound, Euler characteristic), for the visual module
-// tests; lattices and pictures of other kinds come from tests/support.
+// Surfaces for tests: fields sampled as floats on the three kinds of lattice
+// with the same node coordinates, and checks of the meshes modules make from
+// them (closed, consistently wound, Euler characteristic).
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
