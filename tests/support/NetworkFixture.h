@@ -59,6 +59,25 @@ private:
     std::vector<std::string> m_Errors;
 };
 
+// Records, besides the errors, the reload and worksheet requests that source
+// modules send the host.
+class HostRequestProxy : public ErrorProxy {
+public:
+    void ReloadDataFile(core::VoModule& module, const shr::GString& path) override
+    {
+        reloads.emplace_back(&module, path);
+    }
+    // The host owns the reference it is given; the test gives it back at once.
+    void CreateDataView(const core::VdData* data, const shr::GString& name) override
+    {
+        views.emplace_back(data, name);
+        data->DecRef();
+    }
+
+    std::vector<std::pair<core::VoModule*, std::string>> reloads;
+    std::vector<std::pair<const core::VdData*, std::string>> views;
+};
+
 // Starts the network empty and empties it again afterwards.
 class NetworkFixture : public ::testing::Test {
 protected:
