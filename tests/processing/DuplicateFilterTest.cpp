@@ -1,6 +1,7 @@
 // The duplicate filter: which row stands for each set under every rule, how
 // the tolerances draw the sets, blanks, and the module in a running network
 // with its property keys and documents.
+#include "LatticeSupport.h"
 #include "NetworkFixture.h"
 
 #include "core/data/VdPoints.h"
@@ -32,25 +33,15 @@ CPointData MakeTable(const std::vector<RowSpec>& rows, size_t components)
 {
     CPointData table(components);
     for (const RowSpec& spec : rows) {
-        CPointDatum row(components);
-        row.X() = spec.x;
-        row.Y() = spec.y;
-        row.Z() = spec.z;
-        for (size_t c = 0; c < spec.values.size(); ++c)
-            row.W(c, spec.values[c]);
-        row.ID(spec.id);
-        table.push_back(row);
+        std::vector<double> values = spec.values;
+        values.resize(components, B);
+        table.push_back(testsupport::PointRow(spec.x, spec.y, spec.z, values, spec.id));
     }
     return table;
 }
 
-std::vector<uint32_t> Ids(const CPointData& table)
-{
-    std::vector<uint32_t> ids;
-    for (const CPointDatum& row : table)
-        ids.push_back(row.ID());
-    return ids;
-}
+using testsupport::RowIds;
+const auto& Ids = RowIds;
 
 CPointData Filter(CPointData table, uint32_t rule, double tx, double ty, double tz)
 {
@@ -190,25 +181,6 @@ TEST(DuplicateFilter, AnUnknownRuleIsAnError)
     } catch (const shr::Exception& e) {
         EXPECT_NE(std::string(e.Message()).find("Invalid duplicate rule."), std::string::npos) << e.Message();
     }
-}
-
-TEST(DuplicateFilter, ModuleAndKeysAreRegistered)
-{
-    const VbModuleInfo* info = VbModuleRegistry::Instance().Construct("DuplicateFilter");
-    ASSERT_NE(info, nullptr);
-    EXPECT_EQ(info->UiPath(), "Computational\\DuplicateFilter");
-    EXPECT_EQ(info->InputTypes(), 1u);
-    EXPECT_EQ(info->OutputTypes(), 1u);
-    EXPECT_EQ(info->ResourceId(), 1);
-    EXPECT_EQ(info->HelpString(), "Removes duplicate points from the point set");
-    const std::pair<const char*, int> keys[] = {{"DuplicateFilterRule", 2},
-                                                {"DuplicateFilterXTolerance", 4},
-                                                {"DuplicateFilterYTolerance", 5},
-                                                {"DuplicateFilterZTolerance", 6}};
-    for (const auto& key : keys)
-        EXPECT_EQ(VbPropertyRegistry::Instance().Get(key.first).id, key.second) << key.first;
-    EXPECT_EQ(VoDuplicateFilter::RuleStrings().size(), 20u);
-    EXPECT_EQ(VoDuplicateFilter::RuleStrings()[16], "Median");
 }
 
 namespace {

@@ -58,17 +58,6 @@ protected:
 
 } // namespace
 
-TEST_F(InfoModuleTest, DisconnectedInputShowsNothingAndNoDataRows)
-{
-    VoInfo* info = AddInfo(nullptr);
-    std::unique_ptr<LabelledList> rows = Rows(*info);
-    EXPECT_EQ(rows->Text(VoInfo::IdInput), "Nothing");
-    for (int id : {int(VoInfo::IdDatasetType), int(VoInfo::IdShowData), int(VoInfo::IdPointCount),
-                   int(VoInfo::IdGeometry), XMinRow, int(VoInfo::IdComponents)})
-        EXPECT_FALSE(rows->IsProp(id)) << id;
-    EXPECT_TRUE(info->IsGeomFilter() == false) << "the info module leaves its input's geometry in the scene";
-}
-
 TEST_F(InfoModuleTest, PointRows)
 {
     auto* source = Add(new testsupport::DataSource(MakePoints(), PortPoints));

@@ -437,26 +437,3 @@ TEST_F(SourceModuleTest, NonLatticeDataInTheLatticePortIsAnInternalError)
     EXPECT_THROW(source->UpdateProperties(rows), shr::Exception);
 }
 
-TEST(SourceRegistry, ScenesCreateTheSourcesByTheirNames)
-{
-    struct Case {
-        const char* name;
-        const shr::CTypeInfo* type;
-        unsigned int in, out;
-    } cases[] = {
-        {"Lattice", VoLatticeSrc::GetClassTypeId(), 0, 14},
-        {"PointSet", VoPointsSrc::GetClassTypeId(), 0, 1},
-        {"Geometry", VoGeomSrc::GetClassTypeId(), 0, 16},
-        {"Info", VoInfo::GetClassTypeId(), 63, 0},
-        {"TestLattice", VoSampleLattice::GetClassTypeId(), 0, 2},
-    };
-    for (const Case& c : cases) {
-        const VbModuleInfo* info = VbModuleRegistry::Instance().Construct(c.name);
-        ASSERT_NE(info, nullptr) << c.name;
-        EXPECT_EQ(info->InputTypes(), c.in) << c.name;
-        EXPECT_EQ(info->OutputTypes(), c.out) << c.name;
-        std::unique_ptr<VoModule> module = info->CreateInstance();
-        EXPECT_EQ(module->GetTypeId(), c.type) << c.name;
-        EXPECT_EQ(module->GetModuleInfo(), info) << c.name;
-    }
-}

@@ -104,6 +104,37 @@ inline core::VdCurvilinearLattice MakeCurvilinear(const unsigned int* dims, cons
     return core::VdCurvilinearLattice(shr::Double, shr::Double, dims, coords.data(), values.data(), components);
 }
 
+// What a blank node reads as in ComponentValues.
+constexpr double kBlankValue = core::VdVertexData::BlankVal;
+
+// A uniform lattice of `dims` holding `values` (tuple by tuple) as `type`;
+// the nodes whose value is kBlankValue are blanked.
+inline std::unique_ptr<core::VdUniformLattice> ValueLattice(const unsigned int* dims, const std::vector<double>& values,
+                                                            unsigned int components = 1,
+                                                            shr::PrimType type = shr::Double)
+{
+    auto lattice = core::DispatchPrimType(type, [&](auto tag) {
+        using T = typename decltype(tag)::Type;
+        std::vector<T> elements;
+        for (double value : values)
+            elements.push_back(core::PrimConvert<T>(value == kBlankValue ? 0.0 : value));
+        return std::make_unique<core::VdUniformLattice>(type, dims, elements.data(), components);
+    });
+    for (size_t e = 0; e < values.size(); ++e)
+        if (values[e] == kBlankValue)
+            lattice->SetBlank(static_cast<unsigned int>(e / components), static_cast<unsigned int>(e % components));
+    return lattice;
+}
+
+// Component c of every node, kBlankValue for blanks.
+inline std::vector<double> ComponentValues(const core::VdVertexData& data, unsigned int c = 0)
+{
+    std::vector<double> values;
+    for (unsigned int n = 0; n < data.VertexCount(); ++n)
+        values.push_back(data.IsBlank(n, c) ? kBlankValue : core::NodeValue(data, n, c));
+    return values;
+}
+
 // A float lattice of nx x ny x nz nodes holding f(i, j, k), spacing 1 from
 // `origin`.
 template <class F>
