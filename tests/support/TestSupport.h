@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <initializer_list>
 #include <iterator>
 #include <mutex>
 #include <random>
@@ -65,6 +66,29 @@ uint64_t Load(T& object, const std::vector<unsigned char>& bytes, size_t cut = 0
     shr::Archive archive(bytes.data(), bytes.size() - cut, path);
     object.Serialize(archive);
     return archive.BytesRemaining();
+}
+
+// The stored form of `object` read back: a fresh T that loads the bytes
+// stores the same bytes again, and a fresh T that loads them cut short by any
+// of `cuts` bytes fails and still stores as a fresh T does (a failed load
+// changes nothing). Returns the bytes.
+template <class T>
+std::vector<unsigned char> ExpectRoundTrip(T& object, std::initializer_list<size_t> cuts = {1, 9, 33})
+{
+    const std::vector<unsigned char> bytes = Store(object);
+    T copy;
+    EXPECT_EQ(Load(copy, bytes), 0u);
+    EXPECT_EQ(Store(copy), bytes) << "stored again, the copy gives the same bytes";
+    T untouched;
+    const std::vector<unsigned char> fresh = Store(untouched);
+    for (size_t cut : cuts) {
+        if (cut >= bytes.size())
+            continue;
+        T target;
+        EXPECT_THROW(Load(target, bytes, cut), shr::Exception) << "cut " << cut;
+        EXPECT_EQ(Store(target), fresh) << "a failed load changes nothing; cut " << cut;
+    }
+    return bytes;
 }
 
 // Replaces the first run `from` in `bytes` by `to`; false when there is none.
