@@ -71,7 +71,8 @@ uint64_t Load(T& object, const std::vector<unsigned char>& bytes, size_t cut = 0
 // The stored form of `object` read back: a fresh T that loads the bytes
 // stores the same bytes again, and a fresh T that loads them cut short by any
 // of `cuts` bytes fails and still stores as a fresh T does (a failed load
-// changes nothing). Returns the bytes.
+// changes nothing). For objects stored alone, whose base part is a fresh
+// one's. Returns the bytes.
 template <class T>
 std::vector<unsigned char> ExpectRoundTrip(T& object, std::initializer_list<size_t> cuts = {1, 9, 33})
 {
