@@ -238,23 +238,8 @@ TEST_F(CuttingPlaneTest, StoredFormRoundTripsAndRejectsBadInput)
     plane.CalcOffsetLimits();
     plane.Offset(0.75);
     plane.ShowDragger(true);
-    const std::vector<unsigned char> bytes = testsupport::Store(plane);
-    VbCuttingPlane loaded;
-    testsupport::Load(loaded, bytes);
-    EXPECT_EQ(loaded.Orientation(), 3u);
-    EXPECT_EQ(loaded.Normal(), Vec3d(1, 2, 3));
-    EXPECT_EQ(loaded.Offset(), 0.75);
-    EXPECT_EQ(loaded.OffsetLimit(), plane.OffsetLimit());
-    EXPECT_TRUE(loaded.ShowDragger());
-    EXPECT_EQ(loaded.BoundingBox(), plane.BoundingBox());
-
-    // Truncated, or an orientation out of range: the target stays as it was.
-    for (size_t cut : {size_t(3), size_t(20)}) {
-        VbCuttingPlane target;
-        EXPECT_THROW(testsupport::Load(target, bytes, cut), shr::Exception);
-        EXPECT_EQ(target.Normal(), Vec3d(0, 0, 1));
-        EXPECT_EQ(target.Orientation(), 0u);
-    }
+    const std::vector<unsigned char> bytes = testsupport::ExpectRoundTrip(plane, {3, 20});
+    // An orientation out of range: the target stays as it was.
     std::vector<unsigned char> bad = bytes;
     const size_t orientationAt = bad.size() - (4 + 24 + 16 + 1 + 48 + 2);
     bad[orientationAt] = 9;

@@ -86,15 +86,13 @@ TEST(LatticeModuleTest, RoundTripsComponentMapAndLegend)
     const std::vector<unsigned char> bytes = testsupport::Store(stored);
     ProbeModule loaded;
     testsupport::Load(loaded, bytes);
+    EXPECT_EQ(testsupport::Store(loaded), bytes);
     EXPECT_EQ(loaded.InputComponent(), 2u);
-    EXPECT_EQ(loaded.GetColorMap().GetScaleMax(), 5.0);
-    EXPECT_TRUE(loaded.GetLegend().Visible());
-    EXPECT_EQ(loaded.GetLegend().m_Title, "Grade");
     EXPECT_EQ(loaded.GetLegend().GetColorMap(), &loaded.GetColorMap());
 
     ProbeModule target;
     EXPECT_THROW(testsupport::Load(target, bytes, 3), shr::Exception);
-    EXPECT_FALSE(target.GetLegend().Visible());
+    EXPECT_FALSE(target.GetLegend().Visible()) << "the legend is taken whole";
 }
 
 } // namespace
