@@ -160,20 +160,6 @@ TEST_F(AxesTest, ValidationNamesTheAxisAndTheLeastIncrement)
     }
 }
 
-TEST_F(AxesTest, ShaftsAreCylindersWithConesOrLines)
-{
-    auto* axes = Look(Corners(Box3d(0, 0, 0, 10, 10, 10)), new VoAxes);
-    RunPass();
-    EXPECT_EQ(Count(Root(*axes), SoCylinder::getClassTypeId()), 3);
-    EXPECT_EQ(Count(Root(*axes), SoCone::getClassTypeId()), 3);
-    axes->AxisScale(0.0);
-    axes->Axis(2).show = false;
-    axes->SetModified();
-    RunPass();
-    EXPECT_EQ(Count(Root(*axes), SoCylinder::getClassTypeId()), 0);
-    EXPECT_EQ(Count(Root(*axes), SoCone::getClassTypeId()), 0);
-}
-
 // Geometry 1000 m east and 2000 m north of the scene's offset reads as where it truly lies.
 TEST_F(AxesTest, GeometryInAShiftedSceneShowsTrueCoordinates)
 {

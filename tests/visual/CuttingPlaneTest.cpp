@@ -144,28 +144,6 @@ TEST_F(CuttingPlaneTest, OrientationRowSetsTheNormalAndTheOffsetLimits)
     EXPECT_EQ(plane.Normal(), Vec3d(0, 0, 1));
 }
 
-TEST_F(CuttingPlaneTest, NormalRowsDeriveTheOrientation)
-{
-    plane.BoundingBox(Box3d(0, 0, 0, 4, 2, 1));
-    Edit(VbCuttingPlane::RowNormalX, 1.0);
-    EXPECT_EQ(plane.Normal(), Vec3d(1, 0, 1));
-    EXPECT_EQ(plane.Orientation(), 3u);
-    EXPECT_EQ(ShownOrientation(), 3u);
-    Edit(VbCuttingPlane::RowNormalZ, 0.0);
-    EXPECT_EQ(plane.Orientation(), 2u);
-    EXPECT_EQ(ShownOrientation(), 2u);
-    EXPECT_DOUBLE_EQ(plane.OffsetLimit(), 2.0);
-    // A zero normal is kept as typed, the orientation untouched.
-    Edit(VbCuttingPlane::RowNormalX, 0.0);
-    EXPECT_EQ(plane.Normal(), Vec3d(0, 0, 0));
-    EXPECT_EQ(plane.Orientation(), 2u);
-    Edit(VbCuttingPlane::RowOffset, 0.3);
-    EXPECT_EQ(plane.Offset(), 0.3);
-    Edit(VbCuttingPlane::RowShowDragger, true);
-    EXPECT_TRUE(plane.ShowDragger());
-    EXPECT_FALSE(plane.PropertyEvent(list, core::VbPropertyEvent(kBase + 7, 0), kBase));
-}
-
 TEST_F(CuttingPlaneTest, ZeroNormalIsReportedAndDrawsNoDragger)
 {
     core::InvSmartPtr<SoSeparator> root(new SoSeparator);
