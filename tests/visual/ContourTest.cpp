@@ -102,30 +102,6 @@ TEST(ContourTrace, SegmentsAndChainsOnFieldsWorkedOutByHand)
     }
 }
 
-// A peak on an unevenly spaced lattice: each level is one closed line, which
-// needs the crossings of every edge to be the same bits from both sides.
-TEST(ContourTrace, LinesRoundAPeakClose)
-{
-    const unsigned int dims[3] = {15, 11, 1};
-    std::vector<double> xs, ys;
-    for (unsigned int i = 0; i < dims[0]; ++i)
-        xs.push_back(-1.3 + 0.19 * i + 0.004 * i * i);
-    for (unsigned int j = 0; j < dims[1]; ++j)
-        ys.push_back(-0.9 + 0.17 * j + 0.003 * j * j * j / 7.0);
-    std::vector<float> values;
-    for (const double y : ys)
-        for (const double x : xs)
-            values.push_back(static_cast<float>(std::exp(-(x * x + 1.7 * y * y))));
-    const core::VdRectilinearLattice lattice(shr::Float, dims, values.data(), 1, xs, ys, std::vector<double>{2.5});
-    for (const double level : {0.3, 0.6, 0.9}) {
-        SCOPED_TRACE(level);
-        const Traced traced = TraceMesh(lattice, level);
-        ASSERT_EQ(traced.chains.size(), 1u);
-        EXPECT_TRUE(traced.closed);
-        EXPECT_EQ(static_cast<size_t>(traced.chains[0]), traced.segments + 1);
-    }
-}
-
 class ContourModuleTest : public testsupport::UnshiftedSceneFixture {
 protected:
     // The line sets under the module's output, with the base colour that

@@ -257,10 +257,7 @@ TEST(HeightFieldStoredForm, RoundTripAndDocumentsWithoutTheOverlay)
     VoHeightField loaded;
     EXPECT_EQ(testsupport::Load(loaded, bytes), 0u);
     common(loaded);
-    EXPECT_FALSE(loaded.ShowOverlay());
-    EXPECT_EQ(loaded.Fit(), VoHeightField::StretchOverSurface);
-    EXPECT_EQ(loaded.ColorModulation(), VoHeightField::OverlayOnly);
-    EXPECT_EQ(loaded.OverlayQuality(), 0.25);
+    EXPECT_EQ(testsupport::Store(loaded), bytes);
 
     // Version 112: one input port in the base part, no overlay settings.
     std::vector<unsigned char> old;

@@ -259,9 +259,7 @@ TEST_F(IsoSurfaceModuleTest, StoredFormThroughEveryVersionGate)
         EXPECT_EQ(Load(loaded, bytes), 4u);
         EXPECT_EQ(loaded.Isovalue(), 12.3456789);
         EXPECT_EQ(loaded.Opacity(), 0.4375);
-        EXPECT_EQ(loaded.DrawStyle(), VoIsoSurface::Lines);
         EXPECT_EQ(loaded.Side(), VoIsoSurface::BackOnly);
-        EXPECT_EQ(loaded.ColorMethod(), VoIsoSurface::Fixed);
         EXPECT_EQ(loaded.Material().diffuse, shr::Color4b(10, 20, 30));
         EXPECT_EQ(loaded.GetLegend().m_Title, "Grade");
         EXPECT_EQ(loaded.GetLegend().GetColorMap(), &loaded.GetColorMap());
