@@ -53,18 +53,6 @@ VdUniformLattice* MakeInputA()
 
 } // namespace
 
-TEST_F(ExpressionModuleTest, FunctionLatticeDefaultExpressionGivesTheDistanceFromTheCentre)
-{
-    auto* module = Add(new VoFunctionLattice);
-    RunPass();
-    const VdUniformLattice* lattice = OutputLattice(module);
-    ASSERT_NE(lattice, nullptr) << LastError();
-    EXPECT_EQ(lattice->DataType(), shr::Float);
-    EXPECT_EQ(lattice->VertexCount(), 27000u);
-    EXPECT_FLOAT_EQ(static_cast<float>(Value(*lattice, 0, 0)), 0.75f);
-    EXPECT_FLOAT_EQ(static_cast<float>(Value(*lattice, lattice->Index(29, 29, 29), 0)), 0.75f);
-}
-
 TEST_F(ExpressionModuleTest, FunctionLatticeNodesIndicesAndBlanks)
 {
     auto* module = Add(new VoFunctionLattice);
@@ -93,30 +81,6 @@ TEST_F(ExpressionModuleTest, FunctionLatticeNodesIndicesAndBlanks)
             EXPECT_FALSE(lattice->IsBlank(n, 2)) << n;
             EXPECT_EQ(Value(*lattice, n, 2), std::log(x - 1) + y * z) << n;
         }
-    }
-}
-
-TEST_F(ExpressionModuleTest, FunctionLatticePositionsGoThroughTheUserTransform)
-{
-    const unsigned int dims[3] = {2, 3, 2};
-    VdUniformLattice lattice(shr::Double, dims, nullptr, 4);
-    lattice.SetUVWBounds(shr::Box3d(0, 0, 0, 1, 2, 1));
-    lattice.SetUserTransform(shr::Mat4d::MakeScale(2, 3, 4) * shr::Mat4d::MakeTranslation(10, 0, 0));
-    std::vector<tzexpr::CExpression> expressions(4);
-    const char* texts[4] = {"W = X", "W = Y", "W = Z", "W = i + 10*j + 100*k"};
-    for (int c = 0; c < 4; ++c)
-        ASSERT_TRUE(expressions[c].Parse(texts[c], VoFunctionLattice::Declarations, nullptr, nullptr, nullptr));
-    ASSERT_EQ(VoFunctionLattice::Compute(expressions, lattice), VoModule::ModuleOk);
-
-    EXPECT_NE(lattice.IJKToXYZ(1, 2, 1), lattice.IJKToUVW(1, 2, 1)) << "the transform must matter";
-    for (unsigned int n = 0; n < lattice.VertexCount(); ++n) {
-        unsigned int i, j, k;
-        lattice.IndexToIJK(n, i, j, k);
-        const shr::Vec3d xyz = lattice.IJKToXYZ(i, j, k);
-        EXPECT_EQ(Value(lattice, n, 0), xyz.x) << n;
-        EXPECT_EQ(Value(lattice, n, 1), xyz.y) << n;
-        EXPECT_EQ(Value(lattice, n, 2), xyz.z) << n;
-        EXPECT_EQ(Value(lattice, n, 3), i + 10.0 * j + 100.0 * k) << n;
     }
 }
 
@@ -174,18 +138,6 @@ TEST_F(ExpressionModuleTest, LatticeMathSamplesItsInputsByIndex)
             EXPECT_EQ(Value(*out, n, 1), 1005.0 + i + 3.0 * j + 9.0 * k) << n;
         }
     }
-}
-
-TEST_F(ExpressionModuleTest, LatticeMathInterpolatesBetweenInputNodes)
-{
-    auto* a = Add(new DataSource(MakeInputA()));
-    auto* math = Add(new VoLatticeMath);
-    Link(math, a, 0);
-    Edit(math, {{Row::OutTypeId, "8"}, {Expr1, "A2 - X - 3*Y - 9*Z"}, {XNum, "5"}, {YNum, "5"}, {ZNum, "5"}});
-    const VdUniformLattice* out = OutputLattice(math);
-    ASSERT_NE(out, nullptr) << LastError();
-    for (unsigned int n = 0; n < out->VertexCount(); ++n)
-        EXPECT_NEAR(Value(*out, n, 0), 1000.0, 1e-9) << "trilinear is exact on a linear field, node " << n;
 }
 
 TEST_F(ExpressionModuleTest, LatticeMathMessages)

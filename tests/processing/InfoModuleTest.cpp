@@ -107,21 +107,6 @@ TEST_F(InfoModuleTest, LatticeRows)
     EXPECT_FALSE(rows->IsProp(VoInfo::IdPointCount));
 }
 
-TEST_F(InfoModuleTest, GeometryRowsCountWhatIsDrawn)
-{
-    VoInfo* info = AddInfo(Add(new VoGeomSrc(false, MakeShapes(), "")));
-    std::unique_ptr<LabelledList> rows = Rows(*info);
-    const std::pair<int, const char*> expected[] = {
-        {VoInfo::IdDatasetType, "Geometry"}, {VoInfo::IdGeometryPoints, "3"},  {VoInfo::IdGeometryLines, "0"},
-        {VoInfo::IdGeometryTriangles, "1"},  {VoInfo::IdGeometryTexts, "0"},   {VoInfo::IdGeometryImages, "0"},
-    };
-    for (const auto& row : expected)
-        EXPECT_EQ(rows->Text(row.first), row.second) << row.first;
-    EXPECT_EQ(rows->labels[VoInfo::IdGeometryTexts], "Number of text");
-    EXPECT_EQ(rows->Number(XMaxRow), 2.0);
-    EXPECT_FALSE(rows->IsProp(VoInfo::IdShowData)) << "geometry cannot be shown in a worksheet";
-}
-
 TEST_F(InfoModuleTest, WellRows)
 {
     auto* wells = new VdWellData;

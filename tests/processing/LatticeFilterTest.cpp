@@ -257,17 +257,6 @@ TEST_F(LatticeFilterEngine, KernelWeights)
     }
 }
 
-TEST_F(LatticeFilterEngine, UnsharpMaskWeighsTheCentreAgainstTheBlur)
-{
-    // Sharpness 0.75: 1.5 times the centre less 0.5 times the mean of three.
-    const unsigned int dims[3] = {5, 1, 1};
-    const auto spike = ValueLattice(dims, {0, 0, 6, 0, B});
-    F::Params p = Settings(*spike, F::Unsharp, {0.0, 0.75});
-    p.blankHandling = F::BlankIgnore;
-    p.window[1] = p.window[2] = 1;
-    EXPECT_EQ(ComponentValues(*Filtered(p)), (std::vector<double>{0, -1, 8, -1.5, B}));
-}
-
 // ---- the point operations -----------------------------------------------------------------------
 
 // Two components, each with its own parameters: lower bounds first for
