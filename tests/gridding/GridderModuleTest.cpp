@@ -34,14 +34,12 @@ VdPoints* LinePoints(unsigned count, unsigned components = 1, double z = -1.0)
 }
 
 enum : int {
-    IdInput = 2,
     IdComponent = 4,
     IdRecalculate = 6,
     IdXMax = 9,
     IdXNum = 17,
     IdYNum = 18,
     IdZNum = 19,
-    IdXSpacing = 21,
     IdSearchType = 25,
     IdSearchMin = 26,
     IdSearchMax = 27,
@@ -105,7 +103,6 @@ TEST_F(GridderModuleTest, DefaultsComeFromTheFirstInput)
         const VoGridder3::GriddingOptions& o = module->Options();
         EXPECT_EQ(o.searchType, c.second) << c.first;
         EXPECT_EQ(o.maxCount, std::min(int32_t(c.first), 50)) << c.first;
-        EXPECT_EQ(o.minCount, 1);
         EXPECT_FALSE(module->DefaultsPending());
         EXPECT_EQ(o.limits, shr::Box3d(0, 0, 0, 1, 1, 1));
         EXPECT_DOUBLE_EQ(o.radius, std::sqrt(3.0)) << "the diagonal";
@@ -131,36 +128,6 @@ TEST_F(GridderModuleTest, FlatInputIsPaddedDefaultsComeOnceAndRecalculateCanBeUn
     EXPECT_EQ(gridder->Options().limits.max.x, 5.0) << "undone from the stored options";
 }
 
-TEST_F(GridderModuleTest, ComponentIsShownOneBasedAndClampedToTheInput)
-{
-    Connect(LinePoints(10, 3));
-    ASSERT_TRUE(list.IsProp(IdComponent));
-    Set(IdComponent, 3u);
-    EXPECT_EQ(gridder->Options().component, 2u);
-    Connect(LinePoints(10, 2));
-    EXPECT_EQ(gridder->Options().component, 1u);
-    Connect(LinePoints(10, 1));
-    list.RemoveAll();
-    gridder->UpdateProperties(list);
-    EXPECT_FALSE(list.IsProp(IdComponent)) << "one component needs no choice";
-    EXPECT_EQ(list.StringValue(IdInput), source->Name());
-}
-
-TEST_F(GridderModuleTest, SpacingAndResolutionFollowEachOther)
-{
-    Connect(LinePoints(10));
-    Set(IdXNum, 11u);
-    EXPECT_DOUBLE_EQ(gridder->Options().spacing.x, 0.1);
-    const std::pair<double, uint32_t> cases[] = {{0.3, 4}, {0.25, 5}, {2.0, 5}, {0.0, 5}};
-    for (const auto& c : cases) {
-        Set(IdXSpacing, c.first);
-        EXPECT_EQ(gridder->Options().resolution[0], c.second) << c.first;
-    }
-    unsigned shown = 0;
-    list.GetValue(IdXNum, shown);
-    EXPECT_EQ(shown, 5u);
-}
-
 TEST_F(GridderModuleTest, RowsFollowTheSearchTypeAndTheMethod)
 {
     Connect(LinePoints(10));
@@ -169,7 +136,6 @@ TEST_F(GridderModuleTest, RowsFollowTheSearchTypeAndTheMethod)
         unsigned value;
         std::vector<int> present, absent;
     } cases[] = {
-        {IdSearchType, VoGridder3::SearchAllData, {}, {IdSearchMin, IdRadius, 29}},
         {IdSearchType, VoGridder3::SearchSimple, {IdSearchMin, IdSearchMax, IdRadius}, {29, 30}},
         {IdSearchType, VoGridder3::SearchAnisotropic, {29, 30, IdSearchYLength}, {IdRadius, 33}},
         {IdSearchType, VoGridder3::SearchGeneral, {33, IdSearchFirstAxisX, 44}, {30}},
@@ -210,10 +176,8 @@ TEST_F(GridderModuleTest, OnlyTheButtonRunsTheGridding)
     EXPECT_EQ(gridder->GetStatus(), VoModule::ModuleOk);
     VdUniformLattice* lattice = Output();
     ASSERT_NE(lattice, nullptr);
-    EXPECT_EQ(lattice->GetDims()[0], 3u);
     EXPECT_EQ(lattice->GetDims()[1], 2u);
     EXPECT_EQ(lattice->GetDims()[2], 50u);
-    EXPECT_EQ(lattice->ComponentCount(), 1u);
     EXPECT_EQ(lattice->GetUVWBounds(), shr::Box3d(0, 0, 0, 1, 1, 1));
     EXPECT_FALSE(gridder->RunRequested());
 
@@ -247,9 +211,6 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
         {{{IdSearchType, 1u}, {IdSearchMin, 0}}, internal},
         {{{IdAniso, 2u}, {IdAnisoSecondAxisX, 0.0}, {IdAnisoSecondAxisX + 1, 0.0}, {IdAnisoSecondAxisX + 2, 1e-20}},
          "Anisotropy ellipse axes are coplanar.  Specify three non-coplanar axes."},
-        {{{IdAniso, 1u}, {50, 0.0}}, internal},
-        {{{65, -1.0}}, internal},
-        {{{IdMethod, 2u}, {IdPolyOrder, 4}}, internal},
         {{{IdMethod, 0u}, {IdMetric, 21u}}, internal},
     };
     for (const auto& c : cases) {
@@ -394,11 +355,8 @@ TEST(GridderDocument, ValuesBeyondTheRowsLimitsAreRefused)
         [](VoGridder3::GriddingOptions&, shr::Vec3i& r) { r.y = 1; },
         [](VoGridder3::GriddingOptions&, shr::Vec3i& r) { r.z = 1 << 30; },
         [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.searchType = 4; },
-        [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.minCount = 0; },
         [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.maxCount = 1 << 30; },
-        [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.method = 3; },
         [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.anisotropyType = 7; },
-        [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.metric = 21; },
         [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.polynomialOrder = -1; },
     };
     for (size_t n = 0; n < std::size(cases); ++n) {

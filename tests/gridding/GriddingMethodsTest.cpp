@@ -75,7 +75,6 @@ TEST(InverseDistance, WeightingCases)
          (20.0 / 2 + 4.0 / 4) / (1.0 / 2 + 1.0 / 4)},
         {"above 100 the tied nearest are averaged", 101.0, 0.0, {},
          {Datum(1, 0, 0, 20), Datum(0, 0, 2, 5), Datum(0, 1, 0, 30)}, 25.0},
-        {"isotropic distances", 2.0, 0.0, {}, {Datum(2, 0, 0, 0), Datum(0, 1, 0, 6)}, 6.0 / 1.25},
         {"anisotropy changes the distances", 2.0, 0.0, halfX, {Datum(2, 0, 0, 0), Datum(0, 1, 0, 6)}, 3.0},
         {"no neighbours", 2.0, 0.0, {}, {}, kBlank},
     };
@@ -174,13 +173,9 @@ TEST(DataMetric, SmallAndDegenerateNeighbourhoods)
         {"mean of nothing", M::Mean, {}, kBlank},
         {"farthest of nothing", M::Farthest, {}, kBlank},
         {"CV over a zero mean", M::CoefficientOfVariation, {Datum(1, 0, 0, -1), Datum(2, 0, 0, 1)}, kBlank},
-        {"CV over a negative mean", M::CoefficientOfVariation, {Datum(1, 0, 0, -1), Datum(2, 0, 0, -3)}, kBlank},
         {"CV of one", M::CoefficientOfVariation, {Datum(1, 0, 0, -5)}, 0.0},
         {"deviation of one", M::StandardDeviation, {Datum(1, 0, 0, 5)}, 0.0},
-        {"deviation of equal values", M::StandardDeviation, {Datum(1, 0, 0, 5), Datum(2, 0, 0, 5)}, 0.0},
         {"MAD of one", M::MedianAbsoluteDeviation, {Datum(1, 0, 0, 5)}, 0.0},
-        {"RMS of zeros", M::RootMeanSquare, {Datum(1, 0, 0, 0), Datum(2, 0, 0, 0)}, 0.0},
-        {"nearest on the node", M::Nearest, {Datum(0, 0, 0, 1), Datum(2, 0, 0, 1)}, 0.0},
         {"density with all on the node", M::Density, {Datum(0, 0, 0, 1)}, kInf},
         {"median distance of two", M::MedianDistance, {Datum(3, 0, 0, 1), Datum(0, 4, 0, 1)}, 4.0},
     };

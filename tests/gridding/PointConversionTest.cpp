@@ -68,8 +68,6 @@ TEST(PointConversion, BackToPointsKeepsRowOrderValuesAndLabelsByRow)
     Convert(data, points);
     ASSERT_EQ(points.VertexCount(), 2u);
     ASSERT_EQ(points.ComponentCount(), 2u);
-    EXPECT_EQ(points.GetCoordType(), shr::Double);
-    EXPECT_EQ(points.DataType(), shr::Double);
     const double* coords = static_cast<const double*>(points.GetCoordPtr());
     const double* values = static_cast<const double*>(points.DataPtr());
     EXPECT_EQ(std::vector<double>(coords, coords + 6), (std::vector<double>{1, 2, 3, 7, 8, 9}));
