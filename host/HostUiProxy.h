@@ -24,8 +24,11 @@ class HostUiProxy : public core::UiProxy {
 public:
     struct ModuleReport {
         std::string name;
-        double executeSeconds = 0.0;
+        double executeSeconds = 0.0; // every execution together
         std::vector<std::string> errors;
+        double lastSeconds = 0.0; // the latest execution
+        // Status lines and errors of the latest execution, in order.
+        std::vector<std::string> messages;
     };
 
     // Installs itself as the library's proxy; `terminal` asks for the bar.
