@@ -54,6 +54,12 @@ bool NumberText(py::handle value, std::string& text)
     return true;
 }
 
+[[noreturn]] std::string NotAValue(py::handle value, const host::HostPropertyList::RowInfo& row)
+{
+    ThrowTypeError("property key \"" + row.key + "\" takes a number, a bool, a string or a sequence of numbers, not " +
+                   std::string(Py_TYPE(value.ptr())->tp_name));
+}
+
 // The value of a row in its own type; None for a type with no Python form.
 py::object FromAny(const boost::any& value)
 {
@@ -104,20 +110,18 @@ std::string PropertyAccess::Text(py::handle value, const host::HostPropertyList:
     if (IsBool(value))
         return value.cast<bool>() ? "true" : "false";
     std::string text;
-    if (!IsSequence(value) && NumberText(value, text))
-        return text;
-    if (IsSequence(value)) {
-        for (py::handle item : py::reinterpret_borrow<py::sequence>(value)) {
-            std::string number;
-            if (IsSequence(item) || !NumberText(item, number))
-                break;
-            text += (text.empty() ? "" : " ") + number;
-        }
-        if (!text.empty() || py::len(value) == 0)
-            return text;
+    if (!IsSequence(value))
+        return NumberText(value, text) ? text : NotAValue(value, row);
+    for (py::handle item : py::reinterpret_borrow<py::sequence>(value)) {
+        std::string number;
+        if (IsSequence(item) || !NumberText(item, number))
+            NotAValue(value, row);
+        text += (text.empty() ? "" : " ") + number;
     }
-    ThrowTypeError("property key \"" + row.key + "\" takes a number, a bool, a string or a sequence of numbers, not " +
-                   std::string(Py_TYPE(value.ptr())->tp_name));
+    // A colour of three parts is opaque.
+    if (row.kind == "color" && py::len(value) == 3)
+        text += " 255";
+    return text;
 }
 
 int PropertyAccess::Row(const std::string& key) const
