@@ -9,6 +9,7 @@
 
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace py = pybind11;
@@ -138,15 +139,24 @@ Shape LatticeSteps(const unsigned int dims[3])
     return {1, dims[0], py::ssize_t(dims[0]) * dims[1]};
 }
 
+// Blanks every NaN element. Blocks without one, the usual case, cost one
+// vectorised test each.
 template <class T>
 void BlankNaNs(core::VdVertexData& data)
 {
+    constexpr uint64_t kBlock = 4096;
     const auto* values = static_cast<const T*>(data.DataPtr());
     const unsigned int components = data.ComponentCount();
     const uint64_t count = uint64_t(data.VertexCount()) * components;
-    for (uint64_t e = 0; e < count; ++e) {
-        if (std::isnan(values[e]))
-            data.SetBlank(static_cast<unsigned int>(e / components), static_cast<unsigned int>(e % components));
+    for (uint64_t first = 0; first < count; first += kBlock) {
+        const uint64_t last = std::min(count, first + kBlock);
+        bool any = false;
+        for (uint64_t e = first; e < last; ++e)
+            any |= values[e] != values[e];
+        for (uint64_t e = first; any && e < last; ++e) {
+            if (std::isnan(values[e]))
+                data.SetBlank(static_cast<unsigned int>(e / components), static_cast<unsigned int>(e % components));
+        }
     }
 }
 

@@ -8,7 +8,9 @@
 
 #include <pybind11/pybind11.h>
 
+#include <algorithm>
 #include <atomic>
+#include <limits>
 #include <mutex>
 #include <thread>
 
@@ -24,6 +26,17 @@ std::atomic<std::thread::id> g_LibraryOwner{};
 core::VoNetwork& Network()
 {
     return core::VoNetwork::Instance();
+}
+
+// The latest execution stamp among the modules linked to the inputs.
+int64_t UpstreamStamp(const core::VoModule& module)
+{
+    int64_t stamp = std::numeric_limits<int64_t>::min();
+    for (size_t input = 0; input < module.GetInputCount(); ++input) {
+        for (size_t link = 0; const core::VoModule* source = module.GetInputConnection(input, link); ++link)
+            stamp = std::max(stamp, source->ExecTime());
+    }
+    return stamp;
 }
 
 } // namespace
@@ -170,27 +183,30 @@ const std::vector<std::string>* Session::ComponentNames(const core::VbModuleId& 
 void Session::NoteSetValue(const core::VbModuleId& id, const std::string& key, const std::string& text,
                            const std::string& shown)
 {
-    std::vector<SetValue>& values = m_SetValues[id];
-    for (SetValue& value : values) {
+    const auto inserted = m_SetValues.emplace(id, SetValues());
+    SetValues& noted = inserted.first->second;
+    if (inserted.second)
+        noted.upstreamStamp = UpstreamStamp(Module(id));
+    for (SetValue& value : noted.values) {
         if (value.key == key) {
             value = SetValue{key, text, shown};
             return;
         }
     }
-    values.push_back(SetValue{key, text, shown});
+    noted.values.push_back(SetValue{key, text, shown});
 }
 
 bool Session::RestoreReplacedValues()
 {
-    std::map<core::VbModuleId, std::vector<SetValue>> noted;
+    std::map<core::VbModuleId, SetValues> noted;
     noted.swap(m_SetValues);
     bool restored = false;
     for (const auto& entry : noted) {
         core::VoModule* module = Network().Node(entry.first);
-        if (!module)
+        if (!module || UpstreamStamp(*module) == entry.second.upstreamStamp)
             continue;
         host::PropertyEditor editor(*module);
-        for (const SetValue& value : entry.second) {
+        for (const SetValue& value : entry.second.values) {
             const int id = editor.List().FindKey(value.key);
             if (id < 0 || editor.ValueText(id) == value.shown)
                 continue;

@@ -84,7 +84,8 @@ public:
     void NoteSetValue(const core::VbModuleId& id, const std::string& key, const std::string& text,
                       const std::string& shown);
     // After a pass: sets again each noted value that a module has replaced
-    // since, and forgets them all. True when one was set again.
+    // since new data reached it, and forgets them all. True when one was set
+    // again.
     bool RestoreReplacedValues();
 
 private:
@@ -93,6 +94,13 @@ private:
         std::string text;
         std::string shown;
     };
+    // The values set on one module, and the latest execution stamp of the
+    // modules feeding it when the first was set: while that stays, no new
+    // data have arrived, and the module has had no reason to replace them.
+    struct SetValues {
+        int64_t upstreamStamp = 0;
+        std::vector<SetValue> values;
+    };
 
     static Session* s_Open;
 
@@ -100,7 +108,7 @@ private:
     std::unique_ptr<PythonUiProxy> m_Proxy;
     host::SceneView m_View;
     std::map<core::VbModuleId, std::vector<std::string>> m_Names;
-    std::map<core::VbModuleId, std::vector<SetValue>> m_SetValues;
+    std::map<core::VbModuleId, SetValues> m_SetValues;
 };
 
 } // namespace pyfenrak
