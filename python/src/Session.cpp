@@ -149,7 +149,7 @@ core::VoModule& Session::Add(std::unique_ptr<core::VoModule> module, const std::
     return added;
 }
 
-void Session::Remove(const core::VbModuleId& id)
+void Session::Remove(core::VbModuleId id)
 {
     core::VoModule& module = Module(id);
     Network().DeleteNode(&module, true);

@@ -66,7 +66,7 @@ public:
     // Names the module (the type name by default), adds it to the network and
     // returns it. A name already in use is a ValueError.
     core::VoModule& Add(std::unique_ptr<core::VoModule> module, const std::string& name);
-    void Remove(const core::VbModuleId& id);
+    void Remove(core::VbModuleId id); // by value: the module and its id go
     // Removes every module.
     void Clear();
     void CheckOpen() const;
