@@ -64,6 +64,12 @@ def test_bad_keys_and_values_raise_value_error_with_the_librarys_message(net, ke
     assert module["IsoSurfaceIsovalue"] == 2.5  # the module kept its value
 
 
+def test_a_key_shown_only_once_another_is_set_is_set_after_it(net):
+    points = net.add_points([0.0, 1.0], [0.0, 1.0], [0.0, 1.0], [1.0, 2.0])
+    grid = net.add("Gridder", inputs=points, Gridder3SearchRadius=55.5, Gridder3Search="Simple")
+    assert (grid["Gridder3Search"], grid["Gridder3SearchRadius"]) == (1, 55.5)
+
+
 def test_values_without_a_text_form_raise_type_error(net):
     module = net.add("Isosurface")
     for value in ({}, [(1, 2)], [1, "a"]):
