@@ -37,17 +37,24 @@ core::VoNetwork& Network()
     return core::VoNetwork::Instance();
 }
 
-// A module of a session, by id: it raises once the module or the session is gone.
+// A module of a session, by id: it raises once the module or the session is
+// gone. Ids start again at 1 when the network is emptied, so a handle also
+// keeps the generation of the network's contents it was made in.
 struct ModuleHandle {
     SessionPtr session;
     core::VbModuleId id;
+    unsigned generation = 0;
 
-    core::VoModule& Get() const { return session->Module(id); }
+    core::VoModule& Get() const { return session->Module(id, generation); }
+    bool operator==(const ModuleHandle& other) const
+    {
+        return session == other.session && id == other.id && generation == other.generation;
+    }
 };
 
 ModuleHandle Handle(const SessionPtr& session, const core::VoModule& module)
 {
-    return ModuleHandle{session, module.Id()};
+    return ModuleHandle{session, module.Id(), session->Generation()};
 }
 
 // A module given as a handle of this session or by name.
@@ -224,7 +231,8 @@ void RunPasses(Session& session, py::handle progress, bool check, const std::fun
 
 std::string Repr(const ModuleHandle& handle)
 {
-    if (!handle.session->IsOpen() || !Network().Node(handle.id))
+    if (!handle.session->IsOpen() || handle.generation != handle.session->Generation() ||
+        !Network().Node(handle.id))
         return "<fenrak.Module " + handle.id.ToString() + ", no longer in the network>";
     const core::VoModule& module = handle.Get();
     return "<fenrak.Module \"" + module.Name() + "\" (" + module.GetModuleInfo()->UiName() + ") " +
@@ -381,8 +389,7 @@ label) or a sequence of numbers (a colour (r, g, b, a), a point (x, y, z)).)")
             "The data at an output: a fenrak.Lattice or fenrak.Points (None before the module has any).")
         .def("__eq__",
              [](const ModuleHandle& a, py::handle b) {
-                 return py::isinstance<ModuleHandle>(b) && b.cast<const ModuleHandle&>().session == a.session &&
-                        b.cast<const ModuleHandle&>().id == a.id;
+                 return py::isinstance<ModuleHandle>(b) && b.cast<const ModuleHandle&>() == a;
              })
         .def("__hash__", [](const ModuleHandle& h) { return py::hash(py::make_tuple(h.id.Value())); })
         .def("__repr__", [](const ModuleHandle& h) {

@@ -116,10 +116,10 @@ void Session::CheckOpen() const
                                  "was called");
 }
 
-core::VoModule& Session::Module(const core::VbModuleId& id) const
+core::VoModule& Session::Module(const core::VbModuleId& id, unsigned generation) const
 {
     CheckOpen();
-    core::VoModule* module = Network().Node(id);
+    core::VoModule* module = generation == m_Generation ? Network().Node(id) : nullptr;
     if (!module)
         ThrowValueError("module " + id.ToString() + " is no longer in the network");
     return *module;
@@ -163,6 +163,7 @@ void Session::Clear()
     CheckOpen();
     Network().DeleteAllNodes();
     Network().SetModified(false);
+    ++m_Generation;
     m_Proxy.reset();
     m_Proxy = std::make_unique<PythonUiProxy>();
     m_Names.clear();

@@ -59,8 +59,11 @@ public:
     static void CloseOpen();
 
     // Raises RuntimeError when the session is closed; a ValueError when the
-    // module has left the network.
-    core::VoModule& Module(const core::VbModuleId& id) const;
+    // module has left the network, or `generation` is not the current one.
+    core::VoModule& Module(const core::VbModuleId& id, unsigned generation) const;
+    core::VoModule& Module(const core::VbModuleId& id) const { return Module(id, m_Generation); }
+    // Counts the times the network was emptied: ids start again each time.
+    unsigned Generation() const { return m_Generation; }
     // The module of that name, or null.
     core::VoModule* Find(const std::string& name) const;
     // Names the module (the type name by default), adds it to the network and
@@ -105,6 +108,7 @@ private:
     static Session* s_Open;
 
     bool m_Open = false;
+    unsigned m_Generation = 0;
     std::unique_ptr<PythonUiProxy> m_Proxy;
     host::SceneView m_View;
     std::map<core::VbModuleId, std::vector<std::string>> m_Names;

@@ -56,6 +56,10 @@ def test_documents_and_scene_graph_files_hold_the_scene(net, tmp_path):
     assert again.view.size == (64, 48) and again.view.background == (70, 130, 180, 255)
     again.run()
     assert np.array_equal(again.render(), before)
+    shell = again["Shell"]
+    again.load(tmp_path / "scene.doc")  # the same ids again, other modules
+    with pytest.raises(ValueError, match="no longer in the network"):
+        shell.name
     with pytest.raises(ValueError, match="scene.iv: cannot read the document"):
         again.load(tmp_path / "scene.iv")
     assert len(again) == 0
