@@ -4,6 +4,7 @@
 #include "core/network/VoNetwork.h"
 #include "host/PointSetLoader.h"
 #include "shr/Exception.h"
+#include "shr/Logger.h"
 #include "shr/StringUtil.h"
 
 #include <unistd.h>
@@ -68,16 +69,22 @@ void HostUiProxy::ModuleStatusChanged(const core::VoModule* module, int status)
 
 void HostUiProxy::StatusMsg(const char* format, ...)
 {
+    // A line from a pass belongs to the module whose status the pass changed
+    // last, and is kept with it whatever the log level.
+    const bool fromModule = core::VoNetwork::Instance().IsUpdateThread() && !t_LastModule.IsBad();
+    const bool shown = shr::g_Logger.GetMaxLevel() >= kStatusLevel;
+    if (!fromModule && !shown)
+        return;
     std::string text;
     va_list args;
     va_start(args, format);
     shr::FormatStringVA(text, format, args);
     va_end(args);
     std::lock_guard<std::mutex> lock(m_Mutex);
-    // A line from a pass belongs to the module whose status the pass changed last.
-    if (core::VoNetwork::Instance().IsUpdateThread() && !t_LastModule.IsBad())
+    if (fromModule)
         m_Reports[t_LastModule].messages.push_back(text);
-    WriteLine(text);
+    if (shown)
+        WriteLine(text);
 }
 
 void HostUiProxy::ErrorMsg(const shr::Exception& error)
@@ -88,13 +95,11 @@ void HostUiProxy::ErrorMsg(const shr::Exception& error)
     const std::string message = error.Message();
     if (!fromModule) {
         m_PassErrors.push_back(message);
-        WriteLine("error: " + message);
         return;
     }
     ModuleReport& report = m_Reports[t_LastModule];
     report.errors.push_back(message);
     report.messages.push_back(message);
-    WriteLine("error: module \"" + report.name + "\": " + message);
 }
 
 void HostUiProxy::MessageBoxA(const char* text, const char* caption)
@@ -152,8 +157,19 @@ void HostUiProxy::ReloadDataFile(core::VoModule& module, const shr::GString& pat
         StatusMsg("reloaded %s", path.c_str());
     } catch (const shr::Exception& error) {
         std::lock_guard<std::mutex> lock(m_Mutex);
-        WriteLine("error: module \"" + module.Name() + "\": " + error.Message());
+        ModuleReport& report = m_Reports[module.Id()];
+        report.name = module.Name();
+        report.loadErrors.push_back(error.Message());
     }
+}
+
+void HostUiProxy::DoCommand(const shr::CommandOptions& command)
+{
+    std::string message;
+    if (m_WellImport.Answer(command, message) || message.empty())
+        return;
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    WriteLine("error: " + message);
 }
 
 HostUiProxy::ModuleReport HostUiProxy::Report(const core::VbModuleId& id) const

@@ -4,12 +4,19 @@
 #include "core/network/VoNetwork.h"
 #include "host/HostError.h"
 #include "host/HostUiProxy.h"
+#include "host/DefaultScene.h"
+#include "host/EmptyOutputs.h"
+#include "host/InputFile.h"
 #include "host/NetworkDocument.h"
+#include "host/OutputFiles.h"
 #include "host/SceneBuilder.h"
 #include "host/ScenePicture.h"
 #include "host/SceneStatistics.h"
 #include "shr/LocateFile.h"
+#include "shr/Logger.h"
 
+#include <map>
+#include <new>
 #include <ostream>
 
 namespace host {
@@ -72,57 +79,119 @@ void RunPasses()
     }
 }
 
-// Builds the network from a document or a scene file and brings it up to date.
-SceneView LoadAndRun(const std::string& path)
+// What a run loaded: the view, what the scene asked for in vain, and what
+// each point file gave.
+struct Loaded {
+    SceneView view;
+    std::vector<std::string> warnings;
+    std::map<std::string, std::string> readings;
+};
+
+Loaded BuildAndRun(const SceneDescription& scene)
 {
-    if (NetworkDocument::IsDocument(path)) {
-        const SceneView view = NetworkDocument::Load(path);
-        RunPasses();
-        return view;
-    }
-    const SceneDescription scene = SceneFile::Read(path);
     SceneBuilder builder(scene);
     builder.Build();
     RunPasses();
     if (builder.RestoreReplacedValues())
         RunPasses();
-    return scene.view;
+    return Loaded{scene.view, builder.Warnings(), builder.Readings()};
+}
+
+// Builds the network from a document, a scene file or a point file (told
+// apart by content) and brings it up to date.
+Loaded LoadAndRun(const std::string& path, std::ostream& err)
+{
+    switch (InputFile::KindOf(path)) {
+    case InputFile::Document: {
+        const SceneView view = NetworkDocument::Load(path);
+        RunPasses();
+        return Loaded{view, {}, {}};
+    }
+    case InputFile::Points: {
+        const DefaultSceneChoice choice = DefaultScene::For(path);
+        err << "fenrak: " << path << " is a point file, not a scene: drawing " << choice.summary << "\n";
+        return BuildAndRun(choice.scene);
+    }
+    default:
+        return BuildAndRun(SceneFile::Read(path));
+    }
 }
 
 // A failed module or pass is an error of the scene: nothing is written then.
+// Every failure is one line, naming its module; each is reported once, here.
 void CheckExecution(const std::string& path, const HostUiProxy& proxy)
 {
+    std::vector<std::string> failures;
     for (const core::VoModule* module : Network()) {
+        const HostUiProxy::ModuleReport report = proxy.Report(module->Id());
+        const std::string prefix = path + ": module \"" + module->Name() + "\": ";
+        for (const std::string& error : report.loadErrors)
+            failures.push_back(prefix + error);
         if (module->GetStatus() != core::VoModule::ModuleFailed && module->GetStatus() != core::VoModule::ModuleAborted)
             continue;
-        const HostUiProxy::ModuleReport report = proxy.Report(module->Id());
         const std::string reason = report.errors.empty() ? std::string("no message") : report.errors.back();
-        HOST_USER_ERROR("%s: module \"%s\": execution %s: %s", path.c_str(), module->Name().c_str(),
-                        HostUiProxy::StatusName(module->GetStatus()), reason.c_str());
+        failures.push_back(prefix + "execution " + HostUiProxy::StatusName(module->GetStatus()) + ": " + reason);
     }
-    const std::vector<std::string> passErrors = proxy.PassErrors();
-    if (!passErrors.empty())
-        HOST_USER_ERROR("%s: the update failed: %s", path.c_str(), passErrors.front().c_str());
+    for (const std::string& error : proxy.PassErrors())
+        failures.push_back(path + ": the update failed: " + error);
+    if (failures.empty())
+        return;
+    std::string message = failures.front();
+    for (size_t i = 1; i < failures.size(); ++i)
+        message += "\n" + failures[i];
+    HOST_USER_ERROR("%s", message.c_str());
 }
 
-void Execute(const RenderOptions& options, std::ostream& out, const HostUiProxy& proxy)
+// The outputs the options name, each checked before anything is computed.
+void AddOutputs(const RenderOptions& options, OutputFiles& outputs)
 {
+    if (!options.document.empty())
+        outputs.Add(options.document, "document");
+    if (!options.picture.empty())
+        outputs.Add(options.picture, "picture");
+    if (!options.inventor.empty())
+        outputs.Add(options.inventor, "scene graph");
+    outputs.Check();
+}
+
+void Execute(const RenderOptions& options, std::ostream& out, std::ostream& err, const HostUiProxy& proxy)
+{
+    OutputFiles outputs;
+    AddOutputs(options, outputs);
     NetworkSession session;
     const std::string path = SceneOrDemo(options);
-    SceneView view = LoadAndRun(path);
+    Loaded loaded = LoadAndRun(path, err);
+    SceneView& view = loaded.view;
+    for (const std::string& warning : EmptyOutputs::Warnings(path))
+        loaded.warnings.push_back(warning);
+    for (const std::string& warning : loaded.warnings)
+        err << "fenrak: warning: " << warning << "\n";
     if (options.sizeGiven) {
         view.width = options.width;
         view.height = options.height;
     }
     CheckExecution(path, proxy);
-    if (!options.document.empty())
-        NetworkDocument::Save(options.document, view);
     if (!options.picture.empty())
-        ScenePicture::Draw(view).WritePng(options.picture);
+        outputs.Write(options.picture, [&](const std::string& file) { ScenePicture::Draw(view).WritePng(file); });
     if (!options.inventor.empty())
-        ScenePicture::WriteInventor(options.inventor);
+        outputs.Write(options.inventor, [&](const std::string& file) { ScenePicture::WriteInventor(file, view); });
+    if (!options.document.empty())
+        outputs.Write(options.document, [&](const std::string& file) { NetworkDocument::Save(file, view); });
+    outputs.Commit();
     if (options.stats)
-        SceneStatistics::Print(out, proxy);
+        SceneStatistics::Print(out, proxy, loaded.readings);
+}
+
+// Each line of a message after the program's name.
+void PrintError(std::ostream& err, const std::string& message)
+{
+    size_t start = 0;
+    for (size_t end = message.find('\n'); ; end = message.find('\n', start)) {
+        err << "fenrak: " << message.substr(start, end - start) << "\n";
+        if (end == std::string::npos)
+            break;
+        start = end + 1;
+    }
 }
 
 } // namespace
@@ -163,18 +232,26 @@ int RenderCommand::Run(const std::vector<std::string>& args, std::ostream& out, 
     try {
         const RenderOptions options = ParseArguments(args);
         HostUiProxy proxy(err, terminal);
-        Execute(options, out, proxy);
+        Execute(options, out, err, proxy);
         return 0;
     } catch (const shr::Exception& error) {
-        if (IsUserError(error)) {
-            err << "fenrak: " << error.Message() << "\n";
-            return kUserErrorCode;
-        }
-        err << "fenrak: " << error.Describe() << "\n";
+        return ReportFailure(error, err);
+    } catch (const std::bad_alloc&) {
+        PrintError(err, "out of memory");
     } catch (const std::exception& error) {
-        err << "fenrak: " << error.what() << "\n";
+        PrintError(err, error.what());
     }
-    return 3;
+    return kSystemFailureCode;
+}
+
+int RenderCommand::ReportFailure(const shr::Exception& error, std::ostream& err)
+{
+    PrintError(err, error.Message());
+    if (IsUserError(error))
+        return kUserErrorCode;
+    // Where in the source it arose is for the log, not for the user.
+    shr::g_Logger.Send(kFailureLogLevel, error.Describe());
+    return kSystemFailureCode;
 }
 
 } // namespace host
