@@ -16,13 +16,17 @@
 #include "core/processing/VoPointsSrc.h"
 #include "core/data/VdPoints.h"
 #include "core/data/VdLattice.h"
+#include "core/wells/VoWellData.h"
 #include "core/properties/VbColorPropertyConverter.h"
 #include "host/ModuleCatalogue.h"
 #include "host/NetworkDocument.h"
+#include "host/OutputFiles.h"
 #include "host/SceneBuilder.h"
 #include "host/ScenePicture.h"
 
 #include <pybind11/stl.h>
+
+#include <functional>
 
 namespace py = pybind11;
 
@@ -55,6 +59,19 @@ struct ModuleHandle {
 ModuleHandle Handle(const SessionPtr& session, const core::VoModule& module)
 {
     return ModuleHandle{session, module.Id(), session->Generation()};
+}
+
+// Writes one file as the host writes its outputs: checked first, written
+// under a temporary name and renamed once complete, so that a failure leaves
+// an earlier file of that name as it was. `what` names the file in errors.
+void WriteOutput(const std::string& path, const std::string& what,
+                 const std::function<void(const std::string&)>& write)
+{
+    host::OutputFiles outputs;
+    outputs.Add(path, what);
+    outputs.Check();
+    outputs.Write(path, write);
+    outputs.Commit();
 }
 
 // A module given as a handle of this session or by name.
@@ -129,13 +146,40 @@ std::vector<std::pair<std::string, py::object>> Items(py::handle mapping, const 
     return items;
 }
 
-// Adds a module, links it and sets its properties; on any failure the module
-// leaves the network again, so that a failed call changes nothing.
+// Reads well files into a well data module as a scene's "files" do: one path
+// or a sequence of them. What the reading notes (a well left without a path)
+// comes as a warning.
+void ImportFiles(Session& session, core::VoModule& module, py::handle files)
+{
+    auto* wells = dynamic_cast<core::VoWellData*>(&module);
+    if (!wells)
+        ThrowValueError("files are only for a well data module (" +
+                        std::string(core::VoWellData::GetClassModuleInfo()->UiName()) + ")");
+    std::vector<shr::GString> paths;
+    if (py::isinstance<py::str>(files) || py::hasattr(files, "__fspath__"))
+        paths.push_back(PathText(files));
+    else
+        for (py::handle file : files)
+            paths.push_back(PathText(file));
+    const host::WellLoadReport report = session.Proxy().WellImports().Import(*wells, paths);
+    for (const std::string& note : report.notes) {
+        const std::string warning = "module \"" + module.Name() + "\": " + note;
+        if (PyErr_WarnEx(PyExc_UserWarning, warning.c_str(), 1) != 0)
+            throw py::error_already_set();
+    }
+}
+
+// Adds a module, reads its files, links it and sets its properties; on any
+// failure the module leaves the network again, so that a failed call changes
+// nothing.
 ModuleHandle AddModule(const SessionPtr& session, std::unique_ptr<core::VoModule> created, const std::string& name,
-                       py::handle inputs, const std::vector<std::pair<std::string, py::object>>& properties)
+                       py::handle files, py::handle inputs,
+                       const std::vector<std::pair<std::string, py::object>>& properties)
 {
     core::VoModule& module = session->Add(std::move(created), name);
     try {
+        if (!files.is_none())
+            ImportFiles(*session, module, files);
         ConnectInputs(session, module, inputs);
         PropertyAccess(session.get(), module).SetAll(properties);
     } catch (...) {
@@ -424,22 +468,24 @@ context manager, or call close(), to free the modules at once.)")
         .def(
             "add",
             [](const SessionPtr& session, const std::string& type, py::object name, py::object inputs,
-               py::kwargs properties) {
+               py::object files, py::kwargs properties) {
                 LibraryLock lock;
                 session->CheckOpen();
                 const core::VbModuleInfo* info =
                     type.empty() ? nullptr : core::VbModuleRegistry::Instance().Construct(type);
                 if (!info)
                     ThrowValueError("unknown module type \"" + type + "\" (fenrak.modules() lists them)");
-                return AddModule(session, info->CreateInstance(), ModuleName(*session, name, type), inputs,
+                return AddModule(session, info->CreateInstance(), ModuleName(*session, name, type), files, inputs,
                                  Items(py::none(), properties));
             },
-            py::arg("type"), py::arg("name") = py::none(), py::arg("inputs") = py::none(),
+            py::arg("type"), py::arg("name") = py::none(), py::arg("inputs") = py::none(), py::kw_only(),
+            py::arg("files") = py::none(),
             R"(Adds a module of a registry type and returns it.
 
 name: unique in the network (the type by default); inputs: a module or name
-for input 0, or one per input port (None leaves a port open); keywords set
-properties by public key, after the links are made.)")
+for input 0, or one per input port (None leaves a port open); files: for a
+well data module, the well files (heads, surveys, logs, tops) to read into
+it; keywords set properties by public key, after the links are made.)")
         .def(
             "add_points",
             [](const SessionPtr& session, py::handle x, py::handle y, py::handle z, py::handle values,
@@ -575,7 +621,7 @@ With check, a module that failed raises fenrak.ExecutionError.)")
                     py::gil_scoped_release release;
                     image = host::ScenePicture::Draw(view);
                     if (!file.empty())
-                        image.WritePng(file);
+                        WriteOutput(file, "picture", [&image](const std::string& to) { image.WritePng(to); });
                 }
                 return file.empty() ? py::object(PictureArray(std::move(image))) : py::object(py::none());
             },
@@ -590,7 +636,10 @@ the network's view for this picture.)")
             [](Session& session, py::handle path) {
                 LibraryLock lock;
                 session.CheckOpen();
-                host::ScenePicture::WriteInventor(PathText(path));
+                const std::string file = PathText(path);
+                const host::SceneView& view = session.View();
+                WriteOutput(file, "scene graph",
+                            [&view](const std::string& to) { host::ScenePicture::WriteInventor(to, view); });
             },
             py::arg("path"), "Writes the scene as an ASCII scene-graph file.")
         .def(
@@ -599,8 +648,9 @@ the network's view for this picture.)")
                 LibraryLock lock;
                 session.CheckOpen();
                 const std::string file = PathText(path);
+                const host::SceneView& view = session.View();
                 py::gil_scoped_release release;
-                host::NetworkDocument::Save(file, session.View());
+                WriteOutput(file, "document", [&view](const std::string& to) { host::NetworkDocument::Save(to, view); });
             },
             py::arg("path"), "Saves the network and its view as a document.")
         .def(

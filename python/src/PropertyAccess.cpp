@@ -4,6 +4,7 @@
 #include "core/properties/VbRect.h"
 #include "host/HostError.h"
 #include "python/src/Errors.h"
+#include "python/src/PythonUiProxy.h"
 #include "python/src/Session.h"
 #include "shr/Color4b.h"
 #include "shr/StringUtil.h"
@@ -150,7 +151,13 @@ void PropertyAccess::Set(const std::string& key, py::handle value)
     // A copy: the rows are listed again after the change.
     const host::HostPropertyList::RowInfo row = *m_Editor.List().Info(Row(key));
     const std::string text = Text(value, row);
+    const size_t loadErrors = m_Session->Proxy().Report(m_Module.Id()).loadErrors.size();
     m_Editor.Set(row.key, text);
+    // A source whose file name was set reads the file again; a file it could
+    // not read is the caller's mistake.
+    const host::HostUiProxy::ModuleReport report = m_Session->Proxy().Report(m_Module.Id());
+    if (report.loadErrors.size() > loadErrors)
+        ThrowValueError(report.loadErrors.back());
     // A button is an action: pressing it again after the pass would redo the work.
     if (row.kind != "button")
         m_Session->NoteSetValue(m_Module.Id(), row.key, text, m_Editor.ValueText(Row(row.key)));

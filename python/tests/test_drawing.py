@@ -69,7 +69,7 @@ def test_documents_and_scene_graph_files_hold_the_scene(net, tmp_path):
 def test_a_json_scene_loads_with_its_view(net):
     net.load_scene(os.path.join(ROOT, "data", "scenes", "function-lattice.json"))
     assert [m.name for m in net.modules] == ["Field", "Blend", "Shell", "Blend surface"]
-    assert all(m.status == "ok" for m in net.modules) and net["Shell"]["IsoSurfaceIsovalue"] == 0.16
+    assert all(m.status == "ok" for m in net.modules) and net["Shell"]["IsoSurfaceIsovalue"] == 0.2
     assert net.view.size == (1024, 768) and net["Blend"].output().dims == (40, 40, 40)
 
 

@@ -10,6 +10,7 @@ import threading
 
 import numpy as np
 import pytest
+from numpy.lib.stride_tricks import sliding_window_view
 
 import fenrak
 from conftest import SAMPLES
@@ -83,6 +84,36 @@ def test_a_value_set_before_the_first_data_is_not_replaced_by_their_default(net)
     shell = net.add("Isosurface", inputs=source, IsoSurfaceIsovalue=0.1)
     net.run()
     assert shell["IsoSurfaceIsovalue"] == 0.1 and shell.status == "ok"
+
+
+def test_module_types_drive_from_python_by_registry_type_and_key_alone(net):
+    values = np.random.default_rng(1).random((10, 9, 8))
+    source = net.add_lattice(values, origin=(100, 200, -50), spacing=(10, 10, 5))
+    dilated = net.add("Filter", inputs=source, LatticeFilterFilter="Maximum (dilation)",
+                      LatticeFilterEdge="Replicate")
+    contours = net.add("Contours", inputs=dilated, ContourSpacing="Min, max, interval", ContourMinLevel=0.7,
+                       ContourMaxLevel=1, ContourLevelInterval=0.05)
+    net.run()
+    expected = sliding_window_view(np.pad(values, 1, mode="edge"), (3, 3, 3)).max(axis=(-3, -2, -1))
+    assert np.array_equal(dilated.output().values(), expected) and dilated.output().origin == (100, 200, -50)
+    assert contours.status == "ok" and net.render(size=(64, 48)).std() > 0
+
+
+def test_well_files_read_into_a_well_data_module(net):
+    folder = os.path.join(SAMPLES, "wells")
+    files = [os.path.join(folder, name) for name in sorted(os.listdir(folder)) if name != "zones.csv"]
+    wells = net.add("WellData", "Wells", files=files)
+    net.add("WellRender", inputs=wells, WellRenderPathColorMethod=1, WellRenderPathColorLog="GR")
+    net.run()
+    assert net.render(size=(64, 48)).std() > 0
+    with pytest.raises(ValueError, match="nowhere.las: cannot open the well file"):
+        net.add("WellData", files=os.path.join(folder, "nowhere.las"))
+    with pytest.raises(ValueError, match="files are only for a well data module"):
+        net.add("Isosurface", files=files)
+    assert [m.name for m in net.modules] == ["Wells", "WellRender"]
+    points = net.add_points([0.0], [0.0], [0.0])
+    with pytest.raises(ValueError, match="nowhere.csv: cannot open the point file"):
+        points["PointsSrcFilename"] = os.path.join(SAMPLES, "nowhere.csv")
 
 
 def test_no_leak_after_a_thousand_networks():
