@@ -10,6 +10,7 @@
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
 #include "host/ModuleCatalogue.h"
+#include "host/PropertyCatalogue.h"
 #include "shr/LocateFile.h"
 #include "shr/Logger.h"
 
@@ -46,16 +47,29 @@ py::list Modules()
     return modules;
 }
 
+// The rows `fenrak properties TYPE` prints.
 py::list Properties(const std::string& type)
 {
     LibraryLock lock;
-    const core::VbModuleInfo* info = type.empty() ? nullptr : core::VbModuleRegistry::Instance().Construct(type);
-    if (!info)
-        ThrowValueError("unknown module type \"" + type + "\" (fenrak.modules() lists them)");
-    core::VoNetwork::Instance().Init(); // modules make scene-graph nodes
-    std::unique_ptr<core::VoModule> module = info->CreateInstance();
-    module->Name(type);
-    return PropertyAccess(nullptr, *module).Describe();
+    const std::vector<host::CatalogueRow> rows = PropertyAccess::Catalogue(type);
+    py::list described;
+    std::string group;
+    for (const host::CatalogueRow& row : rows) {
+        if (row.header)
+            group = row.label;
+        if (row.key.empty())
+            continue;
+        py::dict entry;
+        entry["key"] = row.key;
+        entry["kind"] = row.kind;
+        entry["value"] = PropertyAccess::FromText(row.kind, row.value);
+        entry["label"] = row.label;
+        entry["group"] = group;
+        entry["choices"] = py::cast(row.choices);
+        entry["condition"] = row.condition;
+        described.append(entry);
+    }
+    return described;
 }
 
 // The data files (colour maps, sample scenes) are installed in
@@ -94,7 +108,8 @@ void BindCatalogue(py::module_& module)
                "outputs (data kinds) and help.");
     module.def("properties", &Properties, py::arg("type"),
                "A module type's property rows as `fenrak properties TYPE` prints them: per row a dict of key, "
-               "kind, value (the default), label, group and choices.");
+               "kind, value (the default), label, group, choices and condition (when the module shows the "
+               "row: \"\" always, \"with data\", \"with data, Method = Kriging\" and the like).");
 }
 
 } // namespace pyfenrak

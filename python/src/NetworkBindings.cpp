@@ -181,7 +181,7 @@ ModuleHandle AddModule(const SessionPtr& session, std::unique_ptr<core::VoModule
         if (!files.is_none())
             ImportFiles(*session, module, files);
         ConnectInputs(session, module, inputs);
-        PropertyAccess(session.get(), module).SetAll(properties);
+        PropertyAccess(*session, module).SetAll(properties);
     } catch (...) {
         session->Remove(module.Id());
         throw;
@@ -375,21 +375,21 @@ label) or a sequence of numbers (a colour (r, g, b, a), a point (x, y, z)).)")
             "__getitem__",
             [](const ModuleHandle& h, const std::string& key) {
                 LibraryLock lock;
-                return PropertyAccess(h.session.get(), h.Get()).Get(key);
+                return PropertyAccess(*h.session, h.Get()).Get(key);
             },
             py::arg("key"))
         .def(
             "__setitem__",
             [](const ModuleHandle& h, const std::string& key, py::object value) {
                 LibraryLock lock;
-                PropertyAccess(h.session.get(), h.Get()).Set(key, value);
+                PropertyAccess(*h.session, h.Get()).Set(key, value);
             },
             py::arg("key"), py::arg("value"))
         .def(
             "set",
             [](const ModuleHandle& h, py::object values, py::kwargs more) {
                 LibraryLock lock;
-                PropertyAccess(h.session.get(), h.Get()).SetAll(Items(values, more));
+                PropertyAccess(*h.session, h.Get()).SetAll(Items(values, more));
             },
             py::arg("values") = py::none(),
             "Sets properties from a mapping and keywords, in order; a key that appears only once another is set "
@@ -398,21 +398,21 @@ label) or a sequence of numbers (a colour (r, g, b, a), a point (x, y, z)).)")
             "keys",
             [](const ModuleHandle& h) {
                 LibraryLock lock;
-                return PropertyAccess(h.session.get(), h.Get()).Values().attr("keys")();
+                return PropertyAccess(*h.session, h.Get()).Values().attr("keys")();
             },
             "The public keys of its properties.")
         .def(
             "properties",
             [](const ModuleHandle& h) {
                 LibraryLock lock;
-                return PropertyAccess(h.session.get(), h.Get()).Values();
+                return PropertyAccess(*h.session, h.Get()).Values();
             },
             "Every property: key to value.")
         .def(
             "describe",
             [](const ModuleHandle& h) {
                 LibraryLock lock;
-                return PropertyAccess(h.session.get(), h.Get()).Describe();
+                return PropertyAccess(*h.session, h.Get()).Describe();
             },
             "Every property row as fenrak.properties gives them, with its current value.")
         .def(

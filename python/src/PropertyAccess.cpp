@@ -1,6 +1,8 @@
 #include "python/src/PropertyAccess.h"
 
+#include "core/network/VbModuleInfo.h"
 #include "core/network/VoModule.h"
+#include "core/network/VoNetwork.h"
 #include "core/properties/VbRect.h"
 #include "host/HostError.h"
 #include "python/src/Errors.h"
@@ -15,6 +17,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <sstream>
 #include <strings.h>
 
 namespace py = pybind11;
@@ -91,9 +94,23 @@ py::object FromAny(const boost::any& value)
     return py::none();
 }
 
+// `count` numbers that make up the whole text: one as a number, more as a
+// tuple; the text itself otherwise.
+template <typename Number>
+py::object NumbersFromText(const std::string& text, size_t count)
+{
+    std::istringstream in(text);
+    std::vector<Number> numbers;
+    for (Number number; in >> number;)
+        numbers.push_back(number);
+    if (!in.eof() || numbers.size() != count)
+        return py::str(text);
+    return count == 1 ? py::cast(numbers.front()) : py::object(py::tuple(py::cast(numbers)));
+}
+
 } // namespace
 
-PropertyAccess::PropertyAccess(Session* session, core::VoModule& module)
+PropertyAccess::PropertyAccess(Session& session, core::VoModule& module)
     : m_Session(session), m_Module(module), m_Editor(module)
 {
 }
@@ -125,12 +142,40 @@ std::string PropertyAccess::Text(py::handle value, const host::HostPropertyList:
     return text;
 }
 
+py::object PropertyAccess::FromText(const std::string& kind, const std::string& text)
+{
+    if (kind == "check" || kind == "button")
+        return py::bool_(text == "true");
+    if (kind == "integer" || kind == "unsigned" || kind == "combo")
+        return NumbersFromText<long long>(text, 1);
+    if (kind == "double")
+        return NumbersFromText<double>(text, 1);
+    if (kind == "color")
+        return NumbersFromText<int>(text, 4);
+    return py::str(text);
+}
+
 int PropertyAccess::Row(const std::string& key) const
 {
     const int id = m_Editor.List().FindKey(key);
-    if (id < 0)
+    if (id >= 0)
+        return id;
+    const std::vector<host::CatalogueRow> rows = Catalogue(m_Module.GetModuleInfo()->UiName());
+    const host::CatalogueRow* row = host::PropertyCatalogue::Find(rows, key);
+    if (!row)
         HOST_USER_ERROR("unknown property key \"%s\"", key.c_str());
-    return id;
+    const std::string when = row->condition.empty() ? std::string() : "; it applies " + row->condition;
+    HOST_USER_ERROR("property key \"%s\" has no effect with the other settings%s", key.c_str(), when.c_str());
+}
+
+std::vector<host::CatalogueRow> PropertyAccess::Catalogue(const std::string& type)
+{
+    core::VoNetwork& network = core::VoNetwork::Instance();
+    network.Init(); // modules make scene-graph nodes
+    const bool modified = network.IsModified();
+    std::vector<host::CatalogueRow> rows = host::PropertyCatalogue::Explore(type);
+    network.SetModified(modified);
+    return rows;
 }
 
 py::object PropertyAccess::Value(int id) const
@@ -146,21 +191,19 @@ py::object PropertyAccess::Get(const std::string& key) const
 
 void PropertyAccess::Set(const std::string& key, py::handle value)
 {
-    if (!m_Session)
-        throw std::logic_error("a property set outside the network");
     // A copy: the rows are listed again after the change.
     const host::HostPropertyList::RowInfo row = *m_Editor.List().Info(Row(key));
     const std::string text = Text(value, row);
-    const size_t loadErrors = m_Session->Proxy().Report(m_Module.Id()).loadErrors.size();
+    const size_t loadErrors = m_Session.Proxy().Report(m_Module.Id()).loadErrors.size();
     m_Editor.Set(row.key, text);
     // A source whose file name was set reads the file again; a file it could
     // not read is the caller's mistake.
-    const host::HostUiProxy::ModuleReport report = m_Session->Proxy().Report(m_Module.Id());
+    const host::HostUiProxy::ModuleReport report = m_Session.Proxy().Report(m_Module.Id());
     if (report.loadErrors.size() > loadErrors)
         ThrowValueError(report.loadErrors.back());
     // A button is an action: pressing it again after the pass would redo the work.
     if (row.kind != "button")
-        m_Session->NoteSetValue(m_Module.Id(), row.key, text, m_Editor.ValueText(Row(row.key)));
+        m_Session.NoteSetValue(m_Module.Id(), row.key, text, m_Editor.ValueText(Row(row.key)));
 }
 
 void PropertyAccess::SetAll(const std::vector<std::pair<std::string, py::object>>& values)

@@ -10,6 +10,7 @@
 // from a row: check and button rows give booleans, numbers give int or float,
 // colours (r, g, b, a) and points (x, y, z) tuples, everything else its text.
 #include "host/HostPropertyList.h"
+#include "host/PropertyCatalogue.h"
 #include "host/PropertyEditor.h"
 
 #include <pybind11/pybind11.h>
@@ -28,10 +29,10 @@ class Session;
 
 class PropertyAccess {
 public:
-    // Without a session (a module outside the network) values can be read only.
-    PropertyAccess(Session* session, core::VoModule& module);
+    PropertyAccess(Session& session, core::VoModule& module);
 
-    // A ValueError "unknown property key "K"" for a key the module does not show.
+    // A ValueError for a key the module does not show: "unknown property key
+    // "K"", or, for a key it shows under other settings, which.
     pybind11::object Get(const std::string& key) const;
     // A ValueError with the library's message for an unknown key or a value the
     // row refuses (the module keeps its value); a TypeError for a Python value
@@ -48,12 +49,18 @@ public:
 
     // The text a row takes for a Python value.
     static std::string Text(pybind11::handle value, const host::HostPropertyList::RowInfo& row);
+    // Every row a module type can show, as `fenrak properties` lists them; the
+    // network's own modules are left as they were.
+    static std::vector<host::CatalogueRow> Catalogue(const std::string& type);
+    // A row's text back in the row's type, as reading the row gives it; the
+    // text itself where it does not parse.
+    static pybind11::object FromText(const std::string& kind, const std::string& text);
 
 private:
     int Row(const std::string& key) const;
     pybind11::object Value(int id) const;
 
-    Session* m_Session;
+    Session& m_Session;
     core::VoModule& m_Module;
     host::PropertyEditor m_Editor;
 };

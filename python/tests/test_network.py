@@ -1,20 +1,47 @@
 """The network from Python: the catalogue, modules, links and property values."""
+import os
+import subprocess
+
 import numpy as np
 import pytest
 
 import fenrak
 
 
-def test_catalogue_lists_every_type_with_its_data_kinds_and_rows():
-    modules = {m["type"]: m for m in fenrak.modules()}
-    assert modules["Isosurface"]["path"] == "Graphics Output\\Isosurface"
-    assert modules["Gridder"]["inputs"] == ["Point set"]
-    assert modules["Gridder"]["outputs"] == ["Uniform lattice"]
-    assert modules["FunctionLattice"]["inputs"] == []
+def host_lines(*args):
+    return subprocess.run([os.environ["FENRAK_PROGRAM"], *args], check=True, capture_output=True,
+                          text=True).stdout.splitlines()
+
+
+def test_the_module_catalogue_is_what_the_host_command_prints():
+    lines = []
+    for m in fenrak.modules():
+        lines += ["%s  (%s)" % (m["type"], m["path"]), "  inputs:  " + (", ".join(m["inputs"]) or "none"),
+                  "  outputs: " + (", ".join(m["outputs"]) or "none")] + (["  " + m["help"]] if m["help"] else [])
+    assert host_lines("modules") == lines + ["%d module types." % len(fenrak.modules())]
+
+
+@pytest.mark.parametrize("type_", ["Gridder", "Contours"])
+def test_property_rows_are_what_the_host_command_prints(type_):
+    printed = [line for line in host_lines("properties", type_)[2:] if not line.startswith("  [")]
+    rows = fenrak.properties(type_)
+    expected = []
+    for row in rows:
+        when = "  (%s)" % row["condition"] if row["condition"] else ""
+        expected.append(("  %-32s %-12s " % (row["key"], row["kind"]), row["label"] + when))
+        if row["choices"]:
+            expected.append(("      choices: " + ", ".join("%d %s" % c for c in enumerate(row["choices"])), ""))
+    assert len(printed) == len(expected)
+    assert all(line.startswith(start) and line.endswith(end) for line, (start, end) in zip(printed, expected))
+    assert any(row["condition"].startswith("with data") for row in rows)
+
+
+def test_property_rows_hold_values_in_their_types():
     rows = {r["key"]: r for r in fenrak.properties("Isosurface")}
     assert rows["IsoSurfaceDrawstyle"]["choices"] == ["Shaded", "Lines", "Points"]
     assert rows["IsoSurfaceColor"] == {"key": "IsoSurfaceColor", "kind": "color", "value": (128, 128, 128, 255),
-                                       "label": "Color", "group": "Rendering", "choices": []}
+                                       "label": "Color", "group": "Rendering", "choices": [], "condition": ""}
+    assert [type(rows[key]["value"]) for key in ("IsoSurfaceOpacity", "IsoSurfaceDrawstyle")] == [float, int]
     with pytest.raises(ValueError, match='unknown module type "Isosurfaces"'):
         fenrak.properties("Isosurfaces")
 
@@ -55,6 +82,8 @@ def test_property_values_of_every_kind_read_back_in_their_types(net, type_, key,
     ("IsoSurfaceColor", (1, 2), 'bad value "1 2" for property key "IsoSurfaceColor"'),
     ("IsoSurfaceDrawstyle", "Sketchy", 'bad value "Sketchy" for property key "IsoSurfaceDrawstyle"'),
     ("IsoSurfaceIsoval", 1, 'unknown property key "IsoSurfaceIsoval"'),
+    ("IsoSurfaceComponent", 1, 'property key "IsoSurfaceComponent" has no effect with the other settings; '
+                               'it applies with data'),
 ])
 def test_bad_keys_and_values_raise_value_error_with_the_librarys_message(net, key, value, message):
     module = net.add("Isosurface", IsoSurfaceIsovalue=2.5)
