@@ -60,6 +60,7 @@ def slow_gridder(net):
 def test_an_interrupt_aborts_the_pass_cleanly_and_the_next_pass_completes(net):
     grid, shell = slow_gridder(net)
     seen = []
+    # Ctrl-C from another Python thread, which can run only while the pass lets go of the GIL.
     timer = threading.Timer(0.8, os.kill, (os.getpid(), signal.SIGINT))
     timer.start()
     with pytest.raises(KeyboardInterrupt):
