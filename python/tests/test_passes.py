@@ -60,11 +60,17 @@ def slow_gridder(net):
 def test_an_interrupt_aborts_the_pass_cleanly_and_the_next_pass_completes(net):
     grid, shell = slow_gridder(net)
     seen = []
-    # Ctrl-C from another Python thread, which can run only while the pass lets go of the GIL.
-    timer = threading.Timer(0.8, os.kill, (os.getpid(), signal.SIGINT))
-    timer.start()
+    # Ctrl-C from another Python thread once the gridding is under way: that
+    # thread can run only while the pass lets go of the GIL.
+    timer = threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT))
+
+    def progress(text, fraction):
+        seen.append((text, fraction))
+        if len(seen) == 1:
+            timer.start()
+
     with pytest.raises(KeyboardInterrupt):
-        net.run(lambda text, fraction: seen.append((text, fraction)))
+        net.run(progress)
     timer.join()
     assert grid.status == "aborted" and grid.output() is None and shell.status == "stale"
     assert seen and seen[0][0].startswith("Gridding") and all(0 <= f <= 1 for _, f in seen)
