@@ -5,6 +5,7 @@
 #include "host/PropertyEditor.h"
 #include "python/src/Errors.h"
 #include "python/src/PythonUiProxy.h"
+#include "shr/Color4b.h"
 
 #include <pybind11/pybind11.h>
 
@@ -39,6 +40,14 @@ int64_t UpstreamStamp(const core::VoModule& module)
     return stamp;
 }
 
+// No modules, and the background a global settings module may have left.
+void EmptyNetwork()
+{
+    Network().DeleteAllNodes();
+    Network().SetModified(false);
+    Network().SetBackgroundColor(shr::Color4b::Black);
+}
+
 } // namespace
 
 LibraryLock::LibraryLock(bool reenter)
@@ -70,9 +79,7 @@ Session::Session()
 {
     CloseOpen();
     Network().Init();
-    Network().DeleteAllNodes();
-    Network().SetModified(false);
-    Network().SetBackgroundColor(shr::Color4b::Black);
+    EmptyNetwork();
     m_Proxy = std::make_unique<PythonUiProxy>();
     m_Open = true;
     s_Open = this;
@@ -102,8 +109,7 @@ void Session::Close()
     if (s_Open == this)
         s_Open = nullptr;
     Network().AbortIfBusy(true);
-    Network().DeleteAllNodes();
-    Network().SetModified(false);
+    EmptyNetwork();
     m_Proxy.reset();
     m_Names.clear();
     m_SetValues.clear();
@@ -161,8 +167,7 @@ void Session::Remove(core::VbModuleId id)
 void Session::Clear()
 {
     CheckOpen();
-    Network().DeleteAllNodes();
-    Network().SetModified(false);
+    EmptyNetwork();
     ++m_Generation;
     m_Proxy.reset();
     m_Proxy = std::make_unique<PythonUiProxy>();

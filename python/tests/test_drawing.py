@@ -73,6 +73,14 @@ def test_a_json_scene_loads_with_its_view(net):
     assert net.view.size == (1024, 768) and net["Blend"].output().dims == (40, 40, 40)
 
 
+def test_a_background_from_global_settings_leaves_with_the_modules(net):
+    net.add("GlobalSettings", EnvironmentBackgroundColor=(200, 0, 0))
+    net.run()
+    assert tuple(net.render(size=(64, 48))[0, 0]) == (200, 0, 0, 255)
+    net.load_scene(os.path.join(ROOT, "data", "scenes", "function-lattice.json"))
+    assert tuple(net.render(size=(64, 48))[0, 0]) == (0, 0, 0, 255)
+
+
 def test_the_example_grids_assays_and_draws_a_grade_shell(tmp_path):
     example = os.path.join(ROOT, "python", "examples", "assay_shell.py")
     run = subprocess.run([sys.executable, example, "-o", str(tmp_path / "shell.png"), "--cells", "24"],
