@@ -25,9 +25,12 @@ class HostUiProxy : public core::UiProxy {
 public:
     struct ModuleReport {
         std::string name;
-        double executeSeconds = 0.0;
+        double executeSeconds = 0.0;         // every execution together
+        double lastSeconds = 0.0;            // the latest execution
         std::vector<std::string> errors;     // raised by its executions
         std::vector<std::string> loadErrors; // its data file could not be read
+        // Status lines and errors of the latest execution, in order.
+        std::vector<std::string> messages;
     };
     // The log level from which status lines are shown.
     static constexpr int kStatusLevel = 4;

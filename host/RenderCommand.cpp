@@ -12,6 +12,7 @@
 #include "host/SceneBuilder.h"
 #include "host/ScenePicture.h"
 #include "host/SceneStatistics.h"
+#include "shr/Color4b.h"
 #include "shr/LocateFile.h"
 #include "shr/Logger.h"
 
@@ -43,11 +44,13 @@ public:
     ~NetworkSession() { Clear(); }
 
 private:
+    // A global settings module leaves its background on the network when it goes.
     static void Clear()
     {
         Network().WaitUntilDone(2000);
         Network().DeleteAllNodes();
         Network().SetModified(false);
+        Network().SetBackgroundColor(shr::Color4b::Black);
     }
 };
 

@@ -179,11 +179,9 @@ void SceneBuilder::ImportWells(const ModuleSpec& spec, core::VoModule& module)
     std::vector<shr::GString> paths;
     for (const std::string& file : spec.files)
         paths.push_back(ResolveFile(spec, file, "well file"));
-    proxy->WellImports().Expect(*wells, paths);
     WellLoadReport report;
     try {
-        PropertyEditor(module).Set("WellDataAddData", "1");
-        report = proxy->WellImports().Finish(spec.name);
+        report = proxy->WellImports().Import(*wells, paths);
     } catch (const shr::Exception& error) {
         if (!IsUserError(error))
             throw;
