@@ -1,6 +1,7 @@
 #include "host/HostUiProxy.h"
 
 #include "core/network/VoModule.h"
+#include "host/LatticeFile.h"
 #include "host/PointSetLoader.h"
 #include "shr/Exception.h"
 #include "shr/StringUtil.h"
@@ -139,7 +140,10 @@ void HostUiProxy::Progress(double fraction)
 void HostUiProxy::ReloadDataFile(core::VoModule& module, const shr::GString& path)
 {
     try {
-        PointSetLoader::Reload(module, path);
+        if (LatticeFileLoader::IsLatticeSource(module))
+            LatticeFileLoader::Reload(module, path);
+        else
+            PointSetLoader::Reload(module, path);
         StatusMsg("reloaded %s", path.c_str());
     } catch (const shr::Exception& error) {
         std::lock_guard<std::mutex> lock(m_Mutex);

@@ -45,7 +45,7 @@ public:
     void PopProgress() override;
     void ProgressText(const char* text) override;
     void Progress(double fraction) override;
-    // Reads the point file again into the point-set module.
+    // Reads the file again into the point-set or lattice source.
     void ReloadDataFile(core::VoModule& module, const shr::GString& path) override;
 
     // What was recorded for a module; an empty report if nothing was.

@@ -6,6 +6,7 @@
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
 #include "host/HostError.h"
+#include "host/LatticeFile.h"
 #include "host/ModuleCatalogue.h"
 #include "host/PointSetLoader.h"
 #include "host/PropertyEditor.h"
@@ -44,9 +45,14 @@ void SceneBuilder::CreateModule(const ModuleSpec& spec)
     std::unique_ptr<core::VoModule> module;
     if (spec.type == PointSetLoader::TypeName && !spec.file.empty()) {
         module = CreatePointSet(spec);
+    } else if (spec.type == LatticeFileLoader::TypeName && !spec.file.empty()) {
+        module = CreateFromFile(spec, [&](const std::string& path) {
+            return LatticeFileLoader::Create(path, spec.file, FileOptions(spec.fileOptions, spec.file));
+        });
     } else {
         if (!spec.file.empty())
-            Fail(spec, "\"file\" is only for a " + std::string(PointSetLoader::TypeName) + " module");
+            Fail(spec, "\"file\" is only for a " + std::string(PointSetLoader::TypeName) + " or a " +
+                           LatticeFileLoader::TypeName + " module");
         const core::VbModuleInfo* info = core::VbModuleRegistry::Instance().Construct(spec.type);
         if (!info)
             Fail(spec, "unknown module type \"" + spec.type + "\" (\"fenrak modules\" lists them)");
@@ -59,9 +65,17 @@ void SceneBuilder::CreateModule(const ModuleSpec& spec)
 
 std::unique_ptr<core::VoModule> SceneBuilder::CreatePointSet(const ModuleSpec& spec) const
 {
+    return CreateFromFile(spec, [&](const std::string& path) { return PointSetLoader::Create(path, spec.file); });
+}
+
+std::unique_ptr<core::VoModule> SceneBuilder::CreateFromFile(
+    const ModuleSpec& spec, const std::function<std::unique_ptr<core::VoModule>(const std::string&)>& create) const
+{
+    if (!spec.fileOptions.empty() && spec.type != LatticeFileLoader::TypeName)
+        Fail(spec, "\"fileOptions\" are only for a " + std::string(LatticeFileLoader::TypeName) + " module");
     const std::string path = ResolveFile(spec);
     try {
-        return PointSetLoader::Create(path, spec.file);
+        return create(path);
     } catch (const shr::Exception& error) {
         if (!IsUserError(error))
             throw;
@@ -81,7 +95,7 @@ std::string SceneBuilder::ResolveFile(const ModuleSpec& spec) const
     const std::string located = shr::LocateFile(file);
     if (FileExists(located))
         return located;
-    Fail(spec, "point file \"" + file + "\" not found");
+    Fail(spec, "file \"" + file + "\" not found");
 }
 
 void SceneBuilder::ConnectInputs(const ModuleSpec& spec)

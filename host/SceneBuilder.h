@@ -6,6 +6,7 @@
 // module and the key or input at fault.
 #include "host/SceneFile.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -36,6 +37,10 @@ private:
     [[noreturn]] void Fail(const ModuleSpec& spec, const std::string& message) const;
     void CreateModule(const ModuleSpec& spec);
     std::unique_ptr<core::VoModule> CreatePointSet(const ModuleSpec& spec) const;
+    // Resolves the spec's file and makes the module from it; a bad file is the scene's error.
+    std::unique_ptr<core::VoModule> CreateFromFile(
+        const ModuleSpec& spec,
+        const std::function<std::unique_ptr<core::VoModule>(const std::string&)>& create) const;
     std::string ResolveFile(const ModuleSpec& spec) const;
     void ConnectInputs(const ModuleSpec& spec);
     void SetProperties(const ModuleSpec& spec);

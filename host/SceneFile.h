@@ -15,7 +15,8 @@
 // in the scene), input module names for its input ports 0, 1, ..., properties
 // by public key in the order given, and for a point set the file to read
 // (relative to the scene file's folder, the working folder or the data
-// folders). Property values are strings; numbers and booleans are taken as
+// folders). A lattice read from a file may take reader settings in
+// "fileOptions" (SEG-Y header bytes, a NetCDF variable). Property values are strings; numbers and booleans are taken as
 // their text. Unknown keys are errors, so that a misspelt key is not ignored.
 #include "shr/Color4b.h"
 #include "shr/GString.h"
@@ -42,6 +43,7 @@ struct ModuleSpec {
     std::string file;
     std::vector<std::string> inputs;
     std::vector<std::pair<std::string, std::string>> properties;
+    std::vector<std::pair<std::string, std::string>> fileOptions;
 };
 
 struct SceneDescription {

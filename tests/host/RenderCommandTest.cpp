@@ -75,7 +75,7 @@ TEST(RenderCommand, SceneErrorsNameFileModuleAndKeyAndWriteNothing)
         {"misspelt module key", R"({"modules": [{"name": "A", "type": "TestBox", "propertes": {}}]})",
          "module \"A\": unknown key \"propertes\""},
         {"missing point file", R"({"modules": [{"name": "Pts", "type": "PointSet", "file": "absent.csv"}]})",
-         "module \"Pts\": point file \"absent.csv\" not found"},
+         "module \"Pts\": file \"absent.csv\" not found"},
         {"bad view", R"({"modules": [], "view": {"elevation": 95}})", "view: the elevation must be from -90 to 90"},
     };
     for (const Case& c : cases) {

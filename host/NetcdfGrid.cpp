@@ -1,0 +1,845 @@
+#include "host/NetcdfGrid.h"
+
+#include "core/data/VdCurvilinearLattice.h"
+#include "core/data/VdRectilinearLattice.h"
+#include "core/data/VdUniformLattice.h"
+#include "host/HostError.h"
+#include "host/LatticeFile.h"
+
+#include <netcdf.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <map>
+
+namespace host {
+
+namespace {
+
+const char* const kTransformAttribute = "fenrak_user_transform";
+
+struct TypeInfo {
+    nc_type nc;
+    shr::PrimType prim;
+    double defaultFill;
+};
+
+const TypeInfo kTypes[] = {
+    {NC_BYTE, shr::Int8, NC_FILL_BYTE},       {NC_UBYTE, shr::UInt8, NC_FILL_UBYTE},
+    {NC_SHORT, shr::Int16, NC_FILL_SHORT},    {NC_USHORT, shr::UInt16, NC_FILL_USHORT},
+    {NC_INT, shr::Int32, NC_FILL_INT},        {NC_UINT, shr::UInt32, NC_FILL_UINT},
+    {NC_INT64, shr::Int64, double(NC_FILL_INT64)}, {NC_FLOAT, shr::Float, double(NC_FILL_FLOAT)},
+    {NC_DOUBLE, shr::Double, NC_FILL_DOUBLE},
+};
+
+const TypeInfo* FindType(nc_type type)
+{
+    for (const TypeInfo& info : kTypes) {
+        if (info.nc == type)
+            return &info;
+    }
+    return nullptr;
+}
+
+const TypeInfo& FindType(shr::PrimType type)
+{
+    for (const TypeInfo& info : kTypes) {
+        if (info.prim == type)
+            return info;
+    }
+    return kTypes[8];
+}
+
+template <class T>
+double ValueAt(const void* data, size_t index)
+{
+    return double(static_cast<const T*>(data)[index]);
+}
+
+// Reads element `index` of a block of `type` as a double.
+double ReadValue(shr::PrimType type, const void* data, size_t index)
+{
+    switch (type) {
+    case shr::Int8: return ValueAt<int8_t>(data, index);
+    case shr::UInt8: return ValueAt<uint8_t>(data, index);
+    case shr::Int16: return ValueAt<int16_t>(data, index);
+    case shr::UInt16: return ValueAt<uint16_t>(data, index);
+    case shr::Int32: return ValueAt<int32_t>(data, index);
+    case shr::UInt32: return ValueAt<uint32_t>(data, index);
+    case shr::Int64: return ValueAt<int64_t>(data, index);
+    case shr::Float: return ValueAt<float>(data, index);
+    default: return ValueAt<double>(data, index);
+    }
+}
+
+std::string Lower(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    return text;
+}
+
+// An open file, closed on every way out.
+class NcHandle {
+public:
+    ~NcHandle()
+    {
+        if (id >= 0)
+            nc_close(id);
+    }
+    int Release()
+    {
+        const int kept = id;
+        id = -1;
+        return kept;
+    }
+    int id = -1;
+};
+
+// One data variable read as a component.
+struct Component {
+    int varid = -1;
+    std::string name;
+    const TypeInfo* type = nullptr;
+    shr::PrimType outType = shr::Double;
+    bool packed = false;
+    double scale = 1.0;
+    double offset = 0.0;
+    std::vector<double> missing; // the fill value first
+    double validMin = -std::numeric_limits<double>::infinity();
+    double validMax = std::numeric_limits<double>::infinity();
+
+    bool IsBlank(double raw) const
+    {
+        if (std::isnan(raw) || raw < validMin || raw > validMax)
+            return true;
+        return std::find(missing.begin(), missing.end(), raw) != missing.end();
+    }
+};
+
+class GridReader {
+public:
+    GridReader(const shr::GString& path, const shr::GString& name, const NetcdfSettings& settings)
+        : m_Path(path), m_Name(name), m_Settings(settings)
+    {
+    }
+
+    std::unique_ptr<core::VdLattice> Read()
+    {
+        Check(nc_open(m_Path.c_str(), NC_NOWRITE, &m_File.id), "cannot open the file");
+        if (IsOldGmt())
+            ReadOldGmtShape();
+        else
+            ReadCfShape();
+        std::unique_ptr<core::VdLattice> lattice = MakeLattice();
+        for (unsigned int c = 0; c < m_Components.size(); ++c)
+            ReadComponent(*lattice, c);
+        lattice->DataModified();
+        ReadTransform(*lattice);
+        return lattice;
+    }
+
+private:
+    template <class... Args>
+    [[noreturn]] void Fail(const char* format, Args... args) const
+    {
+        HOST_USER_ERROR("%s: %s", m_Name.c_str(), shr::ToString(format, args...).c_str());
+    }
+
+    void Check(int status, const char* what) const
+    {
+        if (status != NC_NOERR)
+            Fail("%s: %s", what, nc_strerror(status));
+    }
+
+    int VarId(const std::string& name) const
+    {
+        int id = -1;
+        return nc_inq_varid(m_File.id, name.c_str(), &id) == NC_NOERR ? id : -1;
+    }
+
+    std::string VarName(int varid) const
+    {
+        char name[NC_MAX_NAME + 1] = {};
+        nc_inq_varname(m_File.id, varid, name);
+        return name;
+    }
+
+    std::vector<int> VarDims(int varid) const
+    {
+        int count = 0;
+        nc_inq_varndims(m_File.id, varid, &count);
+        std::vector<int> dims(static_cast<size_t>(count));
+        if (count)
+            nc_inq_vardimid(m_File.id, varid, dims.data());
+        return dims;
+    }
+
+    size_t DimLength(int dim) const
+    {
+        size_t length = 0;
+        nc_inq_dimlen(m_File.id, dim, &length);
+        return length;
+    }
+
+    std::string TextAttribute(int varid, const char* name) const
+    {
+        size_t length = 0;
+        nc_type type = NC_NAT;
+        if (nc_inq_att(m_File.id, varid, name, &type, &length) != NC_NOERR || type != NC_CHAR)
+            return std::string();
+        std::string text(length, '\0');
+        nc_get_att_text(m_File.id, varid, name, &text[0]);
+        return text.c_str();
+    }
+
+    std::vector<double> NumberAttribute(int varid, const char* name, nc_type* type = nullptr) const
+    {
+        size_t length = 0;
+        nc_type found = NC_NAT;
+        if (nc_inq_att(m_File.id, varid, name, &found, &length) != NC_NOERR || found == NC_CHAR ||
+            found == NC_STRING || length == 0)
+            return {};
+        std::vector<double> values(length);
+        if (nc_get_att_double(m_File.id, varid, name, values.data()) != NC_NOERR)
+            return {};
+        if (type)
+            *type = found;
+        return values;
+    }
+
+    // --- the older GMT layout: z over xysize, ranges and sizes as variables
+
+    bool IsOldGmt() const { return VarId("dimension") >= 0 && VarId("x_range") >= 0 && VarId("z") >= 0; }
+
+    void ReadOldGmtShape()
+    {
+        int size[2] = {0, 0};
+        double xr[2] = {0, 0}, yr[2] = {0, 0};
+        Check(nc_get_var_int(m_File.id, VarId("dimension"), size), "variable \"dimension\"");
+        Check(nc_get_var_double(m_File.id, VarId("x_range"), xr), "variable \"x_range\"");
+        Check(nc_get_var_double(m_File.id, VarId("y_range"), yr), "variable \"y_range\"");
+        const int z = VarId("z");
+        const std::vector<int> dims = VarDims(z);
+        if (size[0] < 1 || size[1] < 1 || dims.size() != 1 || DimLength(dims[0]) != size_t(size[0]) * size_t(size[1]))
+            Fail("variable \"z\": %zu values do not make a grid of %d x %d", dims.empty() ? 0 : DimLength(dims[0]),
+                 size[0], size[1]);
+        const std::vector<double> offset = NumberAttribute(z, "node_offset");
+        const double pixel = !offset.empty() && offset[0] == 1.0 ? 1.0 : 0.0;
+        m_Dims[0] = unsigned(size[0]);
+        m_Dims[1] = unsigned(size[1]);
+        m_Dims[2] = 1;
+        m_Axes[0] = Steps(xr[0], xr[1], m_Dims[0], pixel, false);
+        m_Axes[1] = Steps(yr[0], yr[1], m_Dims[1], pixel, true); // rows from the north
+        m_Axes[2] = {0.0};
+        m_Components.push_back(MakeComponent(z));
+        FinishAxes();
+    }
+
+    static std::vector<double> Steps(double low, double high, unsigned int n, double pixel, bool downward)
+    {
+        const double step = (high - low) / std::max(1.0, n - 1.0 + pixel);
+        std::vector<double> coords(n);
+        for (unsigned int i = 0; i < n; ++i) {
+            const double at = (i + 0.5 * pixel) * step;
+            coords[i] = downward ? high - at : low + at;
+        }
+        return coords;
+    }
+
+    // --- CF files
+
+    void ReadCfShape()
+    {
+        ChooseVariables();
+        const std::vector<int> dims = DataDims(m_Components.front().varid);
+        m_NcDims = dims;
+        for (int axis = 0; axis < 3; ++axis) {
+            const size_t d = dims.size() - 1 - size_t(axis);
+            m_Dims[axis] = axis < int(dims.size()) ? unsigned(DimLength(dims[d])) : 1u;
+            m_Axes[axis] = axis < int(dims.size()) ? DimensionCoords(dims[d]) : std::vector<double>{0.0};
+        }
+        if (!ReadAuxiliaryCoords())
+            FinishAxes();
+    }
+
+    // Names given in the scene, else the first data variable and the later
+    // ones of its dimensions and type.
+    void ChooseVariables()
+    {
+        if (!m_Settings.variables.empty()) {
+            for (const std::string& name : m_Settings.variables) {
+                const int id = VarId(name);
+                if (id < 0)
+                    Fail("no variable \"%s\"", name.c_str());
+                AddComponent(id);
+            }
+            return;
+        }
+        int count = 0;
+        nc_inq_nvars(m_File.id, &count);
+        const std::vector<std::string> auxiliary = AuxiliaryNames(count);
+        for (int id = 0; id < count; ++id) {
+            if (IsCoordinateVariable(id) || std::count(auxiliary.begin(), auxiliary.end(), VarName(id)))
+                continue;
+            const std::vector<int> dims = VarDims(id);
+            if (dims.empty() || !FindType(VarType(id)))
+                continue;
+            if (m_Components.empty() && TryDataDims(id))
+                AddComponent(id);
+            else if (!m_Components.empty() && dims == VarDims(m_Components.front().varid) &&
+                     MakeComponent(id).outType == m_Components.front().outType)
+                AddComponent(id);
+        }
+        if (m_Components.empty())
+            Fail("no variable with one to three dimensions of data");
+    }
+
+    void AddComponent(int id)
+    {
+        Component component = MakeComponent(id);
+        if (!m_Components.empty() && (VarDims(id) != VarDims(m_Components.front().varid) ||
+                                      component.outType != m_Components.front().outType))
+            Fail("variable \"%s\": its dimensions or type differ from those of \"%s\"", component.name.c_str(),
+                 m_Components.front().name.c_str());
+        DataDims(id);
+        m_Components.push_back(component);
+    }
+
+    nc_type VarType(int id) const
+    {
+        nc_type type = NC_NAT;
+        nc_inq_vartype(m_File.id, id, &type);
+        return type;
+    }
+
+    bool IsCoordinateVariable(int id) const
+    {
+        const std::vector<int> dims = VarDims(id);
+        if (dims.size() != 1)
+            return false;
+        char name[NC_MAX_NAME + 1] = {};
+        nc_inq_dimname(m_File.id, dims[0], name);
+        return VarName(id) == name;
+    }
+
+    std::vector<std::string> AuxiliaryNames(int count) const
+    {
+        std::vector<std::string> names;
+        for (int id = 0; id < count; ++id) {
+            const std::vector<std::string> some = AuxiliaryNamesOf(id);
+            names.insert(names.end(), some.begin(), some.end());
+        }
+        return names;
+    }
+
+    bool TryDataDims(int id) const
+    {
+        try {
+            DataDims(id);
+            return true;
+        } catch (const shr::Exception&) {
+            return false;
+        }
+    }
+
+    // The variable's dimensions without extra ones of length 1.
+    std::vector<int> DataDims(int id) const
+    {
+        std::vector<int> dims = VarDims(id);
+        for (size_t d = 0; dims.size() > 3 && d < dims.size();) {
+            if (DimLength(dims[d]) == 1)
+                dims.erase(dims.begin() + long(d));
+            else
+                ++d;
+        }
+        if (dims.empty() || dims.size() > 3)
+            Fail("variable \"%s\" has %zu dimensions of more than one value; a lattice has one to three",
+                 VarName(id).c_str(), dims.size());
+        return dims;
+    }
+
+    std::vector<double> DimensionCoords(int dim) const
+    {
+        char name[NC_MAX_NAME + 1] = {};
+        nc_inq_dimname(m_File.id, dim, name);
+        const size_t length = DimLength(dim);
+        std::vector<double> coords(length);
+        const int id = VarId(name);
+        if (id < 0 || VarDims(id) != std::vector<int>{dim}) {
+            for (size_t i = 0; i < length; ++i)
+                coords[i] = double(i);
+            return coords;
+        }
+        Check(nc_get_var_double(m_File.id, id, coords.data()), name);
+        if (Lower(TextAttribute(id, "positive")) == "down") {
+            for (double& c : coords)
+                c = -c;
+        }
+        for (size_t i = 0; i < coords.size(); ++i) {
+            if (!std::isfinite(coords[i]))
+                Fail("coordinate variable \"%s\": value %zu is not a number", name, i);
+        }
+        return coords;
+    }
+
+    // Auxiliary coordinates with the data's dimensions make a curvilinear
+    // lattice: true when they were found.
+    bool ReadAuxiliaryCoords()
+    {
+        int axisVar[3] = {-1, -1, -1};
+        for (const std::string& name : AuxiliaryNamesOf(m_Components.front().varid)) {
+            const int id = VarId(name);
+            if (id < 0 || VarDims(id) != VarDims(m_Components.front().varid))
+                continue;
+            const int axis = AxisOf(id, name);
+            if (axis >= 0)
+                axisVar[axis] = id;
+        }
+        if (axisVar[0] < 0 || axisVar[1] < 0)
+            return false;
+        const size_t nodes = NodeCount();
+        m_Coords.assign(nodes * 3, 0.0);
+        std::vector<double> values(nodes);
+        for (int axis = 0; axis < 3; ++axis) {
+            if (axisVar[axis] < 0) {
+                FillAxisFromDimension(axis);
+                continue;
+            }
+            Check(nc_get_var_double(m_File.id, axisVar[axis], values.data()), VarName(axisVar[axis]).c_str());
+            const bool down = Lower(TextAttribute(axisVar[axis], "positive")) == "down";
+            for (size_t n = 0; n < nodes; ++n)
+                m_Coords[n * 3 + size_t(axis)] = down ? -values[n] : values[n];
+        }
+        return true;
+    }
+
+    std::vector<std::string> AuxiliaryNamesOf(int id) const
+    {
+        std::vector<std::string> names;
+        const std::string list = TextAttribute(id, "coordinates");
+        size_t start = 0;
+        while (start < list.size()) {
+            const size_t end = std::min(list.find(' ', start), list.size());
+            if (end > start)
+                names.push_back(list.substr(start, end - start));
+            start = end + 1;
+        }
+        return names;
+    }
+
+    // Z from the slowest dimension's coordinates where no auxiliary Z exists.
+    void FillAxisFromDimension(int axis)
+    {
+        for (size_t n = 0; n < NodeCount(); ++n) {
+            const size_t index[3] = {n % m_Dims[0], n / m_Dims[0] % m_Dims[1], n / (size_t(m_Dims[0]) * m_Dims[1])};
+            m_Coords[n * 3 + size_t(axis)] = m_Axes[axis][index[axis]];
+        }
+    }
+
+    int AxisOf(int id, const std::string& name) const
+    {
+        const std::string axis = Lower(TextAttribute(id, "axis"));
+        const std::string standard = Lower(TextAttribute(id, "standard_name"));
+        const std::string lower = Lower(name);
+        if (axis == "x" || standard == "longitude" || standard == "projection_x_coordinate" || lower == "x" ||
+            lower == "lon" || lower == "longitude")
+            return 0;
+        if (axis == "y" || standard == "latitude" || standard == "projection_y_coordinate" || lower == "y" ||
+            lower == "lat" || lower == "latitude")
+            return 1;
+        if (axis == "z" || standard == "height" || standard == "depth" || lower == "z" || lower == "depth" ||
+            lower == "elevation")
+            return 2;
+        return -1;
+    }
+
+    // Decreasing axes turn round; uniform steps are noted.
+    void FinishAxes()
+    {
+        static const char* const kAxisNames[3] = {"X", "Y", "Z"};
+        m_Uniform = true;
+        for (int axis = 0; axis < 3; ++axis) {
+            std::vector<double>& c = m_Axes[axis];
+            m_Flip[axis] = c.size() > 1 && c[1] < c[0];
+            if (m_Flip[axis])
+                std::reverse(c.begin(), c.end());
+            for (size_t i = 1; i < c.size(); ++i) {
+                if (!(c[i] > c[i - 1]))
+                    Fail("the %s coordinates are not monotonic at index %zu", kAxisNames[axis], i);
+            }
+            m_Uniform = m_Uniform && EquallySpaced(c);
+        }
+    }
+
+    static bool EquallySpaced(const std::vector<double>& c)
+    {
+        if (c.size() < 3)
+            return true;
+        const double step = (c.back() - c.front()) / double(c.size() - 1);
+        const double scale = std::max(std::fabs(c.front()), std::fabs(c.back()));
+        const double tolerance = 1e-5 * step + 2e-7 * scale;
+        for (size_t i = 1; i + 1 < c.size(); ++i) {
+            if (std::fabs(c[i] - (c.front() + double(i) * step)) > tolerance)
+                return false;
+        }
+        return true;
+    }
+
+    Component MakeComponent(int id) const
+    {
+        Component component;
+        component.varid = id;
+        component.name = VarName(id);
+        component.type = FindType(VarType(id));
+        if (!component.type)
+            Fail("variable \"%s\": its type is not a number type a lattice holds", component.name.c_str());
+        component.outType = component.type->prim;
+        nc_type scaleType = NC_NAT;
+        nc_type offsetType = NC_NAT;
+        const std::vector<double> scale = NumberAttribute(id, "scale_factor", &scaleType);
+        const std::vector<double> offset = NumberAttribute(id, "add_offset", &offsetType);
+        if (!scale.empty() || !offset.empty()) {
+            component.packed = true;
+            component.scale = scale.empty() ? 1.0 : scale[0];
+            component.offset = offset.empty() ? 0.0 : offset[0];
+            const bool wide = scaleType == NC_DOUBLE || offsetType == NC_DOUBLE;
+            component.outType = wide ? shr::Double : shr::Float;
+        }
+        ReadMissing(component);
+        return component;
+    }
+
+    void ReadMissing(Component& component) const
+    {
+        const int id = component.varid;
+        std::vector<double> fill = NumberAttribute(id, "_FillValue");
+        if (fill.empty() && component.type->nc != NC_BYTE && component.type->nc != NC_UBYTE)
+            fill.push_back(component.type->defaultFill);
+        const std::vector<double> missing = NumberAttribute(id, "missing_value");
+        component.missing = fill;
+        component.missing.insert(component.missing.end(), missing.begin(), missing.end());
+        const std::vector<double> range = NumberAttribute(id, "valid_range");
+        const std::vector<double> low = NumberAttribute(id, "valid_min");
+        const std::vector<double> high = NumberAttribute(id, "valid_max");
+        if (range.size() == 2) {
+            component.validMin = range[0];
+            component.validMax = range[1];
+        }
+        if (!low.empty())
+            component.validMin = low[0];
+        if (!high.empty())
+            component.validMax = high[0];
+    }
+
+    size_t NodeCount() const { return size_t(m_Dims[0]) * m_Dims[1] * m_Dims[2]; }
+
+    std::unique_ptr<core::VdLattice> MakeLattice() const
+    {
+        if (uint64_t(m_Dims[0]) * m_Dims[1] * m_Dims[2] * m_Components.size() > core::VdLattice::MaxNodes)
+            Fail("%u x %u x %u nodes of %zu components are more than a lattice holds", m_Dims[0], m_Dims[1],
+                 m_Dims[2], m_Components.size());
+        const unsigned int count = unsigned(m_Components.size());
+        const shr::PrimType type = m_Components.front().outType;
+        if (!m_Coords.empty())
+            return std::make_unique<core::VdCurvilinearLattice>(shr::Double, type, m_Dims, m_Coords.data(), nullptr,
+                                                                count);
+        if (!m_Uniform)
+            return std::make_unique<core::VdRectilinearLattice>(type, m_Dims, nullptr, count, m_Axes[0], m_Axes[1],
+                                                                m_Axes[2]);
+        auto lattice = std::make_unique<core::VdUniformLattice>(type, m_Dims, nullptr, count);
+        lattice->SetUVWBounds(shr::Box3d(m_Axes[0].front(), m_Axes[1].front(), m_Axes[2].front(), m_Axes[0].back(),
+                                         m_Axes[1].back(), m_Axes[2].back()));
+        return lattice;
+    }
+
+    // Reads the raw values, turns round what FinishAxes turned, unpacks and
+    // marks blanks. One unpacked component is read straight into the lattice.
+    void ReadComponent(core::VdLattice& lattice, unsigned int c) const
+    {
+        const Component& component = m_Components[c];
+        const size_t nodes = NodeCount();
+        const size_t rawBytes = shr::CPrimType::Size(component.type->prim);
+        const bool direct = m_Components.size() == 1 && !component.packed;
+        std::vector<char> buffer(direct ? 0 : nodes * rawBytes);
+        char* raw = direct ? static_cast<char*>(lattice.DataWritePtr()) : buffer.data();
+        Check(nc_get_var(m_File.id, component.varid, raw), ("variable \"" + component.name + "\"").c_str());
+        for (int axis = 0; axis < 3; ++axis) {
+            if (m_Flip[axis])
+                FlipAxis(raw, rawBytes, axis);
+        }
+        char* out = static_cast<char*>(lattice.DataWritePtr());
+        const size_t tuple = size_t(lattice.DataTupleSize());
+        const size_t outBytes = lattice.DataComponentSize();
+        for (size_t n = 0; n < nodes; ++n) {
+            const double value = ReadValue(component.type->prim, raw, n);
+            if (component.IsBlank(value))
+                lattice.SetBlank(unsigned(n), c);
+            if (direct)
+                continue;
+            char* slot = out + n * tuple + c * outBytes;
+            if (!component.packed)
+                std::memcpy(slot, raw + n * rawBytes, rawBytes);
+            else if (component.outType == shr::Float)
+                *reinterpret_cast<float*>(slot) = float(value * component.scale + component.offset);
+            else
+                *reinterpret_cast<double*>(slot) = value * component.scale + component.offset;
+        }
+    }
+
+    void FlipAxis(char* data, size_t bytes, int axis) const
+    {
+        const size_t stride = axis == 0 ? 1 : axis == 1 ? m_Dims[0] : size_t(m_Dims[0]) * m_Dims[1];
+        const size_t n = m_Dims[axis];
+        const size_t outer = NodeCount() / (stride * n);
+        std::vector<char> swap(bytes);
+        for (size_t o = 0; o < outer; ++o) {
+            for (size_t inner = 0; inner < stride; ++inner) {
+                char* base = data + (o * stride * n + inner) * bytes;
+                for (size_t a = 0, b = n - 1; a < b; ++a, --b)
+                    std::swap_ranges(base + a * stride * bytes, base + a * stride * bytes + bytes,
+                                     base + b * stride * bytes);
+            }
+        }
+    }
+
+    void ReadTransform(core::VdLattice& lattice) const
+    {
+        const std::vector<double> matrix = NumberAttribute(NC_GLOBAL, kTransformAttribute);
+        if (matrix.empty())
+            return;
+        if (matrix.size() != 16 || !std::all_of(matrix.begin(), matrix.end(), [](double v) { return std::isfinite(v); }))
+            Fail("global attribute \"%s\" must be 16 numbers", kTransformAttribute);
+        lattice.SetUserTransform(shr::Mat4d(matrix.data()));
+    }
+
+    const shr::GString m_Path;
+    const shr::GString m_Name;
+    const NetcdfSettings m_Settings;
+    NcHandle m_File;
+    std::vector<Component> m_Components;
+    std::vector<int> m_NcDims;
+    unsigned int m_Dims[3] = {1, 1, 1};
+    std::vector<double> m_Axes[3];
+    bool m_Flip[3] = {false, false, false};
+    bool m_Uniform = true;
+    std::vector<double> m_Coords; // curvilinear nodes, xyz per node
+};
+
+// --- writing
+
+class GridWriter {
+public:
+    GridWriter(const core::VdLattice& lattice, const std::string& path, const std::string& name)
+        : m_Lattice(lattice), m_Path(path), m_Name(name), m_Type(FindType(lattice.DataType()))
+    {
+    }
+
+    void Write()
+    {
+        const bool classic = m_Type.nc != NC_UBYTE && m_Type.nc != NC_USHORT && m_Type.nc != NC_UINT &&
+                             m_Type.nc != NC_INT64;
+        Check(nc_create(m_Path.c_str(), NC_CLOBBER | (classic ? NC_64BIT_OFFSET : NC_64BIT_DATA), &m_File.id));
+        const bool curvilinear = dynamic_cast<const core::VdCurvilinearLattice*>(&m_Lattice) != nullptr;
+        DefineDimensions(curvilinear ? "kji" : "zyx");
+        DefineGlobals();
+        if (curvilinear)
+            DefineNodeCoordinates();
+        else
+            DefineAxisCoordinates();
+        DefineComponents(curvilinear);
+        Check(nc_enddef(m_File.id));
+        if (curvilinear)
+            WriteNodeCoordinates();
+        else
+            WriteAxisCoordinates();
+        for (unsigned int c = 0; c < m_Lattice.ComponentCount(); ++c)
+            WriteComponent(c);
+        Check(nc_close(m_File.Release()));
+    }
+
+private:
+    void Check(int status) const
+    {
+        if (status != NC_NOERR)
+            HOST_SYSTEM_ERROR("%s: cannot write the NetCDF file: %s", m_Name.c_str(), nc_strerror(status));
+    }
+
+    void DefineDimensions(const char* names)
+    {
+        const unsigned int* dims = m_Lattice.GetDims();
+        for (int d = 0; d < 3; ++d)
+            Check(nc_def_dim(m_File.id, std::string(1, names[d]).c_str(), dims[2 - d], &m_Dims[d]));
+    }
+
+    void DefineGlobals()
+    {
+        PutText(NC_GLOBAL, "Conventions", "CF-1.8");
+        PutText(NC_GLOBAL, "source", "Fenrak Core");
+        if (!m_Lattice.HasUserTransform())
+            return;
+        const shr::Mat4d& m = m_Lattice.GetUserTransform();
+        double rows[16];
+        for (int r = 0; r < 4; ++r) {
+            for (int c = 0; c < 4; ++c)
+                rows[r * 4 + c] = m.m[r][c];
+        }
+        Check(nc_put_att_double(m_File.id, NC_GLOBAL, kTransformAttribute, NC_DOUBLE, 16, rows));
+    }
+
+    void PutText(int var, const char* name, const std::string& text)
+    {
+        Check(nc_put_att_text(m_File.id, var, name, text.size(), text.c_str()));
+    }
+
+    void DefineAxisCoordinates()
+    {
+        static const char* const kNames[3] = {"z", "y", "x"};
+        for (int d = 0; d < 3; ++d) {
+            Check(nc_def_var(m_File.id, kNames[d], NC_DOUBLE, 1, &m_Dims[d], &m_Coordinate[d]));
+            PutText(m_Coordinate[d], "axis", std::string(1, char(std::toupper(kNames[d][0]))));
+        }
+    }
+
+    void DefineNodeCoordinates()
+    {
+        static const char* const kNames[3] = {"z", "y", "x"};
+        for (int d = 0; d < 3; ++d) {
+            Check(nc_def_var(m_File.id, kNames[d], NC_DOUBLE, 3, m_Dims, &m_Coordinate[d]));
+            PutText(m_Coordinate[d], "axis", std::string(1, char(std::toupper(kNames[d][0]))));
+        }
+    }
+
+    void DefineComponents(bool curvilinear)
+    {
+        const double fill = m_Type.defaultFill;
+        for (unsigned int c = 0; c < m_Lattice.ComponentCount(); ++c) {
+            int id = -1;
+            Check(nc_def_var(m_File.id, ("component_" + std::to_string(c + 1)).c_str(), m_Type.nc, 3, m_Dims, &id));
+            std::vector<char> value(shr::CPrimType::Size(m_Type.prim));
+            StoreValue(value.data(), 0, fill);
+            Check(nc_put_att(m_File.id, id, "_FillValue", m_Type.nc, 1, value.data()));
+            PutText(id, "long_name", m_Lattice.GetComponentName(c));
+            if (curvilinear)
+                PutText(id, "coordinates", "z y x");
+            m_Components.push_back(id);
+        }
+    }
+
+    void StoreValue(char* data, size_t index, double value) const
+    {
+        const size_t bytes = shr::CPrimType::Size(m_Type.prim);
+        switch (m_Type.prim) {
+        case shr::Int8: { int8_t v = int8_t(value); std::memcpy(data + index * bytes, &v, bytes); break; }
+        case shr::UInt8: { uint8_t v = uint8_t(value); std::memcpy(data + index * bytes, &v, bytes); break; }
+        case shr::Int16: { int16_t v = int16_t(value); std::memcpy(data + index * bytes, &v, bytes); break; }
+        case shr::UInt16: { uint16_t v = uint16_t(value); std::memcpy(data + index * bytes, &v, bytes); break; }
+        case shr::Int32: { int32_t v = int32_t(value); std::memcpy(data + index * bytes, &v, bytes); break; }
+        case shr::UInt32: { uint32_t v = uint32_t(value); std::memcpy(data + index * bytes, &v, bytes); break; }
+        case shr::Int64: { int64_t v = NC_FILL_INT64; std::memcpy(data + index * bytes, &v, bytes); break; }
+        case shr::Float: { float v = float(value); std::memcpy(data + index * bytes, &v, bytes); break; }
+        default: std::memcpy(data + index * bytes, &value, bytes); break;
+        }
+    }
+
+    void WriteAxisCoordinates()
+    {
+        const unsigned int* dims = m_Lattice.GetDims();
+        for (int axis = 0; axis < 3; ++axis) {
+            std::vector<double> coords(dims[axis]);
+            for (unsigned int n = 0; n < dims[axis]; ++n) {
+                const unsigned int ijk[3] = {axis == 0 ? n : 0, axis == 1 ? n : 0, axis == 2 ? n : 0};
+                coords[n] = m_Lattice.IJKToUVW(ijk[0], ijk[1], ijk[2])[axis];
+            }
+            Check(nc_put_var_double(m_File.id, m_Coordinate[2 - axis], coords.data()));
+        }
+    }
+
+    void WriteNodeCoordinates()
+    {
+        const unsigned int* dims = m_Lattice.GetDims();
+        const size_t nodes = size_t(dims[0]) * dims[1] * dims[2];
+        for (int axis = 0; axis < 3; ++axis) {
+            std::vector<double> values(nodes);
+            for (size_t n = 0; n < nodes; ++n) {
+                unsigned int i = 0, j = 0, k = 0;
+                m_Lattice.IndexToIJK(uint32_t(n), i, j, k);
+                values[n] = m_Lattice.IJKToUVW(i, j, k)[axis];
+            }
+            Check(nc_put_var_double(m_File.id, m_Coordinate[2 - axis], values.data()));
+        }
+    }
+
+    // One layer at a time, blanks as the fill value.
+    void WriteComponent(unsigned int c)
+    {
+        const unsigned int* dims = m_Lattice.GetDims();
+        const size_t layer = size_t(dims[0]) * dims[1];
+        const size_t bytes = m_Lattice.DataComponentSize();
+        std::vector<char> buffer(layer * bytes);
+        for (unsigned int k = 0; k < dims[2]; ++k) {
+            for (size_t n = 0; n < layer; ++n) {
+                const unsigned int node = unsigned(k * layer + n);
+                if (m_Lattice.IsBlank(node, c))
+                    StoreValue(buffer.data(), n, m_Type.defaultFill);
+                else
+                    std::memcpy(&buffer[n * bytes], m_Lattice.DataPtr(node, c), bytes);
+            }
+            const size_t start[3] = {k, 0, 0};
+            const size_t count[3] = {1, dims[1], dims[0]};
+            Check(nc_put_vara(m_File.id, m_Components[c], start, count, buffer.data()));
+        }
+    }
+
+    const core::VdLattice& m_Lattice;
+    const std::string m_Path;
+    const std::string m_Name;
+    const TypeInfo& m_Type;
+    NcHandle m_File;
+    int m_Dims[3] = {-1, -1, -1};
+    int m_Coordinate[3] = {-1, -1, -1};
+    std::vector<int> m_Components;
+};
+
+} // namespace
+
+NetcdfSettings NetcdfGrid::Settings(const FileOptions& options)
+{
+    NetcdfSettings settings;
+    const std::string list = options.Text("variable", "");
+    size_t start = 0;
+    while (start < list.size()) {
+        const size_t end = std::min(list.find(',', start), list.size());
+        std::string name = list.substr(start, end - start);
+        name.erase(0, name.find_first_not_of(' '));
+        name.erase(name.find_last_not_of(' ') + 1);
+        if (!name.empty())
+            settings.variables.push_back(name);
+        start = end + 1;
+    }
+    options.CheckAllUsed("a NetCDF file takes no setting \"%s\"");
+    return settings;
+}
+
+bool NetcdfGrid::Recognise(const unsigned char* head, size_t size)
+{
+    static const unsigned char kHdf5[8] = {0x89, 'H', 'D', 'F', '\r', '\n', 0x1a, '\n'};
+    if (size >= 4 && std::memcmp(head, "CDF", 3) == 0 && (head[3] == 1 || head[3] == 2 || head[3] == 5))
+        return true;
+    return size >= 8 && std::memcmp(head, kHdf5, 8) == 0;
+}
+
+std::unique_ptr<core::VdLattice> NetcdfGrid::Read(const shr::GString& path, const shr::GString& displayName,
+                                                  const NetcdfSettings& settings)
+{
+    return GridReader(path, displayName.empty() ? path : displayName, settings).Read();
+}
+
+void NetcdfGrid::Write(const core::VdLattice& lattice, const std::string& path, const std::string& displayName)
+{
+    GridWriter(lattice, path, displayName).Write();
+}
+
+} // namespace host
