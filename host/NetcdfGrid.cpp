@@ -5,6 +5,7 @@
 #include "core/data/VdUniformLattice.h"
 #include "host/HostError.h"
 #include "host/LatticeFile.h"
+#include "host/PrimValue.h"
 
 #include <netcdf.h>
 
@@ -51,28 +52,6 @@ const TypeInfo& FindType(shr::PrimType type)
             return info;
     }
     return kTypes[8];
-}
-
-template <class T>
-double ValueAt(const void* data, size_t index)
-{
-    return double(static_cast<const T*>(data)[index]);
-}
-
-// Reads element `index` of a block of `type` as a double.
-double ReadValue(shr::PrimType type, const void* data, size_t index)
-{
-    switch (type) {
-    case shr::Int8: return ValueAt<int8_t>(data, index);
-    case shr::UInt8: return ValueAt<uint8_t>(data, index);
-    case shr::Int16: return ValueAt<int16_t>(data, index);
-    case shr::UInt16: return ValueAt<uint16_t>(data, index);
-    case shr::Int32: return ValueAt<int32_t>(data, index);
-    case shr::UInt32: return ValueAt<uint32_t>(data, index);
-    case shr::Int64: return ValueAt<int64_t>(data, index);
-    case shr::Float: return ValueAt<float>(data, index);
-    default: return ValueAt<double>(data, index);
-    }
 }
 
 std::string Lower(std::string text)
@@ -574,7 +553,7 @@ private:
         const size_t tuple = size_t(lattice.DataTupleSize());
         const size_t outBytes = lattice.DataComponentSize();
         for (size_t n = 0; n < nodes; ++n) {
-            const double value = ReadValue(component.type->prim, raw, n);
+            const double value = ReadAsDouble(component.type->prim, raw, n);
             if (component.IsBlank(value))
                 lattice.SetBlank(unsigned(n), c);
             if (direct)
@@ -714,12 +693,11 @@ private:
 
     void DefineComponents(bool curvilinear)
     {
-        const double fill = m_Type.defaultFill;
         for (unsigned int c = 0; c < m_Lattice.ComponentCount(); ++c) {
             int id = -1;
             Check(nc_def_var(m_File.id, ("component_" + std::to_string(c + 1)).c_str(), m_Type.nc, 3, m_Dims, &id));
             std::vector<char> value(shr::CPrimType::Size(m_Type.prim));
-            StoreValue(value.data(), 0, fill);
+            StoreFill(value.data(), 0);
             Check(nc_put_att(m_File.id, id, "_FillValue", m_Type.nc, 1, value.data()));
             PutText(id, "long_name", m_Lattice.GetComponentName(c));
             if (curvilinear)
@@ -728,19 +706,15 @@ private:
         }
     }
 
-    void StoreValue(char* data, size_t index, double value) const
+    // The default fill of a 64-bit integer is beyond a double's exact range:
+    // it is stored as the integer itself.
+    void StoreFill(char* data, size_t index) const
     {
-        const size_t bytes = shr::CPrimType::Size(m_Type.prim);
-        switch (m_Type.prim) {
-        case shr::Int8: { int8_t v = int8_t(value); std::memcpy(data + index * bytes, &v, bytes); break; }
-        case shr::UInt8: { uint8_t v = uint8_t(value); std::memcpy(data + index * bytes, &v, bytes); break; }
-        case shr::Int16: { int16_t v = int16_t(value); std::memcpy(data + index * bytes, &v, bytes); break; }
-        case shr::UInt16: { uint16_t v = uint16_t(value); std::memcpy(data + index * bytes, &v, bytes); break; }
-        case shr::Int32: { int32_t v = int32_t(value); std::memcpy(data + index * bytes, &v, bytes); break; }
-        case shr::UInt32: { uint32_t v = uint32_t(value); std::memcpy(data + index * bytes, &v, bytes); break; }
-        case shr::Int64: { int64_t v = NC_FILL_INT64; std::memcpy(data + index * bytes, &v, bytes); break; }
-        case shr::Float: { float v = float(value); std::memcpy(data + index * bytes, &v, bytes); break; }
-        default: std::memcpy(data + index * bytes, &value, bytes); break;
+        if (m_Type.prim == shr::Int64) {
+            const int64_t fill = NC_FILL_INT64;
+            std::memcpy(data + index * sizeof fill, &fill, sizeof fill);
+        } else {
+            StoreFromDouble(m_Type.prim, data, index, m_Type.defaultFill);
         }
     }
 
@@ -783,7 +757,7 @@ private:
             for (size_t n = 0; n < layer; ++n) {
                 const unsigned int node = unsigned(k * layer + n);
                 if (m_Lattice.IsBlank(node, c))
-                    StoreValue(buffer.data(), n, m_Type.defaultFill);
+                    StoreFill(buffer.data(), n);
                 else
                     std::memcpy(&buffer[n * bytes], m_Lattice.DataPtr(node, c), bytes);
             }

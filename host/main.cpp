@@ -1,5 +1,6 @@
 // fenrak: the reference host of Fenrak Core.
 #include "core/network/VoNetwork.h"
+#include "host/ExportCommand.h"
 #include "host/HostUiProxy.h"
 #include "host/ModuleCatalogue.h"
 #include "host/PropertiesCommand.h"
@@ -22,6 +23,8 @@ const char* const kUsage =
     "commands:\n"
     "  render [SCENE] [-o out.png] [--iv out.iv] [--size WxH] [--save DOC] [--stats]\n"
     "               draw a scene file or a saved document (the demo scene without one)\n"
+    "  export SCENE --module NAME -o FILE\n"
+    "               write a module's output: .nc, .vti/.vtr/.vts, .csv, .iv\n"
     "  modules      list the module registry: type, path, input and output kinds, help\n"
     "  properties TYPE\n"
     "               list a module type's property keys with their current values\n"
@@ -49,6 +52,8 @@ int Run(int argc, char** argv)
     }
     if (command == "render")
         return host::RenderCommand::Run(args, std::cout, std::cerr, host::HostUiProxy::StderrIsTerminal());
+    if (command == "export")
+        return host::ExportCommand::Run(args, std::cout, std::cerr, host::HostUiProxy::StderrIsTerminal());
     if (command == "properties")
         return host::PropertiesCommand::Run(args, std::cout, std::cerr);
     std::cerr << "fenrak: unknown command '" << command << "'\n\n" << kUsage;
