@@ -32,18 +32,28 @@ void HostPropertyList::Remove(int id)
 {
     SimplePropertyCollection::Remove(id);
     m_Rows.erase(id);
+    m_ReadOnly.erase(id);
 }
 
 void HostPropertyList::RemoveAll()
 {
     SimplePropertyCollection::RemoveAll();
     m_Rows.clear();
+    m_ReadOnly.clear();
 }
 
 void HostPropertyList::Describe(int id, const std::string& key, const char* label, const char* kind,
                                 std::vector<std::string> choices)
 {
     m_Rows[id] = RowInfo{key, label ? label : "", kind, std::move(choices)};
+}
+
+void HostPropertyList::ReadOnly(int id, bool readOnly)
+{
+    if (readOnly)
+        m_ReadOnly.insert(id);
+    else
+        m_ReadOnly.erase(id);
 }
 
 void HostPropertyList::AddStatic(const core::VbModuleId& module, int id, const char* label, const char* help,

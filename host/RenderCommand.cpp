@@ -5,11 +5,15 @@
 #include "host/HostError.h"
 #include "host/HostUiProxy.h"
 #include "host/NetworkDocument.h"
+#include "host/OutputFile.h"
+#include "host/ReportWriter.h"
 #include "host/ScenePass.h"
 #include "host/ScenePicture.h"
 #include "host/SceneStatistics.h"
 #include "shr/LocateFile.h"
 
+#include <fstream>
+#include <memory>
 #include <ostream>
 
 namespace host {
@@ -23,8 +27,21 @@ const std::string& TakeValue(const std::vector<std::string>& args, size_t& i)
     return args[++i];
 }
 
+void WriteReport(OutputFile& output, const std::string& scene, const HostUiProxy& proxy)
+{
+    std::ofstream out(output.Temporary(), std::ios::binary | std::ios::trunc);
+    ReportWriter::Write(scene, proxy, out);
+    out.close();
+    if (!out)
+        HOST_SYSTEM_ERROR("cannot write the report");
+    output.Commit();
+}
+
 void Execute(const RenderOptions& options, std::ostream& out, const HostUiProxy& proxy)
 {
+    // Checked before anything is computed.
+    const std::unique_ptr<OutputFile> report =
+        options.report.empty() ? nullptr : std::make_unique<OutputFile>(options.report, "report");
     ScenePass pass;
     const std::string path = ScenePass::SceneOrDemo(options.scene);
     SceneView view = pass.LoadAndRun(path);
@@ -39,6 +56,8 @@ void Execute(const RenderOptions& options, std::ostream& out, const HostUiProxy&
         ScenePicture::Draw(view).WritePng(options.picture);
     if (!options.inventor.empty())
         ScenePicture::WriteInventor(options.inventor);
+    if (!options.report.empty())
+        WriteReport(*report, path, proxy);
     if (options.stats)
         SceneStatistics::Print(out, proxy);
 }
@@ -64,6 +83,8 @@ RenderOptions RenderCommand::ParseArguments(const std::vector<std::string>& args
             options.sizeGiven = true;
         } else if (arg == "--stats")
             options.stats = true;
+        else if (arg == "--report")
+            options.report = TakeValue(args, i);
         else if (!arg.empty() && arg[0] == '-')
             HOST_USER_ERROR("render: unknown option \"%s\"", arg.c_str());
         else if (!options.scene.empty())
@@ -71,7 +92,8 @@ RenderOptions RenderCommand::ParseArguments(const std::vector<std::string>& args
         else
             options.scene = arg;
     }
-    if (options.picture.empty() && options.inventor.empty() && options.document.empty() && !options.stats)
+    if (options.picture.empty() && options.inventor.empty() && options.document.empty() && !options.stats &&
+        options.report.empty())
         options.picture = DefaultPicture;
     return options;
 }

@@ -1,6 +1,6 @@
 #pragma once
 // RenderCommand: `fenrak render [SCENE] [-o out.png] [--iv out.iv] [--size WxH]
-// [--save DOC] [--stats]`. Builds the network from a scene file or a document
+// [--save DOC] [--stats] [--report out.json]`. Builds the network from a scene file or a document
 // (told apart by content), runs the passes on the update thread, waits, and
 // writes what was asked for. Any error (in the scene, a module's execution,
 // the drawing) is reported before anything is written, with exit status 1 for
@@ -18,6 +18,7 @@ struct RenderOptions {
     std::string picture; // PNG path; empty: none
     std::string inventor;
     std::string document;
+    std::string report; // JSON path; empty: none
     bool stats = false;
     bool sizeGiven = false;
     int width = 0;

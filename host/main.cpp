@@ -22,6 +22,7 @@ const char* const kUsage =
     "\n"
     "commands:\n"
     "  render [SCENE] [-o out.png] [--iv out.iv] [--size WxH] [--save DOC] [--stats]\n"
+    "               [--report out.json]\n"
     "               draw a scene file or a saved document (the demo scene without one)\n"
     "  export SCENE --module NAME -o FILE\n"
     "               write a module's output: .nc, .vti/.vtr/.vts, .csv, .iv\n"
