@@ -5,6 +5,7 @@
 #include "host/ModuleCatalogue.h"
 #include "host/PropertiesCommand.h"
 #include "host/RenderCommand.h"
+#include "host/ViewCommand.h"
 
 #include "shr/Exception.h"
 #include "shr/Logger.h"
@@ -26,6 +27,8 @@ const char* const kUsage =
     "               draw a scene file or a saved document (the demo scene without one)\n"
     "  export SCENE --module NAME -o FILE\n"
     "               write a module's output: .nc, .vti/.vtr/.vts, .csv, .iv\n"
+    "  view [SCENE] [--screenshot out.png --quit-after SECONDS]\n"
+    "               turn, pan and zoom a scene, drag its slices (a window on X)\n"
     "  modules      list the module registry: type, path, input and output kinds, help\n"
     "  properties TYPE\n"
     "               list a module type's property keys with their current values\n"
@@ -53,6 +56,8 @@ int Run(int argc, char** argv)
     }
     if (command == "render")
         return host::RenderCommand::Run(args, std::cout, std::cerr, host::HostUiProxy::StderrIsTerminal());
+    if (command == "view")
+        return host::ViewCommand::Run(args, std::cerr);
     if (command == "export")
         return host::ExportCommand::Run(args, std::cout, std::cerr, host::HostUiProxy::StderrIsTerminal());
     if (command == "properties")
