@@ -28,11 +28,13 @@ class VdVertexData;
 
 // A cell's value: the mean of its eight nodes.
 struct CellComponentAverage {
+    static constexpr int Nodes = 8; // the nodes Evaluate reads, in node order
     static double Evaluate(const double* v) { return (v[0] + v[1] + v[2] + v[3] + v[4] + v[5] + v[6] + v[7]) * 0.125; }
 };
 
 // A cell's value: that of its first node (i, j, k).
 struct CellComponentCorner {
+    static constexpr int Nodes = 1;
     static double Evaluate(const double* nodes) { return nodes[0]; }
 };
 
@@ -61,13 +63,16 @@ std::vector<double> CollectFlatCellValues(const VdLattice& lattice, unsigned int
 
 namespace LatticeUtilityPrivate {
 
-// The body of the parallel per-cell loop over cell numbers.
+// The body of the parallel per-cell loop over cell numbers. Each task finds
+// its first cell and then steps from cell to cell; blanks are looked for only
+// when the lattice has any, and only the nodes the policy reads are read.
 template <class Index, class Policy>
 class CellComponentEvaluator {
 public:
     CellComponentEvaluator(const VdLattice& lattice, const LatticeLocator& locator, unsigned int component,
                            std::vector<double>& out)
-        : m_Lattice(lattice), m_Locator(locator), m_Component(component), m_Out(out.data())
+        : m_Lattice(lattice), m_Locator(locator), m_Component(component), m_Out(out.data()),
+          m_Blanks(lattice.HasBlanks())
     {
     }
 
@@ -89,19 +94,27 @@ private:
         const uint64_t stride = m_Lattice.ComponentCount();
         const Index row = dims[0], layer = dims[0] * dims[1];
         const Index offsets[8] = {0, 1, row, row + 1, layer, layer + 1, layer + row, layer + row + 1};
-        std::vector<double> nodes(8);
+        const LatticeRange& range = m_Locator.Range();
+        double nodes[8];
+        unsigned int i, j, k;
+        m_Locator.Locate(cells.begin(), i, j, k);
         for (size_t n = cells.begin(); n != cells.end(); ++n) {
-            unsigned int i, j, k;
-            m_Locator.Locate(n, i, j, k);
             const Index first = m_Lattice.Index(i, j, k);
             bool blank = false;
-            for (int corner = 0; corner < 8 && !blank; ++corner) {
-                const Index node = first + offsets[corner];
-                blank = m_Lattice.IsBlank(node, m_Component);
-                nodes[corner] = PrimConvert<double>(values[node * stride + m_Component]);
+            for (int corner = 0; m_Blanks && corner < 8 && !blank; ++corner)
+                blank = m_Lattice.IsBlank(first + offsets[corner], m_Component);
+            if (!blank) {
+                for (int corner = 0; corner < Policy::Nodes; ++corner)
+                    nodes[corner] = PrimConvert<double>(values[(first + offsets[corner]) * stride + m_Component]);
             }
-            if (!blank)
-                m_Out[n] = Policy::Evaluate(nodes.data());
+            m_Out[n] = blank ? VdVertexData::BlankVal : Policy::Evaluate(nodes);
+            if (++i + 1 == range.iEnd) {
+                i = range.iFirst;
+                if (++j + 1 == range.jEnd) {
+                    j = range.jFirst;
+                    ++k;
+                }
+            }
         }
     }
 
@@ -109,6 +122,7 @@ private:
     const LatticeLocator& m_Locator;
     unsigned int m_Component;
     double* m_Out;
+    bool m_Blanks;
 };
 
 } // namespace LatticeUtilityPrivate
@@ -116,19 +130,30 @@ private:
 // One value per cell of the range, i fastest; BlankVal for a cell with a blank
 // node. Errors: "Component index out of range.", "Lattice range must describe
 // at least one cell.", "Invalid lattice range.", "Lattice range describes
-// more than one 2D axis.".
+// more than one 2D axis.". This form fills `values`, whose memory is reused
+// from one call to the next.
 template <class Policy>
-std::vector<double> CollectCellValues(const VdLattice& lattice, unsigned int component, const LatticeRange& range)
+void CollectCellValues(const VdLattice& lattice, unsigned int component, const LatticeRange& range,
+                       std::vector<double>& values)
 {
-    if (CheckCellRange(lattice, component, range))
-        return CollectFlatCellValues(lattice, component, range);
+    if (CheckCellRange(lattice, component, range)) {
+        values = CollectFlatCellValues(lattice, component, range);
+        return;
+    }
     const LatticeLocator locator(range);
-    std::vector<double> values(locator.CellCount(), VdVertexData::BlankVal);
+    values.resize(locator.CellCount());
     const LatticeUtilityPrivate::CellComponentEvaluator<unsigned int, Policy> body(lattice, locator, component, values);
     tbb::task_group_context context;
     HandOver(values.data());
     tbb::parallel_for(tbb::blocked_range<size_t>(0, values.size()), body, tbb::auto_partitioner(), context);
     TakeOver(values.data());
+}
+
+template <class Policy>
+std::vector<double> CollectCellValues(const VdLattice& lattice, unsigned int component, const LatticeRange& range)
+{
+    std::vector<double> values;
+    CollectCellValues<Policy>(lattice, component, range, values);
     return values;
 }
 

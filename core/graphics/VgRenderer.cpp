@@ -1,5 +1,6 @@
 #include "core/graphics/VgRenderer.h"
 
+#include "core/data/ThreadHandOver.h"
 #include "core/data/VdGeometry.h"
 #include "core/graphics/GLFont.h"
 #include "core/graphics/InvConvert.h"
@@ -53,6 +54,9 @@
 #include <Inventor/nodes/SoTransformSeparator.h>
 #include <Inventor/nodes/SoTranslation.h>
 #include <Inventor/nodes/SoVertexProperty.h>
+
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_for.h>
 
 #include <cstdlib>
 #include <limits>
@@ -125,6 +129,26 @@ void FillField(Field& field, size_t count, Fill fill)
         field.setNum(0);
         throw;
     }
+}
+
+// Runs body(begin, end) over [0, count): on TBB workers for long runs. Each
+// element is converted alone, so the result is the same either way.
+template <class Body>
+void ForRange(size_t count, Body body)
+{
+    constexpr size_t kSerial = size_t(1) << 16;
+    if (count < kSerial) {
+        body(size_t(0), count);
+        return;
+    }
+    const int token = 0;
+    HandOver(&token);
+    tbb::parallel_for(tbb::blocked_range<size_t>(0, count, kSerial / 4), [&](const tbb::blocked_range<size_t>& r) {
+        TakeOver(&token);
+        body(r.begin(), r.end());
+        HandOver(&token);
+    });
+    TakeOver(&token);
 }
 
 template <class Field, class T>
@@ -275,10 +299,21 @@ void VgRenderer::UpdateTransform(InvSmartPtr<SoNode> node)
     UpdateTransform(InvBoundingBox(node), shr::Mat4d());
 }
 
-void VgRenderer::ConvertVertex(const SceneTransform& transform, const shr::Vec3d& position, SbVec3f& result)
+namespace {
+
+// The one conversion, local so that the long loops below inline it (an
+// exported function of a shared library is not inlined).
+inline void ShiftAndNarrow(const SceneTransform& transform, const shr::Vec3d& position, SbVec3f& result)
 {
     result.setValue(float(position.x + transform.XTransform()), float(position.y + transform.YTransform()),
                     float(position.z));
+}
+
+} // namespace
+
+void VgRenderer::ConvertVertex(const SceneTransform& transform, const shr::Vec3d& position, SbVec3f& result)
+{
+    ShiftAndNarrow(transform, position, result);
 }
 
 void VgRenderer::ConvertVertex(const shr::Vec3d& position, SbVec3f& result) const
@@ -300,16 +335,20 @@ void VgRenderer::CollectVertices(SoMFVec3f& field, const shr::Vec3d* vertices, s
         ThrowRendererError("Transform must be updated prior to collecting vertices.");
     const SceneTransform transform = m_Transform;
     FillField(field, count, [&](SbVec3f* target) {
-        for (size_t i = 0; i < count; ++i)
-            ConvertVertex(transform, vertices[i], target[i]);
+        ForRange(count, [&](size_t begin, size_t end) {
+            for (size_t i = begin; i < end; ++i)
+                ShiftAndNarrow(transform, vertices[i], target[i]);
+        });
     });
 }
 
 void VgRenderer::CollectColors(SoMFUInt32& field, const shr::Color4b* colors, size_t count)
 {
     FillField(field, count, [&](uint32_t* target) {
-        for (size_t i = 0; i < count; ++i)
-            target[i] = PackColor(colors[i]);
+        ForRange(count, [&](size_t begin, size_t end) {
+            for (size_t i = begin; i < end; ++i)
+                target[i] = PackColor(colors[i]);
+        });
     });
 }
 

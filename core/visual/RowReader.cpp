@@ -42,4 +42,13 @@ void RowReader::Clamped(VbPropList& list, int id, int lo, int hi, int& value)
     list.SetNum(id, value);
 }
 
+void RowReader::Face(VbPropList& list, int id, shr::GString& face)
+{
+    shr::GString name;
+    list.GetValue(id, name);
+    if (!name.empty())
+        face = name;
+    list.StringValue(id, face);
+}
+
 } // namespace core

@@ -3,6 +3,8 @@
 // limits applied, for modules whose rows the host may set to anything (a
 // scene file, a command). What the module keeps is written back to the row,
 // so that the row never shows a value the module does not hold.
+#include "shr/GString.h"
+
 #include <cstdint>
 
 namespace core {
@@ -18,6 +20,8 @@ public:
     static void Clamped(VbPropList& list, int id, double lo, double hi, double& value);
     static void Clamped(VbPropList& list, int id, double lo, double hi, float& value);
     static void Clamped(VbPropList& list, int id, int lo, int hi, int& value);
+    // A font row's face; an empty name is refused.
+    static void Face(VbPropList& list, int id, shr::GString& face);
 };
 
 } // namespace core

@@ -20,6 +20,7 @@
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/properties/VbStringPropertyConverter.h"
 #include "core/properties/VbUnsignedPropertyConverter.h"
+#include "core/graphics/VgRenderer.h"
 #include "core/visual/VoIsoSurfacePrivate.h"
 #include "shr/Archive.h"
 #include "shr/Exception.h"

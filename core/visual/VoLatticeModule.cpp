@@ -39,6 +39,14 @@ void VoLatticeModule::UpdateColorMapDataLimits(const VdLattice* lattice)
     m_ColorMap.SetDataLimits(limits.first, limits.second);
 }
 
+void VoLatticeModule::ReadInputComponent(VbPropList& list, int id)
+{
+    unsigned int component = m_InputComponent;
+    list.GetValue(id, component);
+    InputComponentSafe(component);
+    UpdateColorMapDataLimits(InputLattice(0));
+}
+
 shr::Color4b VoLatticeModule::InterpolateColor(double value) const
 {
     return m_ColorMap.DatToColor(value);
@@ -59,13 +67,6 @@ void VoLatticeModule::AddComponentRow(VbPropList& list, const shr::GString& key,
     if (lattice && lattice->ComponentCount() > 1)
         list.AddUnsigned(Id(), key, id, "Input component", help, m_InputComponent, ValCheckMinMax, 1,
                          lattice->ComponentCount(), 1);
-}
-
-void VoLatticeModule::ReadInputComponent(VbPropList& list, int id)
-{
-    unsigned int component = m_InputComponent;
-    list.GetValue(id, component);
-    InputComponentSafe(component);
 }
 
 bool VoLatticeModule::LegendEvent(VbPropList& list, const VbPropertyEvent& event, int base)

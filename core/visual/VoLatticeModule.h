@@ -42,7 +42,8 @@ protected:
     void AddInputRows(VbPropList& list);
     // The component row, when the lattice has more than one component.
     void AddComponentRow(VbPropList& list, const shr::GString& key, int id, const char* help);
-    // Takes the one-based component from row `id`.
+    // Takes the one-based component row `id` and lets the colour map follow
+    // the new component's range.
     void ReadInputComponent(VbPropList& list, int id);
     // Passes an event of the legend's rows, from `base`, on to the legend;
     // false for a row outside them.

@@ -146,13 +146,9 @@ void VoObliqueSlice::PropertyEvent(VbPropList& list, const VbPropertyEvent& even
 {
     const int id = event.Id();
     switch (id) {
-    case IdComponent: {
-        unsigned int component = m_InputComponent;
-        list.GetValue(id, component);
-        InputComponentSafe(component);
-        UpdateColorMapDataLimits(InputLattice(0));
+    case IdComponent:
+        ReadInputComponent(list, id);
         break;
-    }
     case IdResolution:
         list.GetValue(id, m_Resolution);
         break;

@@ -169,13 +169,9 @@ void VoOrthoSlice::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
 {
     const int id = event.Id();
     switch (id) {
-    case IdComponent: {
-        unsigned int component = m_InputComponent;
-        list.GetValue(id, component);
-        InputComponentSafe(component);
-        UpdateColorMapDataLimits(InputLattice(0));
+    case IdComponent:
+        ReadInputComponent(list, id);
         break;
-    }
     case IdOrientation:
         list.GetValue(id, m_Orientation);
         ShowSlice(list);
