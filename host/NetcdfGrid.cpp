@@ -13,6 +13,7 @@
 #include <cctype>
 #include <cmath>
 #include <cstring>
+#include <fstream>
 #include <limits>
 #include <map>
 
@@ -53,6 +54,92 @@ const TypeInfo& FindType(shr::PrimType type)
     }
     return kTypes[8];
 }
+
+// The classic formats (CDF-1, 2 and 5) keep every variable at an offset
+// that the header gives; the library reads zeros past the end of a cut
+// file. Walks the header and returns the first variable that the file no
+// longer holds whole, or an empty text.
+class ClassicHeader {
+public:
+    explicit ClassicHeader(const std::string& path) : m_File(path, std::ios::binary | std::ios::ate)
+    {
+        m_Size = m_File ? uint64_t(m_File.tellg()) : 0;
+        m_File.seekg(0);
+    }
+
+    std::string FindTruncation()
+    {
+        char magic[4] = {};
+        m_File.read(magic, 4);
+        if (!m_File || std::memcmp(magic, "CDF", 3) != 0)
+            return std::string();
+        m_Wide = magic[3] == 5;
+        const bool offsets64 = magic[3] != 1;
+        Count(); // records
+        SkipDimensions();
+        SkipAttributes();
+        Word(); // the variables' tag
+        for (uint64_t v = 0, n = Count(); v < n && m_File; ++v) {
+            const std::string name = Name();
+            const uint64_t dims = Count();
+            for (uint64_t d = 0; d < dims; ++d)
+                Count();
+            SkipAttributes();
+            Word(); // type
+            const uint64_t size = Count();
+            const uint64_t begin = offsets64 ? Long() : Word();
+            if (m_File && (begin > m_Size || size > m_Size - begin))
+                return name;
+        }
+        return std::string();
+    }
+
+private:
+    uint64_t Word()
+    {
+        unsigned char b[4] = {};
+        m_File.read(reinterpret_cast<char*>(b), 4);
+        return uint64_t(b[0]) << 24 | uint64_t(b[1]) << 16 | uint64_t(b[2]) << 8 | b[3];
+    }
+    uint64_t Long() { return Word() << 32 | Word(); }
+    uint64_t Count() { return m_Wide ? Long() : Word(); }
+    void Skip(uint64_t bytes) { m_File.seekg(std::streamoff((bytes + 3) / 4 * 4), std::ios::cur); }
+    std::string Name()
+    {
+        const uint64_t length = Count();
+        if (length > 4096) {
+            m_File.setstate(std::ios::failbit);
+            return std::string();
+        }
+        std::string name(length, '\0');
+        m_File.read(&name[0], std::streamsize(length));
+        m_File.seekg(std::streamoff((4 - length % 4) % 4), std::ios::cur);
+        return name;
+    }
+    void SkipDimensions()
+    {
+        Word();
+        for (uint64_t d = 0, n = Count(); d < n && m_File; ++d) {
+            Name();
+            Count();
+        }
+    }
+    void SkipAttributes()
+    {
+        static const int kSizes[12] = {0, 1, 1, 2, 4, 4, 8, 1, 2, 4, 8, 8};
+        Word();
+        for (uint64_t a = 0, n = Count(); a < n && m_File; ++a) {
+            Name();
+            const uint64_t type = Word();
+            const uint64_t count = Count();
+            Skip(count * uint64_t(type < 12 ? kSizes[type] : 1));
+        }
+    }
+
+    std::ifstream m_File;
+    uint64_t m_Size = 0;
+    bool m_Wide = false;
+};
 
 std::string Lower(std::string text)
 {
@@ -108,6 +195,9 @@ public:
     std::unique_ptr<core::VdLattice> Read()
     {
         Check(nc_open(m_Path.c_str(), NC_NOWRITE, &m_File.id), "cannot open the file");
+        const std::string cut = ClassicHeader(m_Path).FindTruncation();
+        if (!cut.empty())
+            Fail("variable \"%s\" runs past the end of the file: the file is cut short", cut.c_str());
         if (IsOldGmt())
             ReadOldGmtShape();
         else

@@ -267,8 +267,11 @@ TEST(NetcdfGrid, DamagedFilesAreRefused)
     host::NetcdfGrid::Write(lattice, folder.Path("whole.nc"), "whole.nc");
     std::ifstream in(folder.Path("whole.nc"), std::ios::binary);
     std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    folder.Write("cut.nc", bytes.substr(0, 300));
-    EXPECT_THAT(ReadError(folder.Path("cut.nc")), testing::HasSubstr("cube: "));
+    folder.Write("cut.nc", bytes.substr(0, bytes.size() - 4));
+    EXPECT_THAT(ReadError(folder.Path("cut.nc")),
+                testing::HasSubstr("cube: variable \"component_1\" runs past the end of the file"));
+    folder.Write("head.nc", bytes.substr(0, 100));
+    EXPECT_THAT(ReadError(folder.Path("head.nc")), testing::HasSubstr("cube: "));
     EXPECT_THAT(ReadError(folder.Path("whole.nc"), {{"variable", "nothing"}}),
                 testing::HasSubstr("no variable \"nothing\""));
 }
