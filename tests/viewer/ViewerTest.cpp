@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <sys/wait.h>
 #include <sstream>
 
 namespace {
@@ -78,6 +79,22 @@ TEST_F(ViewerTest, DrawsTheSceneAndRerunsPassesWhenADraggerMoves)
     ASSERT_TRUE(dragged);
     EXPECT_EQ(passesAfter, passesBefore + 1);
     EXPECT_GT(MeanDifference(before, after), 0.5);
+}
+
+// The command line: a screenshot after the given time, then a clean exit;
+// a screenshot without a time to quit is refused before anything opens.
+TEST_F(ViewerTest, CommandWritesAScreenshotAndQuits)
+{
+    hosttest::ScratchFolder folder;
+    const std::string scene = folder.Write("sliced.json", kSlicedScene);
+    const std::string program = FENRAK_PROGRAM;
+    const std::string shot = folder.Path("shot.png");
+    EXPECT_EQ(std::system((program + " view " + scene + " --screenshot " + shot + " --quit-after 0.5 2>/dev/null").c_str()), 0);
+    const render::Image image = hosttest::ReadPng(shot);
+    EXPECT_EQ(image.Width(), 320);
+    EXPECT_FALSE(Uniform(image));
+    EXPECT_EQ(WEXITSTATUS(std::system((program + " view " + scene + " --screenshot x.png 2>/dev/null").c_str())), 1);
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"shot.png", "sliced.json"}));
 }
 
 } // namespace
