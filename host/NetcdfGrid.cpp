@@ -56,9 +56,10 @@ const TypeInfo& FindType(shr::PrimType type)
 }
 
 // The classic formats (CDF-1, 2 and 5) keep every variable at an offset
-// that the header gives; the library reads zeros past the end of a cut
-// file. Walks the header and returns the first variable that the file no
-// longer holds whole, or an empty text.
+// that the header gives, and the library reads zeros past the end of a cut
+// file; it also allocates by the header's counts before checking them. The
+// header is walked here first: every count must fit in the file, and every
+// variable must end within it. Returns what is wrong, or an empty text.
 class ClassicHeader {
 public:
     explicit ClassicHeader(const std::string& path) : m_File(path, std::ios::binary | std::ios::ate)
@@ -67,7 +68,7 @@ public:
         m_File.seekg(0);
     }
 
-    std::string FindTruncation()
+    std::string Check()
     {
         char magic[4] = {};
         m_File.read(magic, 4);
@@ -78,20 +79,18 @@ public:
         Count(); // records
         SkipDimensions();
         SkipAttributes();
-        Word(); // the variables' tag
-        for (uint64_t v = 0, n = Count(); v < n && m_File; ++v) {
+        for (uint64_t v = 0, n = ListCount(); v < n && m_File; ++v) {
             const std::string name = Name();
-            const uint64_t dims = Count();
-            for (uint64_t d = 0; d < dims; ++d)
+            for (uint64_t d = 0, dims = Bounded(Count(), NC_MAX_VAR_DIMS); d < dims; ++d)
                 Count();
             SkipAttributes();
             Word(); // type
             const uint64_t size = Count();
             const uint64_t begin = offsets64 ? Long() : Word();
             if (m_File && (begin > m_Size || size > m_Size - begin))
-                return name;
+                return "variable \"" + name + "\" runs past the end of the file: the file is cut short";
         }
-        return std::string();
+        return m_File ? std::string() : std::string("the header is damaged or cut short");
     }
 
 private:
@@ -103,14 +102,27 @@ private:
     }
     uint64_t Long() { return Word() << 32 | Word(); }
     uint64_t Count() { return m_Wide ? Long() : Word(); }
-    void Skip(uint64_t bytes) { m_File.seekg(std::streamoff((bytes + 3) / 4 * 4), std::ios::cur); }
+    // A count the reader stops at when it cannot be true.
+    uint64_t Bounded(uint64_t count, uint64_t limit)
+    {
+        if (count > limit)
+            m_File.setstate(std::ios::failbit);
+        return m_File ? count : 0;
+    }
+    // A list's tag and length: each entry takes at least 4 bytes.
+    uint64_t ListCount()
+    {
+        Word();
+        return Bounded(Count(), m_Size / 4);
+    }
+    void Skip(uint64_t bytes)
+    {
+        Bounded(bytes, m_Size);
+        m_File.seekg(std::streamoff((bytes + 3) / 4 * 4), std::ios::cur);
+    }
     std::string Name()
     {
-        const uint64_t length = Count();
-        if (length > 4096) {
-            m_File.setstate(std::ios::failbit);
-            return std::string();
-        }
+        const uint64_t length = Bounded(Count(), NC_MAX_NAME);
         std::string name(length, '\0');
         m_File.read(&name[0], std::streamsize(length));
         m_File.seekg(std::streamoff((4 - length % 4) % 4), std::ios::cur);
@@ -118,8 +130,7 @@ private:
     }
     void SkipDimensions()
     {
-        Word();
-        for (uint64_t d = 0, n = Count(); d < n && m_File; ++d) {
+        for (uint64_t d = 0, n = ListCount(); d < n && m_File; ++d) {
             Name();
             Count();
         }
@@ -127,11 +138,10 @@ private:
     void SkipAttributes()
     {
         static const int kSizes[12] = {0, 1, 1, 2, 4, 4, 8, 1, 2, 4, 8, 8};
-        Word();
-        for (uint64_t a = 0, n = Count(); a < n && m_File; ++a) {
+        for (uint64_t a = 0, n = ListCount(); a < n && m_File; ++a) {
             Name();
             const uint64_t type = Word();
-            const uint64_t count = Count();
+            const uint64_t count = Bounded(Count(), m_Size);
             Skip(count * uint64_t(type < 12 ? kSizes[type] : 1));
         }
     }
@@ -194,10 +204,10 @@ public:
 
     std::unique_ptr<core::VdLattice> Read()
     {
+        const std::string damage = ClassicHeader(m_Path).Check();
+        if (!damage.empty())
+            Fail("%s", damage.c_str());
         Check(nc_open(m_Path.c_str(), NC_NOWRITE, &m_File.id), "cannot open the file");
-        const std::string cut = ClassicHeader(m_Path).FindTruncation();
-        if (!cut.empty())
-            Fail("variable \"%s\" runs past the end of the file: the file is cut short", cut.c_str());
         if (IsOldGmt())
             ReadOldGmtShape();
         else
