@@ -2,6 +2,7 @@
 // Writes small SEG-Y cubes for the tests and the benchmark: IEEE floats,
 // big-endian unless asked, one trace per (inline, crossline) in inline order.
 // Amplitude of trace t, sample s: Value(t, s).
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -38,48 +39,56 @@ struct SegyCube {
         }
     }
 
-    std::vector<unsigned char> Bytes() const
+    // Hands the file to `emit(data, size)` piece by piece.
+    template <class Emit>
+    void Produce(Emit emit) const
     {
-        std::vector<unsigned char> file(3600, 0x40);
-        std::fill(file.begin() + 3200, file.end(), 0);
-        Put(file, 3216, uint16_t(intervalMicroseconds), 2);
-        Put(file, 3220, uint16_t(samples), 2);
-        Put(file, 3224, 5, 2);
+        std::vector<unsigned char> head(3600, 0x40);
+        std::fill(head.begin() + 3200, head.end(), 0);
+        Put(head, 3216, uint16_t(intervalMicroseconds), 2);
+        Put(head, 3220, uint16_t(samples), 2);
+        Put(head, 3224, 5, 2);
+        emit(head.data(), head.size());
+        std::vector<unsigned char> trace(240 + 4 * size_t(samples));
         int number = 0;
         for (int j = 0; j < inlines; ++j) {
             for (int i = 0; i < crosslines; ++i, ++number) {
                 if (std::find(skip.begin(), skip.end(), number) != skip.end())
                     continue;
-                std::vector<unsigned char> header(240, 0);
+                std::fill(trace.begin(), trace.begin() + 240, 0);
                 const double shift = jitter ? jitter(number) : 0.0;
                 const double x = originX + i * ax + j * bx + shift;
                 const double y = originY + i * ay + j * by;
                 const double unit = scalar < 0 ? -scalar : 1.0;
-                Put(header, 70, uint16_t(int16_t(scalar)), 2);
-                Put(header, 108, uint16_t(delayMs), 2);
-                Put(header, 114, uint16_t(samples), 2);
-                Put(header, 180, uint32_t(int32_t(std::lround(x * unit))), 4);
-                Put(header, 184, uint32_t(int32_t(std::lround(y * unit))), 4);
-                Put(header, size_t(inlineByte - 1), uint32_t(100 + j), 4);
-                Put(header, size_t(crosslineByte - 1), uint32_t(200 + i), 4);
-                file.insert(file.end(), header.begin(), header.end());
+                Put(trace, 70, uint16_t(int16_t(scalar)), 2);
+                Put(trace, 108, uint16_t(delayMs), 2);
+                Put(trace, 114, uint16_t(samples), 2);
+                Put(trace, 180, uint32_t(int32_t(std::lround(x * unit))), 4);
+                Put(trace, 184, uint32_t(int32_t(std::lround(y * unit))), 4);
+                Put(trace, size_t(inlineByte - 1), uint32_t(100 + j), 4);
+                Put(trace, size_t(crosslineByte - 1), uint32_t(200 + i), 4);
                 for (int s = 0; s < samples; ++s) {
                     uint32_t bits;
                     const float value = Value(number, s);
                     std::memcpy(&bits, &value, 4);
-                    std::vector<unsigned char> word(4);
-                    Put(word, 0, bits, 4);
-                    file.insert(file.end(), word.begin(), word.end());
+                    Put(trace, 240 + 4 * size_t(s), bits, 4);
                 }
+                emit(trace.data(), trace.size());
             }
         }
+    }
+
+    std::vector<unsigned char> Bytes() const
+    {
+        std::vector<unsigned char> file;
+        Produce([&](const unsigned char* data, size_t size) { file.insert(file.end(), data, data + size); });
         return file;
     }
 
     void Write(const std::string& path) const
     {
-        const std::vector<unsigned char> bytes = Bytes();
-        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), long(bytes.size()));
+        std::ofstream out(path, std::ios::binary);
+        Produce([&](const unsigned char* data, size_t size) { out.write(reinterpret_cast<const char*>(data), long(size)); });
     }
 };
 
