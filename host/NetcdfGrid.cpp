@@ -650,22 +650,27 @@ private:
                 FlipAxis(raw, rawBytes, axis);
         }
         char* out = static_cast<char*>(lattice.DataWritePtr());
+        const char* values = raw;
         const size_t tuple = size_t(lattice.DataTupleSize());
         const size_t outBytes = lattice.DataComponentSize();
-        for (size_t n = 0; n < nodes; ++n) {
-            const double value = ReadAsDouble(component.type->prim, raw, n);
-            if (component.IsBlank(value))
-                lattice.SetBlank(unsigned(n), c);
-            if (direct)
-                continue;
-            char* slot = out + n * tuple + c * outBytes;
-            if (!component.packed)
-                std::memcpy(slot, raw + n * rawBytes, rawBytes);
-            else if (component.outType == shr::Float)
-                *reinterpret_cast<float*>(slot) = float(value * component.scale + component.offset);
-            else
-                *reinterpret_cast<double*>(slot) = value * component.scale + component.offset;
-        }
+        // One loop per raw type: the values are read in their own type.
+        core::DispatchPrimType(component.type->prim, [&](auto tag) {
+            using T = typename decltype(tag)::Type;
+            for (size_t n = 0; n < nodes; ++n) {
+                T raw;
+                std::memcpy(&raw, values + n * sizeof(T), sizeof(T));
+                const double value = double(raw);
+                if (component.IsBlank(value))
+                    lattice.SetBlank(unsigned(n), c);
+                if (direct)
+                    continue;
+                char* slot = out + n * tuple + c * outBytes;
+                if (!component.packed)
+                    std::memcpy(slot, &raw, sizeof(T));
+                else
+                    StoreFromDouble(component.outType, slot, 0, value * component.scale + component.offset);
+            }
+        });
     }
 
     void FlipAxis(char* data, size_t bytes, int axis) const

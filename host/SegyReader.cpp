@@ -240,6 +240,7 @@ private:
         m_File = segy_open(m_Path.c_str(), "rb");
         if (!m_File)
             Fail("cannot open the file: %s", std::strerror(errno));
+        segy_mmap(m_File); // reads through a mapping where one can be made, else through the stream
         if (segy_set_format(m_File, m_Layout.format | (m_Layout.lsb ? SEGY_LSB : SEGY_MSB)) != SEGY_OK)
             Fail("sample format %d is not supported", m_Layout.format);
         int traces = 0;
