@@ -189,10 +189,20 @@ struct Component {
 
     bool IsBlank(double raw) const
     {
-        if (std::isnan(raw) || raw < validMin || raw > validMax)
+        // Most files name one or two markers: those are compared directly.
+        if (std::isnan(raw) || raw < validMin || raw > validMax || raw == first || raw == second)
             return true;
-        return std::find(missing.begin(), missing.end(), raw) != missing.end();
+        return missing.size() > 2 && std::find(missing.begin() + 2, missing.end(), raw) != missing.end();
     }
+
+    // Call once `missing` is complete.
+    void TakeMarkers()
+    {
+        first = missing.empty() ? NAN : missing[0];
+        second = missing.size() < 2 ? NAN : missing[1];
+    }
+    double first = NAN;
+    double second = NAN;
 };
 
 class GridReader {
@@ -611,6 +621,7 @@ private:
             component.validMin = low[0];
         if (!high.empty())
             component.validMax = high[0];
+        component.TakeMarkers();
     }
 
     size_t NodeCount() const { return size_t(m_Dims[0]) * m_Dims[1] * m_Dims[2]; }
