@@ -53,6 +53,8 @@ void SceneBuilder::CreateModule(const ModuleSpec& spec)
         if (!spec.file.empty())
             Fail(spec, "\"file\" is only for a " + std::string(PointSetLoader::TypeName) + " or a " +
                            LatticeFileLoader::TypeName + " module");
+        if (!spec.fileOptions.empty())
+            Fail(spec, "\"fileOptions\" go with a \"file\"");
         const core::VbModuleInfo* info = core::VbModuleRegistry::Instance().Construct(spec.type);
         if (!info)
             Fail(spec, "unknown module type \"" + spec.type + "\" (\"fenrak modules\" lists them)");
