@@ -54,6 +54,9 @@ public:
 protected:
     DraggerNode() = default;
 
+    // The dragger itself, for a module that adjusts it outside the
+    // follow-up (a light rescaling its handle after a pass); empty when none.
+    std::shared_ptr<T> Dragger() const { return std::atomic_load(&m_Dragger); }
     // Makes the dragger and routes its events to this node.
     void ConstructDragger();
     void DestroyDragger();

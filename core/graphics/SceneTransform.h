@@ -2,6 +2,8 @@
 // SceneTransform: the X and Y offset that moves the whole scene near the
 // origin before coordinates are narrowed to float; Z is never offset. The
 // network keeps the master copy, each pass's renderer a working copy.
+#include "shr/Vec3.h"
+
 namespace core {
 
 class SceneTransform {
@@ -14,6 +16,11 @@ public:
     double XTransform() const { return m_X; }
     double YTransform() const { return m_Y; }
     SceneTransform Inverse() const { return SceneTransform(-m_X, -m_Y, m_Valid); }
+    // `position` with the offsets added in double; as it is while not valid.
+    shr::Vec3d Moved(const shr::Vec3d& position) const
+    {
+        return m_Valid ? shr::Vec3d(position.x + m_X, position.y + m_Y, position.z) : position;
+    }
     // Positions sampled when an offset is derived from a list of positions.
     static int DefaultSampleSize() { return 5; }
 

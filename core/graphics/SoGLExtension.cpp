@@ -2,6 +2,8 @@
 
 #include <GL/glext.h>
 #include <Inventor/C/glue/gl.h>
+#include <Inventor/actions/SoGLRenderAction.h>
+#include <Inventor/elements/SoGLCacheContextElement.h>
 
 namespace core {
 
@@ -36,6 +38,23 @@ SoGLExtension* SoGLExtManager::getInstance()
     return &extension;
 }
 
+namespace {
+
+void MeasureCallback(void*, SoAction* action)
+{
+    if (action && action->isOfType(SoGLRenderAction::getClassTypeId()))
+        SoGLExtManager::getInstance()->getMetrics(SoGLCacheContextElement::get(action->getState()));
+}
+
+} // namespace
+
+InvSmartPtr<SoCallback> SoGLExtManager::newMeasuringNode()
+{
+    InvSmartPtr<SoCallback> node(new SoCallback);
+    node->setCallback(&MeasureCallback, nullptr);
+    return node;
+}
+
 void SoGLExtension::getMetrics(uint32_t contextId)
 {
     const cc_glglue* glue = cc_glglue_instance(static_cast<int>(contextId));
@@ -62,6 +81,13 @@ void SoGLExtension::getMetrics(uint32_t contextId)
     if (offered & Texture3D)
         glGetIntegerv(GL_MAX_3D_TEXTURE_SIZE, &max3D);
     m_Max3DSize = max3D;
+    GLint lights = 0, planes = 0;
+    glGetIntegerv(GL_MAX_LIGHTS, &lights);
+    glGetIntegerv(GL_MAX_CLIP_PLANES, &planes);
+    if (lights > 0 && planes > 0) {
+        m_MaxLights = lights;
+        m_MaxClipPlanes = planes;
+    }
     setOffered(offered);
     m_Measured = true;
 }

@@ -2,7 +2,7 @@
 // SoGLExtension: what the OpenGL of the drawing context offers the volume
 // textures: 3-D textures, paletted textures, the blend equation and the blend
 // colour, separate blend factors for alpha, and whether a texture of a given
-// size fits. There is one for the
+// size fits; and how many lights and clip planes it has. There is one for the
 // process (SoGLExtManager::getInstance).
 //
 // getMetrics fills it from the context current on the calling thread. The
@@ -19,7 +19,10 @@
 //
 // Readers may be on any thread; measuring and the entry points belong to the
 // thread that draws.
+#include "core/graphics/InvSmartPtr.h"
+
 #include <GL/gl.h>
+#include <Inventor/nodes/SoCallback.h>
 
 #include <atomic>
 #include <cstdint>
@@ -56,6 +59,10 @@ public:
     bool isTextureSizeLegal(int x, int y, int z, int bytesPerTexel) const;
     // GL_MAX_3D_TEXTURE_SIZE of the measured context; 0 before measuring.
     int getMax3DTextureSize() const { return m_Max3DSize.load(); }
+    // GL_MAX_LIGHTS and GL_MAX_CLIP_PLANES of the measured context; before
+    // measuring 8 each, what Mesa gives (and OpenGL promises for lights).
+    int getMaxLights() const { return m_MaxLights.load(); }
+    int getMaxClipPlanes() const { return m_MaxClipPlanes.load(); }
 
     // Capabilities reported as missing whatever the context offers.
     void setDisabled(unsigned mask);
@@ -83,6 +90,8 @@ private:
     std::atomic<unsigned> m_Disabled{0};
     std::atomic<unsigned> m_Noted{0};
     std::atomic<int> m_Max3DSize{0};
+    std::atomic<int> m_MaxLights{8};
+    std::atomic<int> m_MaxClipPlanes{8};
     std::atomic<const cc_glglue*> m_Glue{nullptr};
     std::atomic<void*> m_BlendColor{nullptr};
 };
@@ -90,6 +99,10 @@ private:
 class SoGLExtManager {
 public:
     static SoGLExtension* getInstance();
+    // A node that measures the context each time a scene that holds it is
+    // drawn, for modules that ask between drawings (they run on a thread
+    // without a context).
+    static InvSmartPtr<SoCallback> newMeasuringNode();
 };
 
 } // namespace core

@@ -226,9 +226,9 @@ private:
 // current for the modules after it.
 class VgStateScope : private boost::noncopyable {
 public:
-    VgStateScope(VgRenderer& renderer, VdGeometry& geometry) : m_Renderer(renderer)
+    VgStateScope(VgRenderer& renderer, VdGeometry& geometry, bool separator = true) : m_Renderer(renderer)
     {
-        m_Renderer.PushNode(geometry, true);
+        m_Renderer.PushNode(geometry, separator);
     }
     VgStateScope(VgRenderer& renderer, VgRenderer::StateType type) : m_Renderer(renderer)
     {

@@ -140,6 +140,9 @@ protected:
     // The logical clock, then a tick forward.
     static int64_t GetCurTime();
     void SetGeomFilter(bool filter) { m_GeomFilter = filter; }
+    // For a module whose ShowGeometry keeps its geometry shown and changes
+    // what it draws instead: the flag alone.
+    void StoreGeometryVisible(bool show) { m_ShowGeometry = show; }
     void OnOutputChanged();
     void SerializePortList(shr::Archive& archive, std::vector<VbPort*>& ports);
     // Takes the last input port out of the list, links and all, and puts it

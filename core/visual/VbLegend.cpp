@@ -13,6 +13,7 @@
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/properties/VbStringPropertyConverter.h"
 #include "core/properties/VbUnsignedPropertyConverter.h"
+#include "core/visual/OverlayGLState.h"
 #include "shr/Archive.h"
 #include "shr/Logger.h"
 #include "shr/StringUtil.h"
@@ -92,54 +93,6 @@ public:
 
 protected:
     ~LegendNode() override = default;
-};
-
-// The GL state the legend draws under, set for the life of the object: flat
-// colours in front of everything, in an orthographic projection of the
-// viewport in pixels. Everything is restored on destruction.
-class LegendGLState {
-public:
-    LegendGLState(double width, double height)
-    {
-        glPushAttrib(GL_ALL_ATTRIB_BITS);
-        glDisable(GL_LIGHTING);
-        glDisable(GL_LINE_SMOOTH);
-        glDisable(GL_TEXTURE_1D);
-        glDisable(GL_TEXTURE_2D);
-        glDisable(GL_TEXTURE_3D);
-        glDisable(GL_BLEND);
-        glDisable(GL_CULL_FACE);
-        glEnable(GL_DEPTH_TEST);
-        glDepthFunc(GL_ALWAYS);
-        glDepthMask(GL_TRUE);
-        glDepthRange(0.0, kFrontDepth);
-        glFrontFace(GL_CCW);
-        glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
-        glEnable(GL_COLOR_MATERIAL);
-        glShadeModel(GL_SMOOTH);
-        glLineWidth(1.0f);
-        GLint planes = 0;
-        glGetIntegerv(GL_MAX_CLIP_PLANES, &planes);
-        for (GLint i = 0; i < planes; ++i)
-            glDisable(GLenum(GL_CLIP_PLANE0 + i));
-        glMatrixMode(GL_PROJECTION);
-        glPushMatrix();
-        glLoadIdentity();
-        glOrtho(0.0, width, 0.0, height, -1.0, 1.0);
-        glMatrixMode(GL_MODELVIEW);
-        glPushMatrix();
-        glLoadIdentity();
-    }
-    ~LegendGLState()
-    {
-        glMatrixMode(GL_PROJECTION);
-        glPopMatrix();
-        glMatrixMode(GL_MODELVIEW);
-        glPopMatrix();
-        glPopAttrib();
-    }
-    LegendGLState(const LegendGLState&) = delete;
-    LegendGLState& operator=(const LegendGLState&) = delete;
 };
 
 void Color(const shr::Color4b& color) { glColor4ubv(&color.r); }
@@ -517,7 +470,7 @@ void VbLegend::Render(SoGLRenderAction* action)
     SoCacheElement::invalidate(action->getState());
     const SbVec2s size = action->getViewportRegion().getViewportSizePixels();
     const Frame frame = Layout(size[0], size[1]);
-    LegendGLState state(frame.width, frame.height);
+    OverlayGLState state(frame.width, frame.height, kFrontDepth);
     if (m_ShowBackground) {
         RenderBackground(frame);
         RenderBorder(frame);

@@ -10,9 +10,11 @@
 #include <boost/any.hpp>
 
 #include <atomic>
+#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -78,6 +80,18 @@ protected:
         proxy = std::make_unique<SourceProxy>();
     }
     SourceProxy& host() { return static_cast<SourceProxy&>(*proxy); }
+    // Starts a pass and aborts it once `module` executes. False when the
+    // module did not start or had finished before the abort came.
+    bool AbortWhileExecuting(core::VoModule& module)
+    {
+        host().watched = &module;
+        network().Update();
+        for (int wait = 0; wait < 20000 && !host().executing; ++wait)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        EXPECT_TRUE(host().executing);
+        network().AbortIfBusy(true);
+        return host().executing && module.GetStatus() != core::VoModule::ModuleOk;
+    }
     // The module's rows, listed afresh.
     static std::unique_ptr<LabelledList> Rows(core::VoModule& module)
     {
