@@ -216,6 +216,37 @@ TEST(NetcdfGrid, FillScaleOffsetAndTurnedAxesAreRead)
     EXPECT_EQ(At(*lattice, 1, 2, 0), 11.0);
 }
 
+// The older GMT layout: ranges and sizes as variables, rows from the north,
+// pixel registration putting the nodes in the cells' centres.
+TEST(NetcdfGrid, OlderGmtGridsAreRead)
+{
+    ScratchFolder folder;
+    const std::string path = folder.Path("old.grd");
+    {
+        NcFile nc(path);
+        const int side = nc.Dim("side", 2), size = nc.Dim("xysize", 6);
+        const int xr = nc.Var("x_range", NC_DOUBLE, {side}), yr = nc.Var("y_range", NC_DOUBLE, {side});
+        const int dimension = nc.Var("dimension", NC_INT, {side});
+        const int z = nc.Var("z", NC_FLOAT, {size});
+        const int pixel = 1;
+        nc_put_att_int(nc.id, z, "node_offset", NC_INT, 1, &pixel);
+        nc_enddef(nc.id);
+        const double xs[] = {0, 30}, ys[] = {0, 20};
+        const int n[] = {3, 2};
+        const float values[] = {1, 2, 3, 4, NAN, 6};
+        nc_put_var_double(nc.id, xr, xs);
+        nc_put_var_double(nc.id, yr, ys);
+        nc_put_var_int(nc.id, dimension, n);
+        nc_put_var_float(nc.id, z, values);
+    }
+    const auto lattice = ReadLattice(path);
+    EXPECT_EQ(lattice->GetUVWBounds().min, shr::Vec3d(5, 5, 0));
+    EXPECT_EQ(lattice->GetUVWBounds().max, shr::Vec3d(25, 15, 0));
+    EXPECT_EQ(At(*lattice, 0, 0, 0), 4.0); // the southern row, stored last
+    EXPECT_TRUE(lattice->IsBlank(1, 0, 0, 0));
+    EXPECT_EQ(At(*lattice, 2, 1, 0), 3.0);
+}
+
 // A rectilinear lattice of two components with blanks and a user transform,
 // and a curvilinear one, through the exporter and back.
 TEST(NetcdfGrid, ExportedLatticesReadBackEqual)
