@@ -37,7 +37,7 @@ private:
     [[noreturn]] void Fail(const ModuleSpec& spec, const std::string& message) const;
     void CreateModule(const ModuleSpec& spec);
     std::unique_ptr<core::VoModule> CreatePointSet(const ModuleSpec& spec) const;
-    // Resolves the spec's file and makes the module from it; a bad file is the scene's error.
+    // Resolves the entry's file and makes the module from it; a bad file is the scene's error.
     std::unique_ptr<core::VoModule> CreateFromFile(
         const ModuleSpec& spec,
         const std::function<std::unique_ptr<core::VoModule>(const std::string&)>& create) const;
