@@ -11,8 +11,9 @@ else
 endif
 RELEASE_DIR := build/release
 BENCH_DIR := build/bench
+FUZZ_DIR := build/fuzz
 
-.PHONY: test demo bench deps build clean
+.PHONY: test demo bench fuzz deps build clean
 
 # Sanitizer settings for every program the targets run. The suppression files
 # name only third-party libraries (the scene-graph library's process-lifetime
@@ -44,6 +45,15 @@ bench:
 	@cmake -S . -B $(BENCH_DIR) -G "$(GENERATOR)" -DCMAKE_BUILD_TYPE=Release -DFENRAK_BUILD_TESTS=OFF -DFENRAK_BUILD_BENCH=ON >/dev/null
 	@cmake --build $(BENCH_DIR) -j $(JOBS)
 	@bench/run $(BENCH_DIR)
+
+# Builds the fuzz targets with clang and libFuzzer in build/fuzz; with
+# FUZZ=TARGET also runs that one for FUZZ_SECONDS (default 600).
+fuzz:
+	@scripts/install-deps --fuzz
+	@cmake -S . -B $(FUZZ_DIR) -G "$(GENERATOR)" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang \
+	  -DCMAKE_CXX_COMPILER=clang++ -DFENRAK_FUZZ=ON -DFENRAK_BUILD_TESTS=OFF >/dev/null
+	@cmake --build $(FUZZ_DIR) -j $(JOBS)
+	@if [ -n "$(FUZZ)" ]; then scripts/fuzz $(FUZZ) $(or $(FUZZ_SECONDS),600); fi
 
 clean:
 	rm -rf build

@@ -18,14 +18,19 @@ inline std::string OutputFolder()
     return slash == std::string::npos ? std::string(".") : exe.substr(0, slash);
 }
 
-template <class T>
-void WriteRaw(const std::string& name, const std::vector<T>& values)
+inline void WriteRaw(const std::string& name, const void* data, size_t bytes)
 {
     const std::string path = OutputFolder() + "/" + name;
     if (FILE* file = std::fopen(path.c_str(), "wb")) {
-        std::fwrite(values.data(), sizeof(T), values.size(), file);
+        std::fwrite(data, 1, bytes, file);
         std::fclose(file);
     }
+}
+
+template <class T>
+void WriteRaw(const std::string& name, const std::vector<T>& values)
+{
+    WriteRaw(name, values.data(), values.size() * sizeof(T));
 }
 
 } // namespace benchfiles

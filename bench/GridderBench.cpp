@@ -1,7 +1,10 @@
 // Inverse distance gridding of scattered points onto a uniform lattice, our
-// gridder's fill (search engine build and serpentine walk included), one
-// thread. The peer, peers/gridder_peer.py, runs VTK's point interpolator with
-// a Shepard kernel on the same points and lattices and compares the values.
+// gridder's fill (search engine build and the walk included), on one thread
+// and on every core: the rows of nodes are shared out to TBB workers, with a
+// result equal to the single walk's bit for bit. The peer,
+// peers/gridder_peer.py, runs VTK's point interpolator with a Shepard kernel
+// on the same points and lattices at the same thread counts and compares the
+// values.
 //
 // Workload: N points uniform in a 100-unit cube (fixed seeds) carrying a
 // smooth field; the lattice spans the cube with n^3 nodes. Each node takes the
@@ -10,7 +13,8 @@
 //
 // Written beside the program for the peer: the points (x, y, z, value per
 // point) and our lattice values as little-endian doubles, and one line per
-// case with its name, N, n and our time.
+// case and thread count with its name, N, n, k, the threads and our best
+// real and CPU times.
 #include "core/data/VdUniformLattice.h"
 #include "core/gridding/CInverseDistanceRules.h"
 #include "core/gridding/CPointData.h"
@@ -21,7 +25,12 @@
 
 #include <unistd.h>
 
+#include <tbb/info.h>
+#include <tbb/task_arena.h>
+
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstdio>
 #include <map>
 #include <memory>
@@ -103,15 +112,23 @@ void Grid(const core::CPointData& table, core::VdUniformLattice& lattice)
     core::VoGridder3Private::InverseDistanceFill(lattice, rules, search, table);
 }
 
-void OursGrid(benchmark::State& state, Case c)
+void OursGrid(benchmark::State& state, Case c, int threads)
 {
     const auto table = MakeTable(Points(c.count));
+    tbb::task_arena arena(threads);
     for (auto _ : state) {
         auto lattice = MakeLattice(c.nodes);
-        Grid(*table, *lattice);
+        arena.execute([&] { Grid(*table, *lattice); });
         benchmark::DoNotOptimize(lattice.get());
     }
     state.SetItemsProcessed(state.iterations() * int64_t(c.nodes) * c.nodes * c.nodes);
+}
+
+// The best of the repetitions: the peer takes its best run too, which a
+// machine shared with other work needs on both sides.
+double Least(const std::vector<double>& values)
+{
+    return *std::min_element(values.begin(), values.end());
 }
 
 // ---- files for the peer -----------------------------------------------------------
@@ -147,6 +164,18 @@ bool WriteOurValues(const Case& c, const std::string& directory)
                     values, nodes);
 }
 
+// One thread, and every core of the machine.
+std::vector<int> ThreadCounts()
+{
+    const int all = tbb::info::default_concurrency();
+    return all > 1 ? std::vector<int>{1, all} : std::vector<int>{1};
+}
+
+std::string Name(const Case& c, int threads)
+{
+    return "Ours/idw/" + c.name + "/threads:" + std::to_string(threads);
+}
+
 class TimesReporter : public benchmark::ConsoleReporter {
 public:
     explicit TimesReporter(std::vector<Case> cases) : m_Cases(std::move(cases)) {}
@@ -154,36 +183,49 @@ public:
     {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
-            // The name without the "/iterations:1" that a fixed count adds.
+            if (run.aggregate_name != "min")
+                continue;
+            // The name without the "/iterations:1/repeats:3" that the settings add.
             const std::string name = run.benchmark_name();
-            m_Seconds[name.substr(0, name.find("/iterations:"))] = run.GetAdjustedCPUTime() / 1e3; // in ms
+            m_Seconds[name.substr(0, name.find("/iterations:"))] = {run.GetAdjustedRealTime() / 1e3,
+                                                                    run.GetAdjustedCPUTime() / 1e3}; // in ms
         }
     }
     void Finalize() override
     {
         ConsoleReporter::Finalize();
-        FILE* file = std::fopen((ProgramDirectory() + "/gridder_ours.txt").c_str(), "w");
+        // A run of one case, for the peer, leaves the list of all cases alone.
+        const char* name = std::getenv("FENRAK_BENCH_CASE") ? "/gridder_case.txt" : "/gridder_ours.txt";
+        FILE* file = std::fopen((ProgramDirectory() + name).c_str(), "w");
         if (!file)
             return;
-        for (const Case& c : m_Cases) {
-            auto time = m_Seconds.find("Ours/idw/" + c.name);
-            if (time != m_Seconds.end())
-                std::fprintf(file, "%s %zu %u %d %.9g\n", c.name.c_str(), c.count, c.nodes, kNeighbours, time->second);
-        }
+        for (const Case& c : m_Cases)
+            for (int threads : ThreadCounts()) {
+                auto time = m_Seconds.find(Name(c, threads));
+                if (time != m_Seconds.end())
+                    std::fprintf(file, "%s %zu %u %d %d %.9g %.9g\n", c.name.c_str(), c.count, c.nodes, kNeighbours,
+                                 threads, time->second.first, time->second.second);
+            }
         std::fclose(file);
     }
 
 private:
     std::vector<Case> m_Cases;
-    std::map<std::string, double> m_Seconds;
+    std::map<std::string, std::pair<double, double>> m_Seconds; // real, CPU
 };
 
+// Every case, or with FENRAK_BENCH_CASE set the one it names: the peer runs
+// each case of ours just before its own.
 std::vector<Case> Cases()
 {
+    const char* only = std::getenv("FENRAK_BENCH_CASE");
     std::vector<Case> all;
     for (size_t count : {size_t(10000), size_t(100000), size_t(1000000)})
-        for (unsigned int nodes : {50u, 100u})
-            all.push_back({std::to_string(count) + "/" + std::to_string(nodes), count, nodes});
+        for (unsigned int nodes : {50u, 100u}) {
+            const std::string name = std::to_string(count) + "/" + std::to_string(nodes);
+            if (!only || name == only)
+                all.push_back({name, count, nodes});
+        }
     return all;
 }
 
@@ -196,7 +238,8 @@ int main(int argc, char** argv)
         return 1;
     const std::string directory = ProgramDirectory();
     const std::vector<Case> cases = Cases();
-    for (size_t count : {size_t(10000), size_t(100000), size_t(1000000)}) {
+    for (const Case& c : cases) {
+        const size_t count = c.count;
         const std::vector<double>& points = Points(count);
         if (!WriteRaw(directory + "/gridder_points_" + std::to_string(count) + ".raw", points.data(), points.size())) {
             std::fprintf(stderr, "bench_gridder: cannot write the points beside the program\n");
@@ -208,9 +251,14 @@ int main(int argc, char** argv)
             std::fprintf(stderr, "bench_gridder: cannot write the values of %s\n", c.name.c_str());
             return 1;
         }
-        benchmark::RegisterBenchmark(("Ours/idw/" + c.name).c_str(), OursGrid, c)
-            ->Unit(benchmark::kMillisecond)
-            ->Iterations(1);
+        for (int threads : ThreadCounts())
+            benchmark::RegisterBenchmark(Name(c, threads).c_str(), OursGrid, c, threads)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime()
+                ->MeasureProcessCPUTime()
+                ->Iterations(1)
+                ->Repetitions(3)
+                ->ComputeStatistics("min", Least);
     }
     TimesReporter reporter(cases);
     benchmark::RunSpecifiedBenchmarks(&reporter);

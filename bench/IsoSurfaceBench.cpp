@@ -13,6 +13,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <chrono>
+#include <ctime>
 #include <cmath>
 #include <map>
 #include <memory>
@@ -76,25 +79,27 @@ struct Extractor {
     const core::VdLattice& lattice;
     double isovalue;
     std::vector<float> values;
-    std::vector<shr::Vec3f> gradients;
+    SweepCache cache;
     core::VgVertexData surface;
-    SweepWorkspace workspace;
     int triangles = 0;
 
+    // As the module takes new data: the float copy with its run ranges, and
+    // the gradients forgotten (they are computed at the cut edges as needed).
     void NewInput()
     {
-        CopyComponent(lattice, 0, values);
-        NodeGradients(lattice, values, gradients);
+        CopyComponent(lattice, 0, values, &cache.ranges);
+        cache.gradients.Reset(values.size());
     }
     void Sweep()
     {
         SweepInput input;
         input.lattice = &lattice;
         input.values = &values;
-        input.gradients = &gradients;
+        input.ranges = &cache.ranges;
+        input.gradients = &cache.gradients;
         input.isovalue = isovalue;
         SweepVolumes volumes;
-        core::VoIsoSurfacePrivate::Sweep(input, 0, nullptr, surface, volumes, triangles, &workspace);
+        core::VoIsoSurfacePrivate::Sweep(input, 0, nullptr, surface, volumes, triangles, &cache.workspace);
     }
 };
 
@@ -105,17 +110,50 @@ void Report(benchmark::State& state, const Extractor& extractor)
     state.SetLabel(FieldName(static_cast<int>(state.range(0))));
 }
 
+// The best single run, real and process CPU time, as the peer takes the best
+// of its single runs: a mean over many runs on a machine that other programs
+// share counts their time slices too.
+class BestRun {
+public:
+    void Start()
+    {
+        m_Real = std::chrono::steady_clock::now();
+        m_Cpu = std::clock();
+    }
+    void Stop()
+    {
+        const double real = std::chrono::duration<double>(std::chrono::steady_clock::now() - m_Real).count();
+        const double cpu = static_cast<double>(std::clock() - m_Cpu) / CLOCKS_PER_SEC;
+        m_BestReal = std::min(m_BestReal, real);
+        m_BestCpu = std::min(m_BestCpu, cpu);
+    }
+    void Report(benchmark::State& state) const
+    {
+        state.counters["best_real"] = m_BestReal;
+        state.counters["best_cpu"] = m_BestCpu;
+    }
+
+private:
+    std::chrono::steady_clock::time_point m_Real;
+    std::clock_t m_Cpu = 0;
+    double m_BestReal = 1e300, m_BestCpu = 1e300;
+};
+
 void BM_IsovalueChange(benchmark::State& state)
 {
     const int field = static_cast<int>(state.range(0));
     Extractor extractor(Lattice(field, static_cast<unsigned int>(state.range(1))), Isovalue(field));
     extractor.NewInput();
     extractor.Sweep(); // the surface's memory is reused from one isovalue to the next
+    BestRun best;
     for (auto _ : state) {
+        best.Start();
         extractor.Sweep();
+        best.Stop();
         benchmark::DoNotOptimize(extractor.surface.indices.data());
     }
     Report(state, extractor);
+    best.Report(state);
 }
 
 void BM_InputChange(benchmark::State& state)
@@ -126,12 +164,16 @@ void BM_InputChange(benchmark::State& state)
     // input to the next: the first touch of those pages is not timed.
     extractor.NewInput();
     extractor.Sweep();
+    BestRun best;
     for (auto _ : state) {
+        best.Start();
         extractor.NewInput();
         extractor.Sweep();
+        best.Stop();
         benchmark::DoNotOptimize(extractor.surface.indices.data());
     }
     Report(state, extractor);
+    best.Report(state);
 }
 
 void Sizes(benchmark::internal::Benchmark* b)
@@ -142,8 +184,29 @@ void Sizes(benchmark::internal::Benchmark* b)
     b->ArgNames({"field", "n"});
 }
 
-BENCHMARK(BM_IsovalueChange)->Apply(Sizes)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5);
-BENCHMARK(BM_InputChange)->Apply(Sizes)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5);
+// The peer takes the best of several runs; so does our side, through the
+// "min" of repeated measurements, which a shared machine needs on both sides.
+double Least(const std::vector<double>& values)
+{
+    return *std::min_element(values.begin(), values.end());
+}
+
+BENCHMARK(BM_IsovalueChange)
+    ->Apply(Sizes)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->MeasureProcessCPUTime()
+    ->MinTime(0.1)
+    ->Repetitions(7)
+    ->ComputeStatistics("min", Least);
+BENCHMARK(BM_InputChange)
+    ->Apply(Sizes)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->MeasureProcessCPUTime()
+    ->MinTime(0.1)
+    ->Repetitions(7)
+    ->ComputeStatistics("min", Least);
 
 } // namespace
 BENCHMARK_MAIN();

@@ -15,6 +15,7 @@
 // (beside this program by default); the covered share of the picture and its
 // mean brightness go out as counters for the peer to compare.
 #include "bench/BenchFiles.h"
+#include "bench/BenchPictures.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/graphics/InvSmartPtr.h"
 #include "core/graphics/InvVolume.h"
@@ -43,12 +44,6 @@ constexpr unsigned int kSide = 256;
 constexpr int kWidth = 1024, kHeight = 768;
 constexpr int kSmallWidth = 64, kSmallHeight = 48;
 constexpr int kShrink = 4; // the saved pictures are a quarter of the size
-
-std::string PictureFolder()
-{
-    const char* folder = std::getenv("FENRAK_BENCH_PICTURES");
-    return folder && *folder ? folder : benchfiles::OutputFolder();
-}
 
 // A blob in the middle and a lattice of weaker waves, over [-1, 1]^3: values
 // about -0.3 to 1.3. Node (i, j, k) at voxel position (i, j, k).
@@ -149,35 +144,9 @@ Scene& TheScene()
 
 const char* MethodName(int method) { return method == core::InvVolume::Textures3D ? "3d" : "2d"; }
 
-// Covered share and mean brightness over the picture, and a quarter-size copy.
 void Summarise(benchmark::State& state, const render::Image& image, int method)
 {
-    long covered = 0;
-    double brightness = 0.0;
-    render::Image small(kWidth / kShrink, kHeight / kShrink);
-    for (int y = 0; y < kHeight; ++y)
-        for (int x = 0; x < kWidth; ++x) {
-            const shr::Color4b c = image.At(x, y);
-            const int sum = c.r + c.g + c.b;
-            covered += sum > 24 ? 1 : 0;
-            brightness += sum / 3.0;
-        }
-    for (int y = 0; y < small.Height(); ++y)
-        for (int x = 0; x < small.Width(); ++x) {
-            int channel[3] = {0, 0, 0};
-            for (int dy = 0; dy < kShrink; ++dy)
-                for (int dx = 0; dx < kShrink; ++dx) {
-                    const shr::Color4b c = image.At(x * kShrink + dx, y * kShrink + dy);
-                    channel[0] += c.r;
-                    channel[1] += c.g;
-                    channel[2] += c.b;
-                }
-            const int n = kShrink * kShrink;
-            small.Set(x, y, shr::Color4b(channel[0] / n, channel[1] / n, channel[2] / n, 255));
-        }
-    small.WritePng(PictureFolder() + "/volume_ours_" + MethodName(method) + ".png");
-    state.counters["covered"] = double(covered) / (double(kWidth) * kHeight);
-    state.counters["brightness"] = brightness / (double(kWidth) * kHeight);
+    benchpictures::Summarise(state, image, std::string("volume_ours_") + MethodName(method) + ".png", kShrink);
     state.SetLabel(MethodName(method));
 }
 
@@ -202,24 +171,16 @@ void BM_Load(benchmark::State& state)
     state.SetLabel(MethodName(method));
 }
 
-// CPU time of the whole process: the drawing threads of the rasteriser included.
-double ProcessSeconds()
-{
-    timespec now{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return now.tv_sec + 1e-9 * now.tv_nsec;
-}
-
 void BM_Frame(benchmark::State& state)
 {
     Scene& scene = TheScene();
     const int method = static_cast<int>(state.range(0));
     scene.NewVolume(static_cast<uint32_t>(method));
     render::Image image = scene.Draw();
-    const double start = ProcessSeconds();
+    const double start = benchpictures::ProcessSeconds();
     for (auto _ : state)
         image = scene.Draw();
-    state.counters["process_cpu"] = (ProcessSeconds() - start) / static_cast<double>(state.iterations());
+    state.counters["process_cpu"] = (benchpictures::ProcessSeconds() - start) / static_cast<double>(state.iterations());
     Summarise(state, image, method);
 }
 

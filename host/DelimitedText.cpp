@@ -1,6 +1,9 @@
 #include "host/DelimitedText.h"
 
+#include "core/data/MemoryBudget.h"
 #include "host/HostError.h"
+
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cctype>
@@ -9,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <vector>
 
 namespace host {
 
@@ -27,19 +31,29 @@ std::string Trimmed(const std::string& text)
     return text.substr(first, last - first + 1);
 }
 
+// Held to the memory budget: a regular file's size is known at once; a device
+// or a pipe, which has no size to ask for, is read in blocks up to the budget.
 std::string ReadTextFile(const shr::GString& path, const shr::GString& name, const char* what)
 {
-    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    std::ifstream file(path, std::ios::binary);
     if (!file)
         HOST_USER_ERROR("%s: cannot open the %s: %s", name.c_str(), what, std::strerror(errno));
-    const std::streamoff size = file.tellg();
+    const uint64_t budget = core::MemoryBudget::Bytes();
+    const auto refuse = [&] {
+        HOST_USER_ERROR("%s: the %s is larger than the memory budget of %s bytes (%s)", name.c_str(), what,
+                        std::to_string(budget).c_str(), core::MemoryBudget::Variable);
+    };
+    struct stat info {};
+    if (stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && uint64_t(info.st_size) > budget)
+        refuse();
     std::string text;
-    if (size > 0) {
-        text.resize(static_cast<size_t>(size));
-        file.seekg(0);
-        file.read(&text[0], size);
+    std::vector<char> block(1 << 16);
+    while (file.read(block.data(), static_cast<std::streamsize>(block.size())) || file.gcount() > 0) {
+        text.append(block.data(), static_cast<size_t>(file.gcount()));
+        if (text.size() > budget)
+            refuse();
     }
-    if (size < 0 || !file)
+    if (file.bad())
         HOST_USER_ERROR("%s: cannot read the %s", name.c_str(), what);
     return text;
 }
@@ -239,9 +253,11 @@ std::string NormalisedName(const std::string& name)
 const std::vector<std::vector<const char*>>& AxisNames()
 {
     static const std::vector<std::vector<const char*>> names = {
-        {"x", "easting", "east", "e", "xcoord", "xcoordinate", "utme", "utmeast", "utmeasting", "eastings"},
-        {"y", "northing", "north", "n", "ycoord", "ycoordinate", "utmn", "utmnorth", "utmnorthing", "northings"},
-        {"z", "elevation", "elev", "rl", "height", "zcoord", "zcoordinate", "altitude", "alt"},
+        {"x", "easting", "east", "e", "xcoord", "xcoordinate", "xloc", "xlocation", "utme", "utmeast", "utmeasting",
+         "eastings"},
+        {"y", "northing", "north", "n", "ycoord", "ycoordinate", "yloc", "ylocation", "utmn", "utmnorth",
+         "utmnorthing", "northings"},
+        {"z", "elevation", "elev", "rl", "height", "zcoord", "zcoordinate", "zloc", "altitude", "alt"},
     };
     return names;
 }

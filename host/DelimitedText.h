@@ -33,6 +33,7 @@ std::string Lower(std::string text);
 std::string Trimmed(const std::string& text);
 
 // The whole file; `what` names the kind of file in the error ("point file").
+// A file larger than the memory budget (FENRAK_MEMORY_LIMIT) is refused.
 std::string ReadTextFile(const shr::GString& path, const shr::GString& name, const char* what);
 
 // Lines without their ends, numbered from 1; blank and comment lines dropped.

@@ -9,7 +9,7 @@
 #include "host/HostError.h"
 #include "host/HostUiProxy.h"
 #include "host/NetcdfGrid.h"
-#include "host/OutputFile.h"
+#include "host/OutputFiles.h"
 #include "host/PointFileWriter.h"
 #include "host/RenderCommand.h"
 #include "host/ScenePass.h"
@@ -109,21 +109,24 @@ void WriteData(const core::VdData& data, ExportCommand::Format format, const std
     }
 }
 
-void Execute(const ExportOptions& options, const HostUiProxy& proxy)
+void Execute(const ExportOptions& options, std::ostream& err, const HostUiProxy& proxy)
 {
     const ExportCommand::Format format = ExportCommand::FormatOf(options.output);
-    OutputFile output(options.output, "export");
+    OutputFiles outputs;
+    outputs.Add(options.output, "export");
+    outputs.Check();
     ScenePass pass;
     const std::string path = ScenePass::SceneOrDemo(options.scene);
-    pass.LoadAndRun(path);
+    pass.LoadAndRun(path, err);
     ScenePass::CheckExecution(path, proxy);
     const core::VoModule& module = FindModule(path, options.module);
     const core::VdData* data = OutputFor(module, format);
     if (!data)
         HOST_USER_ERROR("%s: module \"%s\" gives no %s for \"%s\"", path.c_str(), options.module.c_str(),
                         KindName(format), options.output.c_str());
-    WriteData(*data, format, output.Temporary(), options.output);
-    output.Commit();
+    outputs.Write(options.output,
+                  [&](const std::string& file) { WriteData(*data, format, file, options.output); });
+    outputs.Commit();
 }
 
 const std::string& TakeValue(const std::vector<std::string>& args, size_t& i)
@@ -175,18 +178,14 @@ int ExportCommand::Run(const std::vector<std::string>& args, std::ostream&, std:
     try {
         const ExportOptions options = ParseArguments(args);
         HostUiProxy proxy(err, terminal);
-        Execute(options, proxy);
+        Execute(options, err, proxy);
         return 0;
     } catch (const shr::Exception& error) {
-        if (IsUserError(error)) {
-            err << "fenrak: " << error.Message() << "\n";
-            return kUserErrorCode;
-        }
-        err << "fenrak: " << error.Message() << "\n";
+        return RenderCommand::ReportFailure(error, err);
     } catch (const std::exception& error) {
         err << "fenrak: " << error.what() << "\n";
     }
-    return 3;
+    return kSystemFailureCode;
 }
 
 } // namespace host

@@ -10,6 +10,11 @@ namespace host {
 
 // Code of a user error: also the program's exit status for one.
 constexpr int kUserErrorCode = 1;
+// The exit status for a failure of the system (memory, disk, drawing).
+constexpr int kSystemFailureCode = 3;
+// The log level of a system failure's source location: shown with FENRAK_LOG=2
+// and above, never in the message itself.
+constexpr int kFailureLogLevel = 2;
 
 inline bool IsUserError(const shr::Exception& error)
 {

@@ -2,6 +2,8 @@
 
 #include <strings.h>
 
+#include <algorithm>
+
 namespace host {
 
 namespace {
@@ -33,6 +35,7 @@ void HostPropertyList::Remove(int id)
     SimplePropertyCollection::Remove(id);
     m_Rows.erase(id);
     m_ReadOnly.erase(id);
+    m_Order.erase(std::remove(m_Order.begin(), m_Order.end(), id), m_Order.end());
 }
 
 void HostPropertyList::RemoveAll()
@@ -40,11 +43,14 @@ void HostPropertyList::RemoveAll()
     SimplePropertyCollection::RemoveAll();
     m_Rows.clear();
     m_ReadOnly.clear();
+    m_Order.clear();
 }
 
 void HostPropertyList::Describe(int id, const std::string& key, const char* label, const char* kind,
                                 std::vector<std::string> choices)
 {
+    if (!m_Rows.count(id))
+        m_Order.push_back(id);
     m_Rows[id] = RowInfo{key, label ? label : "", kind, std::move(choices)};
 }
 

@@ -25,8 +25,11 @@ public:
     const RowInfo* Info(int id) const;
     // The id of the row whose key equals `key` regardless of case, or -1.
     int FindKey(const std::string& key) const;
-    // Every described row, in id order.
+    // Every described row, by id.
     const std::map<int, RowInfo>& Rows() const { return m_Rows; }
+    // The ids of the rows in the order the module listed them: each row
+    // under its header.
+    const std::vector<int>& Order() const { return m_Order; }
 
     void AddStatic(const core::VbModuleId& module, int id, const char* label, const char* help,
                    const char* text) override;
@@ -82,6 +85,7 @@ private:
 
     std::map<int, RowInfo> m_Rows;
     std::set<int> m_ReadOnly;
+    std::vector<int> m_Order;
 };
 
 } // namespace host

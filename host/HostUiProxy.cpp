@@ -4,6 +4,7 @@
 #include "host/LatticeFile.h"
 #include "host/PointSetLoader.h"
 #include "shr/Exception.h"
+#include "shr/Logger.h"
 #include "shr/StringUtil.h"
 
 #include <unistd.h>
@@ -64,6 +65,8 @@ void HostUiProxy::ModuleStatusChanged(const core::VoModule* module, int status)
 
 void HostUiProxy::StatusMsg(const char* format, ...)
 {
+    if (shr::g_Logger.GetMaxLevel() < kStatusLevel)
+        return;
     std::string text;
     va_list args;
     va_start(args, format);
@@ -79,14 +82,10 @@ void HostUiProxy::ErrorMsg(const shr::Exception& error)
     t_ModuleFailed = false;
     std::lock_guard<std::mutex> lock(m_Mutex);
     const std::string message = error.Message();
-    if (!fromModule) {
+    if (fromModule)
+        m_Reports[t_FailingModule].errors.push_back(message);
+    else
         m_PassErrors.push_back(message);
-        WriteLine("error: " + message);
-        return;
-    }
-    ModuleReport& report = m_Reports[t_FailingModule];
-    report.errors.push_back(message);
-    WriteLine("error: module \"" + report.name + "\": " + message);
 }
 
 void HostUiProxy::MessageBoxA(const char* text, const char* caption)
@@ -147,8 +146,19 @@ void HostUiProxy::ReloadDataFile(core::VoModule& module, const shr::GString& pat
         StatusMsg("reloaded %s", path.c_str());
     } catch (const shr::Exception& error) {
         std::lock_guard<std::mutex> lock(m_Mutex);
-        WriteLine("error: module \"" + module.Name() + "\": " + error.Message());
+        ModuleReport& report = m_Reports[module.Id()];
+        report.name = module.Name();
+        report.loadErrors.push_back(error.Message());
     }
+}
+
+void HostUiProxy::DoCommand(const shr::CommandOptions& command)
+{
+    std::string message;
+    if (m_WellImport.Answer(command, message) || message.empty())
+        return;
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    WriteLine("error: " + message);
 }
 
 HostUiProxy::ModuleReport HostUiProxy::Report(const core::VbModuleId& id) const

@@ -1,15 +1,16 @@
 #pragma once
 // HostUiProxy: the host's side of UiProxy for a program on a terminal. Progress
 // is a bar on one line when the stream is a terminal, and plain status lines
-// otherwise (a log file should not fill with carriage returns). Status and
-// error lines go to the same stream; an error names the module whose execution
-// raised it. The proxy also keeps, per module, the time spent executing and
-// the errors reported, for the host's summary and statistics.
+// otherwise (a log file should not fill with carriage returns). Status lines
+// (execution times) are diagnostics, shown from log level 4 on. Errors are not
+// printed as they come: the proxy keeps them, per module, with the time spent
+// executing, and the command reports each once, at the end.
 //
 // Calls come from the host's thread and the update thread; one mutex orders
 // them.
 #include "core/network/UiProxy.h"
 #include "core/network/VbModuleId.h"
+#include "host/WellImport.h"
 
 #include <chrono>
 #include <map>
@@ -25,8 +26,11 @@ public:
     struct ModuleReport {
         std::string name;
         double executeSeconds = 0.0;
-        std::vector<std::string> errors;
+        std::vector<std::string> errors;     // raised by its executions
+        std::vector<std::string> loadErrors; // its data file could not be read
     };
+    // The log level from which status lines are shown.
+    static constexpr int kStatusLevel = 4;
 
     // Installs itself as the library's proxy; `terminal` asks for the bar.
     HostUiProxy(std::ostream& stream, bool terminal);
@@ -45,8 +49,12 @@ public:
     void PopProgress() override;
     void ProgressText(const char* text) override;
     void Progress(double fraction) override;
-    // Reads the file again into the point-set or lattice source.
+    // Reads the file again into the point-set or lattice source; a failure
+    // is kept as the module's load error.
     void ReloadDataFile(core::VoModule& module, const shr::GString& path) override;
+    // Answers a well data module's "Import" (see WellImport).
+    void DoCommand(const shr::CommandOptions& command) override;
+    WellImport& WellImports() { return m_WellImport; }
 
     // What was recorded for a module; an empty report if nothing was.
     ModuleReport Report(const core::VbModuleId& id) const;
@@ -67,6 +75,7 @@ private:
     std::map<core::VbModuleId, ModuleReport> m_Reports;
     std::map<core::VbModuleId, std::chrono::steady_clock::time_point> m_Started;
     std::vector<std::string> m_PassErrors;
+    WellImport m_WellImport;
 };
 
 } // namespace host

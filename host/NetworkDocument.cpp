@@ -1,5 +1,6 @@
 #include "host/NetworkDocument.h"
 
+#include "core/data/VdData.h"
 #include "core/network/VbPort.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
@@ -7,12 +8,10 @@
 #include "shr/Archive.h"
 #include "shr/Color4b.h"
 
-#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <map>
 #include <set>
-#include <cerrno>
 #include <memory>
 #include <vector>
 
@@ -92,14 +91,31 @@ class DocumentLoader {
 public:
     DocumentLoader(shr::Archive& archive, const shr::GString& path) : m_Archive(archive), m_Path(path) {}
 
+    // Disposes of what the archive made and nobody took: a load that failed part
+    // way leaves modules outside the network and data objects that no port
+    // holds. Every object a document makes is a module or a data object. Data
+    // objects are counted: each is held while the modules go, so that a
+    // module's port never frees one this loop still has to look at, and is let
+    // go afterwards, which frees the ones no port took.
     ~DocumentLoader()
     {
-        // A load that failed part way: the modules the archive made and nobody took.
+        std::vector<const core::VdData*> data;
+        std::vector<core::VoModule*> orphans;
         for (shr::CTypedObject* object : m_Archive.CreatedObjects()) {
-            auto* module = dynamic_cast<core::VoModule*>(object);
-            if (module && !m_Adopted.count(module))
-                delete module;
+            if (const auto* held = dynamic_cast<const core::VdData*>(object)) {
+                held->AddRef();
+                data.push_back(held);
+            } else if (auto* module = dynamic_cast<core::VoModule*>(object)) {
+                if (!m_Adopted.count(module))
+                    orphans.push_back(module);
+            }
         }
+        for (core::VoModule* module : orphans) {
+            ForgetLinks(*module);
+            delete module;
+        }
+        for (const core::VdData* held : data)
+            held->DecRef();
     }
 
     SceneView Load()
@@ -182,6 +198,16 @@ private:
             Fail("the links close a cycle");
     }
 
+    // Links of a module the network never took are whatever the archive read:
+    // the modules they name may be gone already. Dropped unread.
+    static void ForgetLinks(core::VoModule& module)
+    {
+        for (size_t i = 0; i < module.GetInputCount(); ++i)
+            module.GetInput(i)->GetConnections().clear();
+        for (size_t o = 0; o < module.GetOutputCount(); ++o)
+            module.GetOutput(o)->GetConnections().clear();
+    }
+
     shr::Archive& m_Archive;
     shr::GString m_Path;
     std::vector<core::VoModule*> m_Modules;
@@ -199,40 +225,51 @@ bool NetworkDocument::IsDocument(const shr::GString& path)
 
 void NetworkDocument::Save(const shr::GString& path, const SceneView& view)
 {
-    const shr::GString temporary = path + ".part";
-    try {
-        shr::Archive archive(temporary, shr::Archive::Store);
-        bool withLinks = false;
-        archive.ConnectionsFlag = &withLinks;
-        StoreModules(archive);
-        Network().Serialize(archive);
-        SceneView stored = view;
-        TransferView(archive, stored);
-        archive.Close();
-    } catch (...) {
-        std::remove(temporary.c_str());
-        throw;
-    }
-    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
-        std::remove(temporary.c_str());
-        HOST_USER_ERROR("%s: cannot write the document: %s", path.c_str(), std::strerror(errno));
-    }
+    shr::Archive archive(path, shr::Archive::Store);
+    bool withLinks = false;
+    archive.ConnectionsFlag = &withLinks;
+    StoreModules(archive);
+    Network().Serialize(archive);
+    SceneView stored = view;
+    TransferView(archive, stored);
+    archive.Close();
 }
 
-SceneView NetworkDocument::Load(const shr::GString& path)
+namespace {
+
+// Restores a document from the archive `open` makes; `name` names it in errors.
+template <class OpenArchive>
+SceneView LoadFrom(const shr::GString& name, OpenArchive open)
 {
     try {
-        shr::Archive archive(path, shr::Archive::Load);
+        std::unique_ptr<shr::Archive> archive = open();
         bool withLinks = false;
-        archive.ConnectionsFlag = &withLinks;
-        DocumentLoader loader(archive, path);
-        return loader.Load();
+        archive->ConnectionsFlag = &withLinks;
+        SceneView view;
+        {
+            DocumentLoader loader(*archive, name);
+            view = loader.Load();
+        }
+        SceneFile::CheckView(view, name + ": view");
+        return view;
     } catch (const shr::Exception& error) {
         Network().DeleteAllNodes();
         if (IsUserError(error))
             throw;
-        HOST_USER_ERROR("%s: cannot read the document: %s", path.c_str(), error.what());
+        HOST_USER_ERROR("%s: cannot read the document: %s", name.c_str(), error.what());
     }
+}
+
+} // namespace
+
+SceneView NetworkDocument::Load(const shr::GString& path)
+{
+    return LoadFrom(path, [&] { return std::make_unique<shr::Archive>(path, shr::Archive::Load); });
+}
+
+SceneView NetworkDocument::Load(const unsigned char* data, size_t size, const shr::GString& name)
+{
+    return LoadFrom(name, [&] { return std::make_unique<shr::Archive>(data, size, name); });
 }
 
 } // namespace host

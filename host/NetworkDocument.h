@@ -15,18 +15,24 @@
 #include "host/SceneFile.h"
 #include "shr/GString.h"
 
+#include <cstddef>
+
 namespace host {
 
 class NetworkDocument {
 public:
     // Whether the file starts like a document (as opposed to a scene file).
     static bool IsDocument(const shr::GString& path);
-    // Writes the network and the view; the file appears complete or not at all.
+    // Writes the network and the view to `path` (OutputFiles gives it a
+    // temporary name).
     static void Save(const shr::GString& path, const SceneView& view);
     // Restores the modules and links into the network, which must be empty,
-    // and returns the stored view. A bad document raises an error naming the
-    // file and leaves the network empty.
+    // and returns the stored view. A bad document (a damaged stream, a view
+    // that cannot be drawn) raises a user error naming the file and leaves the
+    // network empty and nothing else made.
     static SceneView Load(const shr::GString& path);
+    // The same from `size` bytes at `data`; `name` names them in errors.
+    static SceneView Load(const unsigned char* data, size_t size, const shr::GString& name);
 };
 
 } // namespace host

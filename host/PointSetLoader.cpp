@@ -16,9 +16,12 @@ bool PointSetLoader::IsPointSet(const core::VoModule& module)
     return module.GetModuleInfo()->UiName() == TypeName;
 }
 
-std::unique_ptr<core::VoModule> PointSetLoader::Create(const shr::GString& path, const shr::GString& displayName)
+std::unique_ptr<core::VoModule> PointSetLoader::Create(const shr::GString& path, const shr::GString& displayName,
+                                                       const PointFileOptions& options, PointFileReading* reading)
 {
-    PointFile file = PointFileReader::Read(path, displayName);
+    PointFile file = PointFileReader::Read(path, displayName, options);
+    if (reading)
+        *reading = static_cast<const PointFileReading&>(file);
     return std::make_unique<core::VoPointsSrc>(file.points.release(), path.c_str());
 }
 

@@ -5,7 +5,8 @@
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
 #include "host/HostError.h"
-#include "host/PropertyEditor.h"
+#include "host/PropertyCatalogue.h"
+#include "host/RenderCommand.h"
 #include "shr/StringUtil.h"
 
 #include <ostream>
@@ -30,25 +31,23 @@ void PropertiesCommand::Print(const std::string& type, std::ostream& out)
     if (!info)
         HOST_USER_ERROR("unknown module type \"%s\" (\"fenrak modules\" lists them)", type.c_str());
     core::VoNetwork::Instance().Init(); // modules make scene-graph nodes
-    std::unique_ptr<core::VoModule> module = info->CreateInstance();
-    module->Name(type);
-    PropertyEditor editor(*module);
+    const std::vector<CatalogueRow> rows = PropertyCatalogue::Explore(type);
     out << info->UiPath() << "\n";
     out << shr::ToString("  %-32s %-12s %-24s %s\n", "key", "kind", "value", "label");
-    for (const auto& row : editor.List().Rows()) {
-        const HostPropertyList::RowInfo& rowInfo = row.second;
-        if (rowInfo.kind == "header") {
-            out << "  [" << rowInfo.label << "]\n";
+    for (const CatalogueRow& row : rows) {
+        if (row.header) {
+            out << "  [" << row.label << "]\n";
             continue;
         }
-        if (rowInfo.key.empty())
+        if (row.key.empty())
             continue;
-        out << shr::ToString("  %-32s %-12s %-24s %s\n", rowInfo.key.c_str(), rowInfo.kind.c_str(),
-                             Shortened(editor.ValueText(row.first)).c_str(), rowInfo.label.c_str());
-        if (!rowInfo.choices.empty()) {
+        const std::string when = row.condition.empty() ? std::string() : "  (" + row.condition + ")";
+        out << shr::ToString("  %-32s %-12s %-24s %s%s\n", row.key.c_str(), row.kind.c_str(),
+                             Shortened(row.value).c_str(), row.label.c_str(), when.c_str());
+        if (!row.choices.empty()) {
             std::string choices;
-            for (size_t i = 0; i < rowInfo.choices.size(); ++i)
-                choices += (i ? ", " : "") + std::to_string(i) + " " + rowInfo.choices[i];
+            for (size_t i = 0; i < row.choices.size(); ++i)
+                choices += (i ? ", " : "") + std::to_string(i) + " " + row.choices[i];
             out << "      choices: " << choices << "\n";
         }
     }
@@ -64,8 +63,7 @@ int PropertiesCommand::Run(const std::vector<std::string>& args, std::ostream& o
         Print(args[0], out);
         return 0;
     } catch (const shr::Exception& error) {
-        err << "fenrak: " << (IsUserError(error) ? error.Message() : error.Describe()) << "\n";
-        return IsUserError(error) ? kUserErrorCode : 3;
+        return RenderCommand::ReportFailure(error, err);
     }
 }
 

@@ -1,7 +1,8 @@
 #pragma once
-// PropertiesCommand: `fenrak properties TYPE`: makes a module of the type and
-// lists its property rows: public key, kind, current value in text form and
-// label, under the headers the module groups them by.
+// PropertiesCommand: `fenrak properties TYPE`: lists every property row a
+// module of the type can show (PropertyCatalogue): public key, kind, default
+// value in text form and label, under the headers the module groups them by,
+// in its order; a row shown only with data or under other choices says when.
 #include <iosfwd>
 #include <string>
 #include <vector>

@@ -6,6 +6,7 @@
 #include "core/properties/VbPropertyEvent.h"
 #include "core/properties/VbPropertyRegistry.h"
 #include "host/HostError.h"
+#include "shr/StringUtil.h"
 
 namespace host {
 
@@ -14,8 +15,11 @@ PropertyEditor::PropertyEditor(core::VoModule& module) : m_Module(module)
     Refresh();
 }
 
+// Listed anew, so that the rows stand in the module's order, each under its
+// header, whatever rows the last change added or dropped.
 void PropertyEditor::Refresh()
 {
+    m_List.RemoveAll();
     m_Module.UpdateProperties(m_List);
 }
 
@@ -55,6 +59,15 @@ void PropertyEditor::Set(const std::string& key, const std::string& text)
     const int id = m_List.FindKey(key);
     if (id < 0)
         HOST_USER_ERROR("unknown property key \"%s\"", key.c_str());
+    if (m_List.Info(id)->kind == "button") {
+        // A button is pressed by a true value; "0" or "false" leaves it alone.
+        bool press = false;
+        if (!shr::StringToBool(text, press))
+            HOST_USER_ERROR("bad value \"%s\" for property key \"%s\": a button takes 1 (press) or 0",
+                            text.c_str(), key.c_str());
+        if (!press)
+            return;
+    }
     const std::string before = ValueText(id);
     try {
         const boost::any value = Convert(id, key, text);

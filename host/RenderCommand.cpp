@@ -1,19 +1,16 @@
 #include "host/RenderCommand.h"
 
-#include "core/network/VoModule.h"
-#include "core/network/VoNetwork.h"
 #include "host/HostError.h"
 #include "host/HostUiProxy.h"
 #include "host/NetworkDocument.h"
-#include "host/OutputFile.h"
+#include "host/OutputFiles.h"
 #include "host/ReportWriter.h"
 #include "host/ScenePass.h"
 #include "host/ScenePicture.h"
 #include "host/SceneStatistics.h"
-#include "shr/LocateFile.h"
+#include "shr/Logger.h"
 
-#include <fstream>
-#include <memory>
+#include <new>
 #include <ostream>
 
 namespace host {
@@ -27,39 +24,56 @@ const std::string& TakeValue(const std::vector<std::string>& args, size_t& i)
     return args[++i];
 }
 
-void WriteReport(OutputFile& output, const std::string& scene, const HostUiProxy& proxy)
+// The outputs the options name, each checked before anything is computed.
+void AddOutputs(const RenderOptions& options, OutputFiles& outputs)
 {
-    std::ofstream out(output.Temporary(), std::ios::binary | std::ios::trunc);
-    ReportWriter::Write(scene, proxy, out);
-    out.close();
-    if (!out)
-        HOST_SYSTEM_ERROR("cannot write the report");
-    output.Commit();
+    if (!options.document.empty())
+        outputs.Add(options.document, "document");
+    if (!options.picture.empty())
+        outputs.Add(options.picture, "picture");
+    if (!options.inventor.empty())
+        outputs.Add(options.inventor, "scene graph");
+    if (!options.report.empty())
+        outputs.Add(options.report, "report");
+    outputs.Check();
 }
 
-void Execute(const RenderOptions& options, std::ostream& out, const HostUiProxy& proxy)
+void Execute(const RenderOptions& options, std::ostream& out, std::ostream& err, const HostUiProxy& proxy)
 {
-    // Checked before anything is computed.
-    const std::unique_ptr<OutputFile> report =
-        options.report.empty() ? nullptr : std::make_unique<OutputFile>(options.report, "report");
+    OutputFiles outputs;
+    AddOutputs(options, outputs);
     ScenePass pass;
     const std::string path = ScenePass::SceneOrDemo(options.scene);
-    SceneView view = pass.LoadAndRun(path);
+    LoadedScene loaded = pass.LoadAndRun(path, err);
+    SceneView& view = loaded.view;
     if (options.sizeGiven) {
         view.width = options.width;
         view.height = options.height;
     }
     ScenePass::CheckExecution(path, proxy);
-    if (!options.document.empty())
-        NetworkDocument::Save(options.document, view);
     if (!options.picture.empty())
-        ScenePicture::Draw(view).WritePng(options.picture);
+        outputs.Write(options.picture, [&](const std::string& file) { ScenePicture::Draw(view).WritePng(file); });
     if (!options.inventor.empty())
-        ScenePicture::WriteInventor(options.inventor);
+        outputs.Write(options.inventor, [&](const std::string& file) { ScenePicture::WriteInventor(file, view); });
+    if (!options.document.empty())
+        outputs.Write(options.document, [&](const std::string& file) { NetworkDocument::Save(file, view); });
     if (!options.report.empty())
-        WriteReport(*report, path, proxy);
+        outputs.Write(options.report, [&](const std::string& file) { ReportWriter::Write(file, path, proxy, loaded); });
+    outputs.Commit();
     if (options.stats)
-        SceneStatistics::Print(out, proxy);
+        SceneStatistics::Print(out, proxy, loaded.readings);
+}
+
+// Each line of a message after the program's name.
+void PrintError(std::ostream& err, const std::string& message)
+{
+    size_t start = 0;
+    for (size_t end = message.find('\n'); ; end = message.find('\n', start)) {
+        err << "fenrak: " << message.substr(start, end - start) << "\n";
+        if (end == std::string::npos)
+            break;
+        start = end + 1;
+    }
 }
 
 } // namespace
@@ -103,18 +117,26 @@ int RenderCommand::Run(const std::vector<std::string>& args, std::ostream& out, 
     try {
         const RenderOptions options = ParseArguments(args);
         HostUiProxy proxy(err, terminal);
-        Execute(options, out, proxy);
+        Execute(options, out, err, proxy);
         return 0;
     } catch (const shr::Exception& error) {
-        if (IsUserError(error)) {
-            err << "fenrak: " << error.Message() << "\n";
-            return kUserErrorCode;
-        }
-        err << "fenrak: " << error.Describe() << "\n";
+        return ReportFailure(error, err);
+    } catch (const std::bad_alloc&) {
+        PrintError(err, "out of memory");
     } catch (const std::exception& error) {
-        err << "fenrak: " << error.what() << "\n";
+        PrintError(err, error.what());
     }
-    return 3;
+    return kSystemFailureCode;
+}
+
+int RenderCommand::ReportFailure(const shr::Exception& error, std::ostream& err)
+{
+    PrintError(err, error.Message());
+    if (IsUserError(error))
+        return kUserErrorCode;
+    // Where in the source it arose is for the log, not for the user.
+    shr::g_Logger.Send(kFailureLogLevel, error.Describe());
+    return kSystemFailureCode;
 }
 
 } // namespace host

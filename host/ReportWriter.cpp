@@ -7,13 +7,17 @@
 #include "core/network/VbPort.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
+#include "host/HostError.h"
 #include "host/HostUiProxy.h"
 #include "host/PropertyEditor.h"
+#include "host/ScenePass.h"
 
 #include <nlohmann/json.hpp>
 
+#include <cerrno>
 #include <cmath>
-#include <ostream>
+#include <cstring>
+#include <fstream>
 
 namespace host {
 
@@ -78,16 +82,39 @@ Json Values(core::VoModule& module)
 {
     PropertyEditor editor(module);
     Json values = Json::array();
-    for (const auto& row : editor.List().Rows()) {
-        const HostPropertyList::RowInfo& info = row.second;
-        if (info.kind != "static" && !editor.List().ReadOnly(row.first))
+    const HostPropertyList& list = editor.List();
+    for (const int id : list.Order()) {
+        const HostPropertyList::RowInfo& info = *list.Info(id);
+        if (info.kind != "static" && !list.ReadOnly(id))
             continue;
-        values.push_back({{"label", info.label}, {"key", info.key}, {"text", editor.ValueText(row.first)}});
+        values.push_back({{"label", info.label}, {"key", info.key}, {"text", editor.ValueText(id)}});
     }
     return values;
 }
 
-Json Module(core::VoModule& module, const HostUiProxy& proxy)
+Json NameOrNull(const std::string& name)
+{
+    return name.empty() ? Json(nullptr) : Json(name);
+}
+
+Json Reading(const PointFileReading& reading)
+{
+    Json values = Json::array();
+    for (size_t v = 0; v < reading.valueNames.size(); ++v)
+        values.push_back({{"column", reading.valueNames[v]},
+                          {"below_detection", v < reading.censored.size() ? reading.censored[v] : 0}});
+    return Json{{"points", reading.pointCount},
+                {"x", NameOrNull(reading.coordNames[0])},
+                {"y", NameOrNull(reading.coordNames[1])},
+                {"z", NameOrNull(reading.coordNames[2])},
+                {"z_from_depth", reading.zFromDepth},
+                {"values", values},
+                {"label", NameOrNull(reading.labelName)},
+                {"unused", reading.ignoredNames},
+                {"below_detection", PointFileOptions::RuleName(reading.belowDetection)}};
+}
+
+Json Module(core::VoModule& module, const HostUiProxy& proxy, const LoadedScene& loaded)
 {
     const HostUiProxy::ModuleReport report = proxy.Report(module.Id());
     Json entry{{"name", module.Name()},
@@ -100,22 +127,30 @@ Json Module(core::VoModule& module, const HostUiProxy& proxy)
         outputs.push_back(Output(*module.GetOutput(o)));
     entry["outputs"] = outputs;
     entry["values"] = Values(module);
+    const auto reading = loaded.readings.find(module.Name());
+    if (reading != loaded.readings.end())
+        entry["reading"] = Reading(reading->second);
     return entry;
 }
 
 } // namespace
 
-std::string ReportWriter::Build(const std::string& scene, const HostUiProxy& proxy)
+std::string ReportWriter::Build(const std::string& scene, const HostUiProxy& proxy, const LoadedScene& loaded)
 {
     Json modules = Json::array();
     for (core::VoModule* module : core::VoNetwork::Instance())
-        modules.push_back(Module(*module, proxy));
-    return Json{{"scene", scene}, {"modules", modules}}.dump(2) + "\n";
+        modules.push_back(Module(*module, proxy, loaded));
+    return Json{{"scene", scene}, {"warnings", loaded.warnings}, {"modules", modules}}.dump(2) + "\n";
 }
 
-void ReportWriter::Write(const std::string& scene, const HostUiProxy& proxy, std::ostream& out)
+void ReportWriter::Write(const std::string& path, const std::string& scene, const HostUiProxy& proxy,
+                         const LoadedScene& loaded)
 {
-    out << Build(scene, proxy);
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out << Build(scene, proxy, loaded);
+    out.close();
+    if (!out)
+        HOST_SYSTEM_ERROR("%s: cannot write the report: %s", path.c_str(), std::strerror(errno));
 }
 
 } // namespace host

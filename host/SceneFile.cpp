@@ -7,7 +7,9 @@
 
 #include <boost/any.hpp>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -73,6 +75,11 @@ private:
             const size_t at = what.find(" at line ");
             what = at == std::string::npos ? what : what.substr(at + 4);
             Fail("JSON syntax error at " + what);
+        } catch (const Json::exception& error) {
+            // "[json.exception.out_of_range.406] number overflow parsing '1e99999'"
+            std::string what = error.what();
+            const size_t at = what.find("] ");
+            Fail("JSON error: " + (at == std::string::npos ? what : what.substr(at + 2)));
         }
     }
 
@@ -105,7 +112,17 @@ private:
             const std::string& key = item.key();
             if (key == "file")
                 spec.file = String(entry, "file", "module \"" + spec.name + "\"");
-            else if (key == "inputs")
+            else if (key == "files")
+                spec.files = Names(item.value(), spec.name, "files", "file names");
+            else if (key == "columns")
+                ReadColumns(item.value(), spec);
+            else if (key == "below_detection")
+                ReadBelowDetection(item.value(), spec);
+            else if (key == "compute") {
+                if (!item.value().is_boolean())
+                    FailModule(spec.name, "\"compute\" must be true or false");
+                spec.compute = item.value().get<bool>();
+            } else if (key == "inputs")
                 spec.inputs = Inputs(item.value(), spec.name);
             else if (key == "properties")
                 spec.properties = Properties(item.value(), spec.name);
@@ -117,6 +134,70 @@ private:
         return spec;
     }
 
+    // {"x": ..., "y": ..., "z": ..., "values": [...], "label": ...}
+    void ReadColumns(const Json& columns, ModuleSpec& spec) const
+    {
+        if (!columns.is_object())
+            FailModule(spec.name, "\"columns\" must be an object: {\"x\": \"Easting\", \"y\": 2, \"z\": null, ...}");
+        PointFileOptions& options = spec.pointOptions;
+        for (const auto& item : columns.items()) {
+            const std::string& key = item.key();
+            if (key == "x" || key == "y" || key == "z")
+                options.axes[key[0] - 'x'] = Column(item.value(), spec.name, key);
+            else if (key == "label")
+                options.label = Column(item.value(), spec.name, key);
+            else if (key == "values")
+                ReadValueColumns(item.value(), spec);
+            else
+                FailModule(spec.name, "columns: unknown key \"" + key + "\" (x, y, z, values, label)");
+        }
+        spec.pointOptionsGiven = true;
+    }
+
+    void ReadValueColumns(const Json& values, ModuleSpec& spec) const
+    {
+        if (!values.is_array())
+            FailModule(spec.name, "columns: \"values\" must be a list of column names or numbers");
+        spec.pointOptions.valuesGiven = true;
+        for (const Json& value : values) {
+            if (value.is_null())
+                FailModule(spec.name, "columns: \"values\" must be a list of column names or numbers");
+            spec.pointOptions.values.push_back(Column(value, spec.name, "values"));
+        }
+    }
+
+    ColumnChoice Column(const Json& value, const std::string& module, const std::string& key) const
+    {
+        ColumnChoice choice;
+        if (value.is_null()) {
+            choice.kind = ColumnChoice::None;
+        } else if (value.is_string() && !value.get<std::string>().empty()) {
+            choice.kind = ColumnChoice::Named;
+            choice.name = value.get<std::string>();
+        } else if (value.is_number_unsigned() && value.get<uint64_t>() >= 1 && value.get<uint64_t>() <= 100000) {
+            choice.kind = ColumnChoice::Numbered;
+            choice.number = value.get<size_t>();
+        } else {
+            FailModule(module, "columns: \"" + key + "\" must name a column or give its number from 1 (or null)");
+        }
+        return choice;
+    }
+
+    void ReadBelowDetection(const Json& rule, ModuleSpec& spec) const
+    {
+        using Rule = PointFileOptions::BelowDetection;
+        const std::string text = rule.is_string() ? rule.get<std::string>() : std::string();
+        if (text == "blank")
+            spec.pointOptions.belowDetection = Rule::Blank;
+        else if (text == "half")
+            spec.pointOptions.belowDetection = Rule::Half;
+        else if (text == "limit")
+            spec.pointOptions.belowDetection = Rule::Limit;
+        else
+            FailModule(spec.name, "\"below_detection\" must be \"blank\", \"half\" or \"limit\"");
+        spec.pointOptionsGiven = true;
+    }
+
     std::string String(const Json& object, const char* key, const std::string& where) const
     {
         if (!object.contains(key))
@@ -125,6 +206,21 @@ private:
         if (!value.is_string())
             Fail(where + ": \"" + key + "\" must be a string");
         return value.get<std::string>();
+    }
+
+    // A list of names, or one name.
+    std::vector<std::string> Names(const Json& names, const std::string& module, const char* key,
+                                   const char* what) const
+    {
+        if (names.is_string())
+            return {names.get<std::string>()};
+        const auto isName = [](const Json& name) { return name.is_string() && !name.get<std::string>().empty(); };
+        if (!names.is_array() || names.empty() || !std::all_of(names.begin(), names.end(), isName))
+            FailModule(module, "\"" + std::string(key) + "\" must be a list of " + what);
+        std::vector<std::string> result;
+        for (const Json& name : names)
+            result.push_back(name.get<std::string>());
+        return result;
     }
 
     std::vector<std::string> Inputs(const Json& inputs, const std::string& module) const
@@ -202,8 +298,14 @@ private:
         }
         if (!size.is_array() || size.size() != 2 || !size[0].is_number_integer() || !size[1].is_number_integer())
             Fail("view: \"size\" must be [width, height]");
-        m_Scene.view.width = size[0].get<int>();
-        m_Scene.view.height = size[1].get<int>();
+        // Held in int range before narrowing; CheckView then applies the limits.
+        const auto side = [](const Json& value) {
+            const int64_t n = value.is_number_unsigned() ? int64_t(std::min<uint64_t>(value.get<uint64_t>(), INT_MAX))
+                                                         : value.get<int64_t>();
+            return int(std::clamp<int64_t>(n, INT_MIN, INT_MAX));
+        };
+        m_Scene.view.width = side(size[0]);
+        m_Scene.view.height = side(size[1]);
     }
 
     // [r, g, b] or [r, g, b, a] from 0 to 255, or the text of a colour property.
@@ -213,7 +315,8 @@ private:
         if (color.is_array() && (color.size() == 3 || color.size() == 4)) {
             int parts[4] = {0, 0, 0, 255};
             for (size_t i = 0; i < color.size(); ++i) {
-                if (!color[i].is_number_integer() || color[i].get<int>() < 0 || color[i].get<int>() > 255)
+                // Compared as doubles: a huge whole number must not wrap into range.
+                if (!color[i].is_number_integer() || color[i].get<double>() < 0 || color[i].get<double>() > 255)
                     Fail("view: \"background\" parts must be whole numbers from 0 to 255");
                 parts[i] = color[i].get<int>();
             }

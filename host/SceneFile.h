@@ -13,14 +13,22 @@
 //
 // A module has a registry type, an optional name (the type by default, unique
 // in the scene), input module names for its input ports 0, 1, ..., properties
-// by public key in the order given, and for a point set the file to read
+// by public key in the order given, for a point set the file to read and for
+// a well data module the well files to import ("files": a list, or one name)
 // (relative to the scene file's folder, the working folder or the data
-// folders). A lattice read from a file may take reader settings in
-// "fileOptions" (SEG-Y header bytes, a NetCDF variable). Property values are strings; numbers and booleans are taken as
-// their text. Unknown keys are errors, so that a misspelt key is not ignored.
+// folders), with optionally its "columns" ({"x": "Xloc", "y": 2, "z": null,
+// "values": ["Cd"], "label": "Id"}: header names or 1-based numbers, null for
+// none) and "below_detection" ("blank", "half" or "limit"). A lattice read
+// from a file may take reader settings in "fileOptions" (SEG-Y header bytes,
+// a NetCDF variable). "compute": false keeps a module that computes only when
+// asked (the gridder) from computing. Property values are strings; numbers
+// and booleans are taken as their text. Unknown keys are errors, so that a
+// misspelt key is not ignored.
+#include "host/PointFileOptions.h"
 #include "shr/Color4b.h"
 #include "shr/GString.h"
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -41,9 +49,16 @@ struct ModuleSpec {
     std::string name;
     std::string type;
     std::string file;
+    std::vector<std::string> files;
     std::vector<std::string> inputs;
     std::vector<std::pair<std::string, std::string>> properties;
     std::vector<std::pair<std::string, std::string>> fileOptions;
+    // A point set's "columns" and "below_detection"; whether either was given.
+    PointFileOptions pointOptions;
+    bool pointOptionsGiven = false;
+    // "compute": whether a module that computes only when asked (the gridder)
+    // computes in the first pass; unset means yes.
+    std::optional<bool> compute;
 };
 
 struct SceneDescription {

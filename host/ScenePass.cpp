@@ -2,12 +2,18 @@
 
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
+#include "host/DefaultScene.h"
+#include "host/EmptyOutputs.h"
 #include "host/HostError.h"
 #include "host/HostUiProxy.h"
+#include "host/InputFile.h"
+#include "host/LatticeFile.h"
 #include "host/NetworkDocument.h"
 #include "host/RenderCommand.h"
 #include "host/SceneBuilder.h"
 #include "shr/LocateFile.h"
+
+#include <ostream>
 
 namespace host {
 
@@ -27,6 +33,46 @@ void Clear()
     Network().WaitUntilDone(2000);
     Network().DeleteAllNodes();
     Network().SetModified(false);
+}
+
+LoadedScene BuildAndRun(const SceneDescription& scene)
+{
+    SceneBuilder builder(scene);
+    builder.Build();
+    ScenePass::RunPasses();
+    if (builder.RestoreReplacedValues())
+        ScenePass::RunPasses();
+    return LoadedScene{scene.view, builder.Warnings(), builder.Readings()};
+}
+
+// A lattice file is drawn through a scene that says how; it is not a scene itself.
+void RefuseLatticeFile(const std::string& path)
+{
+    const LatticeFormat format = LatticeFile::Detect(path);
+    if (format == LatticeFormat::Unknown)
+        return;
+    HOST_USER_ERROR("%s: a %s, not a scene: name it in a scene's module {\"type\": \"%s\", \"file\": ...}",
+                    path.c_str(), format == LatticeFormat::Segy ? "SEG-Y cube" : "NetCDF grid",
+                    LatticeFileLoader::TypeName);
+}
+
+LoadedScene Load(const std::string& path, std::ostream& err)
+{
+    RefuseLatticeFile(path);
+    switch (InputFile::KindOf(path)) {
+    case InputFile::Document: {
+        const SceneView view = NetworkDocument::Load(path);
+        ScenePass::RunPasses();
+        return LoadedScene{view, {}, {}};
+    }
+    case InputFile::Points: {
+        const DefaultSceneChoice choice = DefaultScene::For(path);
+        err << "fenrak: " << path << " is a point file, not a scene: drawing " << choice.summary << "\n";
+        return BuildAndRun(choice.scene);
+    }
+    default:
+        return BuildAndRun(SceneFile::Read(path));
+    }
 }
 
 } // namespace
@@ -63,35 +109,39 @@ void ScenePass::RunPasses()
     }
 }
 
-SceneView ScenePass::LoadAndRun(const std::string& path)
+LoadedScene ScenePass::LoadAndRun(const std::string& path, std::ostream& err)
 {
-    if (NetworkDocument::IsDocument(path)) {
-        const SceneView view = NetworkDocument::Load(path);
-        RunPasses();
-        return view;
-    }
-    const SceneDescription scene = SceneFile::Read(path);
-    SceneBuilder builder(scene);
-    builder.Build();
-    RunPasses();
-    if (builder.RestoreReplacedValues())
-        RunPasses();
-    return scene.view;
+    LoadedScene loaded = Load(path, err);
+    for (const std::string& warning : EmptyOutputs::Warnings(path))
+        loaded.warnings.push_back(warning);
+    for (const std::string& warning : loaded.warnings)
+        err << "fenrak: warning: " << warning << "\n";
+    return loaded;
 }
 
+// A failed module or pass is an error of the scene: nothing is written then.
+// Every failure is one line, naming its module; each is reported once, here.
 void ScenePass::CheckExecution(const std::string& path, const HostUiProxy& proxy)
 {
+    std::vector<std::string> failures;
     for (const core::VoModule* module : Network()) {
+        const HostUiProxy::ModuleReport report = proxy.Report(module->Id());
+        const std::string prefix = path + ": module \"" + module->Name() + "\": ";
+        for (const std::string& error : report.loadErrors)
+            failures.push_back(prefix + error);
         if (module->GetStatus() != core::VoModule::ModuleFailed && module->GetStatus() != core::VoModule::ModuleAborted)
             continue;
-        const HostUiProxy::ModuleReport report = proxy.Report(module->Id());
         const std::string reason = report.errors.empty() ? std::string("no message") : report.errors.back();
-        HOST_USER_ERROR("%s: module \"%s\": execution %s: %s", path.c_str(), module->Name().c_str(),
-                        HostUiProxy::StatusName(module->GetStatus()), reason.c_str());
+        failures.push_back(prefix + "execution " + HostUiProxy::StatusName(module->GetStatus()) + ": " + reason);
     }
-    const std::vector<std::string> passErrors = proxy.PassErrors();
-    if (!passErrors.empty())
-        HOST_USER_ERROR("%s: the update failed: %s", path.c_str(), passErrors.front().c_str());
+    for (const std::string& error : proxy.PassErrors())
+        failures.push_back(path + ": the update failed: " + error);
+    if (failures.empty())
+        return;
+    std::string message = failures.front();
+    for (size_t i = 1; i < failures.size(); ++i)
+        message += "\n" + failures[i];
+    HOST_USER_ERROR("%s", message.c_str());
 }
 
 } // namespace host

@@ -13,9 +13,11 @@ public:
     // Draws the scene root offscreen as the view says; without a background
     // of its own, on the network's background colour.
     static render::Image Draw(const SceneView& view);
-    // Writes the scene root as scene-graph ASCII; the file appears complete
-    // or not at all.
-    static void WriteInventor(const shr::GString& path);
+    // Writes the scene root as scene-graph ASCII to `path` (OutputFiles
+    // gives it a temporary name), seen through a camera framed as the view
+    // says. What the scene draws in screen space (the legends) is written as
+    // plain nodes, laid out for the view's size.
+    static void WriteInventor(const shr::GString& path, const SceneView& view);
 };
 
 } // namespace host

@@ -33,7 +33,8 @@ core::VdGeometry::Statistics GeometryOf(const core::VoModule& module)
 
 } // namespace
 
-void SceneStatistics::Print(std::ostream& out, const HostUiProxy& proxy)
+void SceneStatistics::Print(std::ostream& out, const HostUiProxy& proxy,
+                            const std::map<std::string, PointFileReading>& readings)
 {
     out << shr::ToString("%-20s %-16s %-9s %9s %10s %8s %8s\n", "module", "type", "status", "time (s)", "triangles",
                          "lines", "points");
@@ -44,6 +45,11 @@ void SceneStatistics::Print(std::ostream& out, const HostUiProxy& proxy)
                              proxy.Report(module->Id()).executeSeconds, geometry.triangles, geometry.lines,
                              geometry.points);
     }
+    // Apart from the table, after a blank line.
+    if (!readings.empty())
+        out << "\n";
+    for (const auto& reading : readings)
+        out << "point set \"" << reading.first << "\": " << reading.second.Summary() << "\n";
 }
 
 } // namespace host

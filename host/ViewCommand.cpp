@@ -4,7 +4,7 @@
 #include "core/network/VoNetwork.h"
 #include "host/HostError.h"
 #include "host/HostUiProxy.h"
-#include "host/OutputFile.h"
+#include "host/OutputFiles.h"
 #include "host/RenderCommand.h"
 #include "host/ScenePass.h"
 #include "render/CameraFraming.h"
@@ -30,6 +30,7 @@
 #include <atomic>
 #include <cstdarg>
 #include <cstdlib>
+#include <exception>
 #include <memory>
 #include <ostream>
 #include <thread>
@@ -302,16 +303,17 @@ void Show(const ViewOptions& options, std::ostream& err, const std::function<voi
     if (!ViewCommand::DisplayAvailable())
         HOST_SYSTEM_ERROR("view: no X display answers (DISPLAY=\"%s\"); run under xvfb-run for a hidden one",
                           std::getenv("DISPLAY") ? std::getenv("DISPLAY") : "");
-    std::unique_ptr<OutputFile> screenshot;
+    OutputFiles outputs;
     if (!options.screenshot.empty())
-        screenshot = std::make_unique<OutputFile>(options.screenshot, "screenshot");
+        outputs.Add(options.screenshot, "screenshot");
+    outputs.Check();
     std::unique_ptr<QMainWindow> window(MainWindow());
     auto* status = new QStatusBar;
     window->setStatusBar(status);
     ViewerUiProxy proxy(err, status);
     ScenePass pass;
     const std::string path = ScenePass::SceneOrDemo(options.scene);
-    const SceneView view = pass.LoadAndRun(path);
+    const SceneView view = pass.LoadAndRun(path, err).view;
     ScenePass::CheckExecution(path, proxy);
     window->setWindowTitle(QString::fromStdString("fenrak - " + path));
     std::unique_ptr<SceneViewer> viewer(new SceneViewer(window.get(), view, proxy));
@@ -320,15 +322,22 @@ void Show(const ViewOptions& options, std::ostream& err, const std::function<voi
     OpenAtSize(*window, *viewer, view);
     proxy.Show("ready");
     bool quitting = false;
+    // An exception may not cross Qt's event loop: it is kept and raised after.
+    std::exception_ptr failure;
     const auto finish = [&] {
         if (quitting)
             return;
         quitting = true;
-        viewer->WaitForPass();
-        QApplication::processEvents();
-        if (screenshot) {
-            viewer->Grab().WritePng(screenshot->Temporary());
-            screenshot->Commit();
+        try {
+            viewer->WaitForPass();
+            QApplication::processEvents();
+            if (!options.screenshot.empty()) {
+                const render::Image image = viewer->Grab();
+                outputs.Write(options.screenshot, [&](const std::string& file) { image.WritePng(file); });
+                outputs.Commit();
+            }
+        } catch (...) {
+            failure = std::current_exception();
         }
         qApp->quit();
     };
@@ -344,6 +353,8 @@ void Show(const ViewOptions& options, std::ostream& err, const std::function<voi
     qApp->exec();
     viewer.reset();
     window.reset();
+    if (failure)
+        std::rethrow_exception(failure);
 }
 
 } // namespace
@@ -388,8 +399,7 @@ int ViewCommand::Run(const ViewOptions& options, std::ostream& err, const std::f
         Show(options, err, script);
         return 0;
     } catch (const shr::Exception& error) {
-        err << "fenrak: " << error.Message() << "\n";
-        return IsUserError(error) ? kUserErrorCode : 3;
+        return RenderCommand::ReportFailure(error, err);
     }
 }
 
@@ -398,8 +408,7 @@ int ViewCommand::Run(const std::vector<std::string>& args, std::ostream& err)
     try {
         return Run(ParseArguments(args), err);
     } catch (const shr::Exception& error) {
-        err << "fenrak: " << error.Message() << "\n";
-        return IsUserError(error) ? kUserErrorCode : 3;
+        return RenderCommand::ReportFailure(error, err);
     }
 }
 

@@ -162,6 +162,18 @@ public:
     // bytes each cannot be in the rest of the stream. Call it before sizing a
     // container by a count read from the archive.
     void CheckCount(uint64_t count, uint64_t bytesPerItem) const;
+    // When loading, raises a format error unless lo <= value <= hi (a NaN never
+    // is): for a loaded field against the limits its property applies. `what`
+    // names the field in the message.
+    template <class T>
+    void CheckRange(T value, typename std::enable_if<true, T>::type lo, typename std::enable_if<true, T>::type hi,
+                    const char* what) const
+    {
+        static_assert(std::is_arithmetic<T>::value, "CheckRange compares numbers");
+        if (IsLoading() && !(lo <= value && value <= hi))
+            ThrowFormatError("corrupt: %s is %.17g, outside %.17g to %.17g", what, static_cast<double>(value),
+                             static_cast<double>(lo), static_cast<double>(hi));
+    }
     // Raises a "Shared" error naming this archive and the current offset.
     [[noreturn]] void ThrowFormatError(const char* format, ...) const __attribute__((format(printf, 2, 3)));
 

@@ -9,13 +9,17 @@ vtkContourFilter, normals on, at the same isovalue and the same thread count.
 Counts first: vertex counts must agree exactly (one vertex per cut edge on
 every side). Triangle counts can differ only through the ambiguous cases,
 where the tables choose different but valid triangulations; VTK counts a node
-at or above the isovalue as inside and we count one at or below, so each peer
-also contours the negated field at the negated isovalue, which puts the same
-corners inside on both sides, and the closer of the two counts is compared.
+at or above the isovalue as inside and we count one at or below, so where the
+counts differ a peer also contours the negated field at the negated
+isovalue, which puts the same corners inside on both sides, and the closer of
+the two counts is compared.
 
 Times: VTK re-runs the whole filter for a new isovalue and for new data alike;
-ours re-runs only the sweep for a new isovalue and adds the float copy and the
-gradients for new data. Best of several runs on each side.
+ours re-runs only the sweep for a new isovalue and adds the float copy for new
+data (gradients are computed at the cut edges as the sweep needs them). The
+best single run on each side, real time and process CPU time; each lattice of
+ours is run just before VTK's. Ratios are ours / VTK, new isovalue / new
+data. `isosurface_peer.py BUILD PASSES` repeats the whole comparison.
 """
 import json
 import os
@@ -36,17 +40,21 @@ THREADS = 2
 REPEATS = {64: 7, 128: 5, 256: 3}
 
 
-def ours(build_dir):
+def ours(build_dir, field, n):
+    """Our best times (real and process CPU) of both workloads on one lattice,
+    run just before VTK's so that both meet the same load."""
     program = os.path.join(build_dir, "bench", "bench_isosurface")
     # Ours runs on TBB's default arena: one thread per core, THREADS on the bench machine.
-    output = subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True,
-                            text=True).stdout
+    pattern = "/field:%d/n:%d/" % (FIELDS.index(field), n)
+    output = subprocess.run([program, "--benchmark_format=json", "--benchmark_filter=" + pattern], check=True,
+                            capture_output=True, text=True).stdout
     results = {}
     for run in json.loads(output)["benchmarks"]:
+        # The best of the repetitions, as the peer's best of its runs.
+        if run.get("aggregate_name") != "min":
+            continue
         workload = run["name"].split("/")[0].replace("BM_", "")
-        field = FIELDS[int(run["name"].split("field:")[1].split("/")[0])]
-        n = int(run["name"].split("n:")[1].split("/")[0])
-        results[(workload, field, n)] = (run["real_time"] / 1000.0, int(run["triangles"]), int(run["vertices"]))
+        results[workload] = (run["best_real"], run["best_cpu"], int(run["triangles"]), int(run["vertices"]))
     return results
 
 
@@ -85,47 +93,54 @@ def contour(kind, data, isovalue, repeats):
     f = make_filter(kind)
     f.SetInputData(data)
     f.SetValue(0, isovalue)
-    best = float("inf")
+    best, best_cpu = float("inf"), float("inf")
     for _ in range(repeats):
         f.Modified()
-        start = time.perf_counter()
+        start, cpu = time.perf_counter(), time.process_time()
         f.Update()
         best = min(best, time.perf_counter() - start)
+        best_cpu = min(best_cpu, time.process_time() - cpu)
     out = f.GetOutput()
-    return best, out.GetNumberOfPolys(), out.GetNumberOfPoints()
+    return best, out.GetNumberOfPolys(), out.GetNumberOfPoints(), best_cpu
 
 
-def main(build_dir):
+def main(build_dir, passes):
     bench_dir = os.path.join(build_dir, "bench")
     if not os.path.exists(os.path.join(bench_dir, "bench_isosurface")):
         print("isosurface peer: skipped, bench_isosurface is not built in %s" % build_dir)
         return 0
     vtkSMPTools.Initialize(THREADS)
-    mine = ours(build_dir)
     status = 0
-    print("%-14s %-14s %10s %10s %10s %10s %10s %12s %12s" % (
-        "lattice", "peer", "ours tris", "peer tris", "verts", "ours iso", "ours input", "peer", "ratio iso/in"))
-    for field in FIELDS:
-        for n in SIZES:
-            iso_time, triangles, vertices = mine[("IsovalueChange", field, n)]
-            input_time = mine[("InputChange", field, n)][0]
-            for kind in ("FlyingEdges3D", "MarchingCubes", "ContourFilter"):
-                plain = contour(kind, image(bench_dir, field, n, 1.0), ISOVALUES[field], REPEATS[n])
-                negated = contour(kind, image(bench_dir, field, n, -1.0), -ISOVALUES[field], REPEATS[n])
-                seconds, peer_triangles, peer_vertices = min(
-                    (plain, negated), key=lambda r: abs(r[1] - triangles))
-                if peer_vertices != vertices:
-                    print("isosurface peer: %s %d^3 %s: %d vertices against our %d" % (
-                        field, n, kind, peer_vertices, vertices))
-                    status = 1
-                print("%-14s %-14s %10d %10d %10d %9.1fms %9.1fms %10.1fms %5.2f/%5.2f" % (
-                    "%s %d^3" % (field, n), kind, triangles, peer_triangles, vertices, iso_time * 1e3,
-                    input_time * 1e3, seconds * 1e3, iso_time / seconds, input_time / seconds))
-                if peer_triangles != triangles:
-                    print("    triangle counts differ by %d (%.4f%%): ambiguous cases triangulated differently"
-                          % (triangles - peer_triangles, 100.0 * (triangles - peer_triangles) / peer_triangles))
+    print("%-13s %-14s %9s %9s %8s %8s %8s %8s %13s %13s" % (
+        "lattice", "peer", "triangles", "vertices", "ours iso", "ours in", "peer", "peer CPU", "ratio iso/in",
+        "CPU iso/in"))
+    for _ in range(passes):
+        for field in FIELDS:
+            for n in SIZES:
+                mine = ours(build_dir, field, n)
+                iso_time, iso_cpu, triangles, vertices = mine["IsovalueChange"]
+                input_time, input_cpu = mine["InputChange"][:2]
+                for kind in ("FlyingEdges3D", "MarchingCubes", "ContourFilter"):
+                    seconds, peer_triangles, peer_vertices, cpu = contour(
+                        kind, image(bench_dir, field, n, 1.0), ISOVALUES[field], REPEATS[n])
+                    if peer_triangles != triangles:
+                        negated = contour(kind, image(bench_dir, field, n, -1.0), -ISOVALUES[field], REPEATS[n])
+                        if abs(negated[1] - triangles) < abs(peer_triangles - triangles):
+                            seconds, peer_triangles, peer_vertices, cpu = negated
+                    if peer_vertices != vertices:
+                        print("isosurface peer: %s %d^3 %s: %d vertices against our %d" % (
+                            field, n, kind, peer_vertices, vertices))
+                        status = 1
+                    print("%-13s %-14s %9d %9d %6.1fms %6.1fms %6.1fms %6.1fms %6.2f/%5.2f %6.2f/%5.2f" % (
+                        "%s %d^3" % (field, n), kind, triangles, vertices, iso_time * 1e3, input_time * 1e3,
+                        seconds * 1e3, cpu * 1e3, iso_time / seconds, input_time / seconds, iso_cpu / cpu,
+                        input_cpu / cpu))
+                    if peer_triangles != triangles:
+                        print("    triangle counts differ by %d (%.4f%%): ambiguous cases triangulated differently"
+                              % (triangles - peer_triangles, 100.0 * (triangles - peer_triangles) / peer_triangles))
+                    sys.stdout.flush()
     return status
 
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1] if len(sys.argv) > 1 else "build/release"))
+    sys.exit(main(sys.argv[1] if len(sys.argv) > 1 else "build/bench", int(sys.argv[2]) if len(sys.argv) > 2 else 1))

@@ -24,23 +24,20 @@ to bench/results beside the figures.
 VTK draws through GLX, so the script runs itself under xvfb-run when no
 display is set; Mesa's llvmpipe draws on both sides with the same thread count.
 """
-import json
 import os
-import shutil
-import subprocess
 import sys
-import time
 
 import numpy as np
-from vtkmodules.util.numpy_support import numpy_to_vtk, vtk_to_numpy
-from vtkmodules.vtkCommonCore import vtkSMPTools, vtkUnsignedCharArray
+from vtkmodules.util.numpy_support import numpy_to_vtk
+from vtkmodules.vtkCommonCore import vtkSMPTools
 from vtkmodules.vtkCommonDataModel import vtkImageData, vtkPiecewiseFunction
-from vtkmodules.vtkIOImage import vtkPNGWriter
 from vtkmodules.vtkRenderingCore import vtkColorTransferFunction, vtkRenderer, vtkRenderWindow, vtkVolume, \
     vtkVolumeProperty
 import vtkmodules.vtkRenderingOpenGL2  # noqa: F401  the OpenGL back end
 from vtkmodules.vtkRenderingVolume import vtkGPUVolumeRayCastMapper
 from vtkmodules.vtkRenderingVolumeOpenGL2 import vtkSmartVolumeMapper
+
+from _pictures import benchmark_runs, picture, run_under_xvfb, save, summary
 
 SIDE = 256
 WIDTH, HEIGHT = 1024, 768
@@ -58,13 +55,8 @@ METHODS = {0: "2-D textures", 1: "3-D textures"}
 
 def ours(build_dir):
     program = os.path.join(build_dir, "bench", "bench_volume")
-    env = dict(os.environ, FENRAK_BENCH_PICTURES=RESULTS, LP_NUM_THREADS=str(THREADS))
-    output = subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True, text=True,
-                            env=env).stdout
     runs = {}
-    for run in json.loads(output)["benchmarks"]:
-        if run.get("run_type") == "aggregate":
-            continue
+    for run in benchmark_runs(program, RESULTS, THREADS):
         workload = run["name"].split("/")[0].replace("BM_", "")
         method = int(run["name"].split("method:")[1].split("/")[0]) if "method:" in run["name"] else None
         runs.setdefault((workload, method), []).append(run)
@@ -130,37 +122,6 @@ def place_camera(renderer):
     camera.SetClippingRange(diagonal, 4.0 * diagonal)
 
 
-def read_back(window):
-    width, height = window.GetSize()
-    pixels = vtkUnsignedCharArray()
-    window.GetRGBACharPixelData(0, 0, width - 1, height - 1, 1, pixels)
-    return vtk_to_numpy(pixels).reshape(height, width, 4)[::-1, :, :3]
-
-
-def picture(window):
-    """(wall seconds, process CPU seconds, picture) of one frame read back."""
-    start, cpu = time.perf_counter(), time.process_time()
-    window.Render()
-    image = read_back(window)
-    return time.perf_counter() - start, time.process_time() - cpu, image
-
-
-def summary(image):
-    total = image.astype(np.int32).sum(axis=2)
-    return float((total > 24).mean()), float(total.mean() / 3.0)
-
-
-def save(image, name):
-    small = image.reshape(HEIGHT // SHRINK, SHRINK, WIDTH // SHRINK, SHRINK, 3).mean(axis=(1, 3)).astype(np.uint8)
-    data = vtkImageData()
-    data.SetDimensions(WIDTH // SHRINK, HEIGHT // SHRINK, 1)
-    data.GetPointData().SetScalars(numpy_to_vtk(np.ascontiguousarray(small[::-1]).reshape(-1, 3), deep=True))
-    writer = vtkPNGWriter()
-    writer.SetFileName(os.path.join(RESULTS, name))
-    writer.SetInputData(data)
-    writer.Write()
-
-
 # Every window lives to the end: closing one while others draw can take the
 # display connection they share with it.
 WINDOWS = []
@@ -220,12 +181,9 @@ def main(build_dir):
     if not os.path.exists(os.path.join(bench_dir, "bench_volume")):
         print("volume peer: skipped, bench_volume is not built in %s" % build_dir)
         return 0
-    if not os.environ.get("DISPLAY") and shutil.which("xvfb-run") and not os.environ.get("FENRAK_UNDER_XVFB"):
-        env = dict(os.environ, FENRAK_UNDER_XVFB="1")
-        # Searching from a number of its own keeps two peers started at once off one server.
-        first_number = str(100 + os.getpid() % 800)
-        return subprocess.call(["xvfb-run", "-a", "-n", first_number, "-s", "-screen 0 1280x1024x24",
-                                sys.executable, os.path.abspath(__file__), build_dir], env=env)
+    status = run_under_xvfb(__file__, build_dir)
+    if status is not None:
+        return status
     os.environ["LP_NUM_THREADS"] = str(THREADS)
     vtkSMPTools.Initialize(THREADS)
     os.makedirs(RESULTS, exist_ok=True)
@@ -248,7 +206,8 @@ def main(build_dir):
             continue
         load, best, best_cpu, image, used = result
         covered, bright = summary(image)
-        save(image, "volume_%s.png" % ("smart" if kind == "vtkSmartVolumeMapper" else "gpu"))
+        save(image, os.path.join(RESULTS, "volume_%s.png" % ("smart" if kind == "vtkSmartVolumeMapper" else "gpu")),
+             SHRINK)
         label = kind + (" (%s)" % used if used else "")
         print("%-28s %9.0fms %9.0fms %9.0fms %9.3f %9.1f" % (
             label, load * 1e3, best * 1e3, best_cpu * 1e3, covered, bright))

@@ -1,5 +1,7 @@
 #include "core/data/LatticeUtility.h"
 
+#include "core/data/VdCurvilinearLattice.h"
+#include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
 #include "shr/Exception.h"
 #include "shr/MathUtil.h"
@@ -24,6 +26,28 @@ double NodeValue(const VdVertexData& data, uint32_t vertex, unsigned int c)
         using Element = typename decltype(tag)::Type;
         return PrimConvert<double>(*static_cast<const Element*>(data.DataPtr(vertex, c)));
     });
+}
+
+std::unique_ptr<VdLattice> MakeLatticeLike(const VdLattice& lattice, shr::PrimType type, unsigned int componentCount)
+{
+    const unsigned int* dims = lattice.GetDims();
+    std::unique_ptr<VdLattice> made;
+    if (const auto* uniform = dynamic_cast<const VdUniformLattice*>(&lattice)) {
+        auto copy = std::make_unique<VdUniformLattice>(type, dims, nullptr, componentCount);
+        copy->SetUVWBounds(uniform->UVWBounds());
+        made = std::move(copy);
+    } else if (const auto* rectilinear = dynamic_cast<const VdRectilinearLattice*>(&lattice)) {
+        made = std::make_unique<VdRectilinearLattice>(type, dims, nullptr, componentCount, rectilinear->GetUCoords(),
+                                                      rectilinear->GetVCoords(), rectilinear->GetWCoords());
+    } else if (const auto* curvilinear = dynamic_cast<const VdCurvilinearLattice*>(&lattice)) {
+        made = std::make_unique<VdCurvilinearLattice>(curvilinear->GetCoordType(), type, dims,
+                                                      curvilinear->GetCoordPtr(), nullptr, componentCount);
+    } else {
+        ThrowUtilityError(__LINE__, "Invalid lattice kind.");
+    }
+    if (lattice.HasUserTransform())
+        made->SetUserTransform(lattice.GetUserTransform());
+    return made;
 }
 
 bool IsRGBA(const VdLattice& lattice)

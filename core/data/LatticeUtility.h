@@ -19,6 +19,7 @@
 #include <tbb/task_group.h>
 
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 namespace core {
@@ -48,6 +49,9 @@ void NormalizeUVW(const VdUniformLattice& lattice, shr::Vec3d& uvw);
 // (i, j) at k, then the same at k+1. Cell volume code relies on this order.
 void CellCorners(const VdLattice& lattice, unsigned int i, unsigned int j, unsigned int k,
                  std::vector<shr::Vec3d>& corners);
+// A lattice of the same kind, node counts, node positions and user transform
+// as `lattice`, with `componentCount` zero components of `type` per node.
+std::unique_ptr<VdLattice> MakeLatticeLike(const VdLattice& lattice, shr::PrimType type, unsigned int componentCount);
 // "Component 1", "Component 2", ... one per component.
 std::vector<shr::GString> CollectComponents(const VdVertexData& data);
 // The component number each name stands for, counting from 1 ("Component 3"

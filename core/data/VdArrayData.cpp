@@ -3,7 +3,10 @@
 #include "core/data/VdArrayDataT.h"
 #include "shr/Exception.h"
 
+#include <sys/mman.h>
+
 #include <cstring>
+#include <new>
 
 namespace core {
 
@@ -21,7 +24,21 @@ unsigned char BitOf(uint32_t index)
     return static_cast<unsigned char>(1u << (index & 7));
 }
 
+// Stores from this size on are mapped from the system rather than taken from
+// the heap. Below it the C library's heap takes back and hands out again
+// blocks of lattice size, so that their pages stay in use; above it the
+// library maps and unmaps every block itself, in small pages.
+constexpr uint64_t kMappedBytes = uint64_t(32) << 20;
+
 } // namespace
+
+void VdArrayData::StoreRelease::operator()(unsigned char* block) const
+{
+    if (bytes >= kMappedBytes)
+        ::munmap(block, bytes);
+    else
+        delete[] block;
+}
 
 std::unique_ptr<VdArrayData> VdArrayData::Create(shr::PrimType type, unsigned int size)
 {
@@ -36,8 +53,20 @@ VdArrayData::VdArrayData(shr::PrimType type, unsigned int size)
     : m_Type(type), m_Size(size)
 {
     const uint64_t bytes = ByteSize();
-    if (bytes > 0)
-        m_Store.reset(new unsigned char[bytes]()); // zero-filled
+    if (bytes == 0)
+        return;
+    if (bytes < kMappedBytes) {
+        m_Store = std::unique_ptr<unsigned char[], StoreRelease>(new unsigned char[bytes](), StoreRelease(bytes));
+        return;
+    }
+    // Mapped pages read as zero until written: a store that its producer
+    // fills at once is touched once, not twice, and by the threads that fill
+    // it. Large pages, where the system offers them, make those first touches few.
+    void* block = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (block == MAP_FAILED)
+        throw std::bad_alloc();
+    (void)::madvise(block, bytes, MADV_HUGEPAGE);
+    m_Store = std::unique_ptr<unsigned char[], StoreRelease>(static_cast<unsigned char*>(block), StoreRelease(bytes));
 }
 
 VdArrayData::~VdArrayData()

@@ -105,7 +105,15 @@ private:
     const unsigned char* Mask() const { return m_BlankMask.load(std::memory_order_acquire); }
     void AdoptMask(std::unique_ptr<unsigned char[]> mask, unsigned int count);
 
-    std::unique_ptr<unsigned char[]> m_Store;
+    // Gives the block back the way it was taken (see the constructor).
+    struct StoreRelease {
+        StoreRelease() noexcept : bytes(0) {}
+        explicit StoreRelease(uint64_t size) noexcept : bytes(size) {}
+        void operator()(unsigned char* block) const;
+        uint64_t bytes;
+    };
+
+    std::unique_ptr<unsigned char[], StoreRelease> m_Store;
     shr::PrimType m_Type;
     uint32_t m_Size;
     uint32_t m_BlankCount = 0;

@@ -57,26 +57,30 @@ void MarkBlank(std::bitset<VdLattice::MaxBlankBits>& blanks, unsigned int c)
     blanks.set(c);
 }
 
-// The nearest node on an axis: half away from zero, then at most dim - 1. A
-// negative that survives rounding (or NaN) lands on the last node: the result
-// of wrapping it to a huge unsigned number, without that undefined conversion.
-unsigned int NearestNode(double x, unsigned int dim)
+} // namespace
+
+// Half away from zero, then at most dim - 1. A negative that survives rounding
+// (or NaN) lands on the last node: the result of wrapping it to a huge
+// unsigned number, without that undefined conversion.
+unsigned int VdLattice::NearestNode(double x, unsigned int dim)
 {
     const double rounded = std::trunc(x < 0 ? x - 0.5 : x + 0.5);
     const double last = dim - 1.0;
     return rounded >= 0.0 && rounded <= last ? static_cast<unsigned int>(rounded) : dim - 1;
 }
 
-// The low node of the linear cell on an axis, at most dim - 2; negatives and
-// NaN land on the last cell, as in NearestNode.
-unsigned int LowNode(double x, unsigned int dim)
+// At most dim - 2; negatives and NaN land on the last cell, as in NearestNode.
+unsigned int VdLattice::LowNode(double x, unsigned int dim)
 {
     const double truncated = std::trunc(x);
     const double lastCell = dim - 2.0;
     return truncated >= 0.0 && truncated <= lastCell ? static_cast<unsigned int>(truncated) : dim - 2;
 }
 
-} // namespace
+bool VdLattice::OutsideAxis(double x, unsigned int dim)
+{
+    return x < -kRangeTolerance || x > dim - 1.0 + kRangeTolerance;
+}
 
 VdLattice::VdLattice(shr::PrimType type, const unsigned int* dims, const void* data, unsigned int componentCount)
     : VdVertexData(type, CheckedNodeCount(dims), componentCount), m_Dims{dims[0], dims[1], dims[2]}
@@ -227,7 +231,7 @@ unsigned int VdLattice::Interpolate(InterpMethod method, const shr::Vec3d& xyz, 
 bool VdLattice::OutsideNodes(const shr::Vec3d& ijk) const
 {
     for (int axis = 0; axis < 3; ++axis)
-        if (ijk[axis] < -kRangeTolerance || ijk[axis] > m_Dims[axis] - 1.0 + kRangeTolerance)
+        if (OutsideAxis(ijk[axis], m_Dims[axis]))
             return true;
     return false;
 }

@@ -105,6 +105,14 @@ public:
     unsigned int Interpolate(InterpMethod method, const shr::Vec3d& xyz, double* out, unsigned int first,
                              unsigned int last) const;
 
+    // The steps of Interpolate on one axis of `dim` nodes, for callers that
+    // sample many positions sharing their coordinate on an axis: the range
+    // test of the ranged methods, the nearest node, and the low node of the
+    // linear cell (for dim of at least 2).
+    static bool OutsideAxis(double ijk, unsigned int dim);
+    static unsigned int NearestNode(double ijk, unsigned int dim);
+    static unsigned int LowNode(double ijk, unsigned int dim);
+
 protected:
     VdLattice() = default;
     VdLattice(const VdLattice&) = default;

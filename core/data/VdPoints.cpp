@@ -174,6 +174,11 @@ void VdPoints::TransferFields(shr::Archive& archive)
     m_Coords.Serialize(archive);
     if (archive.GetVersion() >= LabelsVersion)
         m_Labels->Serialize(archive);
+    if (archive.IsLoading() && (m_Coords.ComponentCount() != 3 || m_Coords.TupleCount() != DataArray().TupleCount()))
+        archive.ThrowFormatError("points with %llu coordinate tuples of %llu components and %llu value tuples",
+                                 static_cast<unsigned long long>(m_Coords.TupleCount()),
+                                 static_cast<unsigned long long>(m_Coords.ComponentCount()),
+                                 static_cast<unsigned long long>(DataArray().TupleCount()));
 }
 
 void VdPoints::TakeLoaded(VdPoints& loaded)

@@ -629,6 +629,7 @@ void VbColorMap::Serialize(shr::Archive& archive)
     archive.Transfer(target.m_DataMax);
     int32_t method = target.m_InterpMethod;
     archive.Transfer(method);
+    archive.CheckRange(method, 0, shr::Color4b::InterpMethodCount - 1, "the colour map's interpolation");
     target.m_InterpMethod = static_cast<shr::Color4b::InterpMethod>(method);
     TransferNodes(archive, target.m_ColorNodes, 12, [&](CNode& node) { archive.Transfer(node.color); });
     TransferNodes(archive, target.m_OpacityNodes, 16, [&](ONode& node) { archive.Transfer(node.opacity); });

@@ -13,8 +13,10 @@ void VgMaterial::Serialize(shr::Archive& archive)
     for (shr::Color4b* color : {&copy.ambient, &copy.diffuse, &copy.specular, &copy.emissive})
         archive.Transfer(*color);
     for (float* value : {&copy.ambientIntensity, &copy.diffuseIntensity, &copy.specularIntensity,
-                         &copy.emissiveIntensity, &copy.shininess, &copy.transparency})
+                         &copy.emissiveIntensity, &copy.shininess, &copy.transparency}) {
         archive.Transfer(*value);
+        archive.CheckRange(*value, 0.0f, 1.0f, "a material intensity");
+    }
     if (archive.IsLoading())
         *this = copy;
 }

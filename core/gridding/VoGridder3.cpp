@@ -1,5 +1,6 @@
 #include "core/gridding/VoGridder3.h"
 
+#include "core/data/MemoryBudget.h"
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/gridding/CDataMetricRules.h"
@@ -34,7 +35,7 @@ namespace core {
 SHR_IMPLEMENT_CREATABLE_TYPE(VoGridder3, VoModule)
 
 const VbModuleInfo VoGridder3::s_ModuleInfo("Computational\\Gridder", VoGridder3::GetClassTypeId(), PortPoints,
-                                            PortUniformLattice, "Converts a point set to a uniform lattice", -1);
+                                            PortUniformLattice, "Converts a point set to a uniform lattice", 5);
 
 namespace {
 
@@ -391,6 +392,7 @@ VdLattice* VoGridder3::Grid(const VdPoints& points) const
 {
     const GriddingOptions& o = m_Options;
     const unsigned dims[3] = {o.resolution[0], o.resolution[1], o.resolution[2]};
+    MemoryBudget::CheckLattice(dims, 1, shr::Double);
     auto lattice = std::make_unique<VdUniformLattice>(shr::Double, dims, nullptr, 1u);
     lattice->SetUVWBounds(o.limits);
     const CSearchRules search = MakeSearchRules();
@@ -459,6 +461,21 @@ bool VoGridder3::DataMetric_Fill(VdLattice& lattice, const CDataMetricRules& rul
 
 // ---- persistence ----------------------------------------------------------------------
 
+// The limits of the rows, for options read from a document: a damaged
+// resolution or count must not become a grid or a search of any size.
+void VoGridder3::CheckLoaded(const shr::Archive& archive, const GriddingOptions& o, const shr::Vec3i& resolution)
+{
+    for (int axis = 0; axis < 3; ++axis)
+        archive.CheckRange(resolution[axis], 2, int(MaxResolution), "the gridder's resolution");
+    archive.CheckRange(o.searchType, uint32_t(SearchAllData), uint32_t(SearchGeneral), "the gridder's search type");
+    archive.CheckRange(o.minCount, 1, kMaxSearchCount, "the gridder's minimum count");
+    archive.CheckRange(o.maxCount, 1, kMaxSearchCount, "the gridder's maximum count");
+    archive.CheckRange(o.method, uint32_t(MethodDataMetric), uint32_t(MethodLocalPolynomial), "the gridding method");
+    archive.CheckRange(o.anisotropyType, uint32_t(Isotropic), uint32_t(GeneralAnisotropy), "the gridder's anisotropy");
+    archive.CheckRange(o.metric, 0u, uint32_t(CDataMetricRules::MetricCount() - 1), "the gridder's data metric");
+    archive.CheckRange(o.polynomialOrder, 0, 3, "the gridder's polynomial order");
+}
+
 void VoGridder3::Serialize(shr::Archive& archive)
 {
     VoModule::Serialize(archive);
@@ -503,6 +520,7 @@ void VoGridder3::Serialize(shr::Archive& archive)
     }
     if (archive.IsStoring())
         return;
+    CheckLoaded(archive, o, resolution);
     for (int axis = 0; axis < 3; ++axis)
         o.resolution[axis] = static_cast<uint32_t>(resolution[axis]);
     m_Options = o;

@@ -82,6 +82,8 @@ private:
     void UpdatePropertiesImpl(VbPropList& list) override;
 
     const VdPoints* InputPoints() const;
+    static void CheckLoaded(const shr::Archive& archive, const GriddingOptions& options,
+                            const shr::Vec3i& resolution);
     void CalcDefaults();
     void Validate() const;
     void ValidateGeometry() const;

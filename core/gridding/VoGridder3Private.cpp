@@ -1,5 +1,6 @@
 #include "core/gridding/VoGridder3Private.h"
 
+#include "core/data/ParallelFor.h"
 #include "core/data/PrimConvert.h"
 #include "core/data/VdLattice.h"
 #include "core/gridding/CPointData.h"
@@ -10,9 +11,13 @@
 #include "shr/MathUtil.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cfloat>
 #include <cmath>
 #include <limits>
+#include <memory>
+#include <mutex>
+#include <thread>
 
 namespace core {
 namespace VoGridder3Private {
@@ -38,29 +43,74 @@ double SquaredWorldDistance(const Point& a, const Point& b)
     return dx * dx + dy * dy + dz * dz;
 }
 
-bool MeanValue(const CInverseDistanceRules& rules, const Neighbors& neighbours, double& value)
+// A neighbour's position and selected value, read from its row of the table.
+class TableRows {
+public:
+    explicit TableRows(int component) : m_Component(component) {}
+    const Point& Position(const CNeighbor& n) const { return *n.datum; }
+    double Value(const CNeighbor& n) const { return Component(n, m_Component); }
+
+private:
+    int m_Component;
+};
+
+// The same numbers from a copy of the table that holds the position and the
+// selected value of each row side by side: one cache line a neighbour where
+// the table's rows and their value arrays lie apart.
+class CompactRows {
+public:
+    CompactRows(const CPointData& data, int component) : m_First(data.empty() ? nullptr : &data[0])
+    {
+        m_Rows.resize(4 * data.size());
+        ParallelFor(data.size(), 1 << 12, [&](size_t r) {
+            const CPointDatum& row = data[r];
+            double* out = &m_Rows[4 * r];
+            out[0] = row.X();
+            out[1] = row.Y();
+            out[2] = row.Z();
+            out[3] = row.W(static_cast<size_t>(component));
+        });
+    }
+    Point Position(const CNeighbor& n) const
+    {
+        const double* row = Row(n);
+        return Point(row[0], row[1], row[2]);
+    }
+    double Value(const CNeighbor& n) const { return Row(n)[3]; }
+
+private:
+    const double* Row(const CNeighbor& n) const { return &m_Rows[4 * static_cast<size_t>(n.datum - m_First)]; }
+
+    const CPointDatum* m_First;
+    std::vector<double> m_Rows;
+};
+
+template <class Rows>
+bool MeanValue(const Rows& rows, const Neighbors& neighbours, double& value)
 {
     double sum = 0.0;
     for (const CNeighbor& n : neighbours)
-        sum += Component(n, rules.component);
+        sum += rows.Value(n);
     value = sum / static_cast<double>(neighbours.size());
     return true;
 }
 
 // The mean over the rows tied for nearest under the anisotropy.
-bool NearestValue(const CInverseDistanceRules& rules, const Point& node, const Neighbors& neighbours, double& value)
+template <class Rows>
+bool NearestValue(const CInverseDistanceRules& rules, const Rows& rows, const Point& node, const Neighbors& neighbours,
+                  double& value)
 {
     double nearest = DBL_MAX;
     double sum = 0.0;
     double count = 0.0;
     for (const CNeighbor& n : neighbours) {
-        const double d2 = rules.transform.SquaredDistance(node, *n.datum);
+        const double d2 = rules.transform.SquaredDistance(node, rows.Position(n));
         if (d2 < nearest) {
             nearest = d2;
-            sum = Component(n, rules.component);
+            sum = rows.Value(n);
             count = 1.0;
         } else if (d2 == nearest) {
-            sum += Component(n, rules.component);
+            sum += rows.Value(n);
             count += 1.0;
         }
     }
@@ -70,23 +120,38 @@ bool NearestValue(const CInverseDistanceRules& rules, const Point& node, const N
     return true;
 }
 
-bool WeightedValue(const CInverseDistanceRules& rules, const Point& node, const Neighbors& neighbours, double& value)
+template <class Rows>
+bool WeightedValue(const CInverseDistanceRules& rules, const Rows& rows, const Point& node, const Neighbors& neighbours,
+                   double& value)
 {
     const bool square = rules.power == 2.0;
     const double halfPower = rules.power / 2.0;
     double numerator = 0.0;
     double denominator = 0.0;
     for (const CNeighbor& n : neighbours) {
-        const double d2 = rules.transform.SquaredDistance(node, *n.datum);
+        const double d2 = rules.transform.SquaredDistance(node, rows.Position(n));
         const double powered = square ? d2 : std::pow(d2, halfPower);
         const double divisor = std::max(powered + rules.smooth, kWeightFloor);
-        numerator += Component(n, rules.component) / divisor;
+        numerator += rows.Value(n) / divisor;
         denominator += 1.0 / divisor;
     }
     if (denominator < kWeightFloor)
         return false;
     value = numerator / denominator;
     return true;
+}
+
+template <class Rows>
+bool InverseDistanceFrom(const CInverseDistanceRules& rules, const Rows& rows, const Point& node,
+                         const Neighbors& neighbours, double& value)
+{
+    if (neighbours.empty())
+        return false;
+    if (rules.power == 0.0)
+        return MeanValue(rows, neighbours, value);
+    if (rules.power > kNearestPower)
+        return NearestValue(rules, rows, node, neighbours, value);
+    return WeightedValue(rules, rows, node, neighbours, value);
 }
 
 // Writes the node values of a lattice of any element type.
@@ -114,38 +179,105 @@ private:
     unsigned m_Components;
 };
 
-// The skeleton of every method: visit each node once in serpentine order,
-// search around it, and write the value or a blank.
-template <class NodeValue>
-bool Fill(VdLattice& lattice, const char* text, const CSearchRules& search, const CPointData& data,
-          NodeValue&& nodeValue)
-{
-    VbProgress progress(text, 1, 500, 100);
-    CSearchEngine engine(search, data);
-    Neighbors neighbours;
-    LatticeWriter writer(lattice);
-    unsigned nx = 0, ny = 0, nz = 0;
-    lattice.GetDims(nx, ny, nz);
-    const double rows = static_cast<double>(nz) * static_cast<double>(ny);
-    for (unsigned k = 0; k < nz; ++k) {
-        for (unsigned jStep = 0; jStep < ny; ++jStep) {
-            if (!progress.Update((static_cast<double>(k) * ny + jStep) / rows))
-                return false;
-            const unsigned j = k % 2 == 0 ? jStep : ny - 1 - jStep;
-            for (unsigned iStep = 0; iStep < nx; ++iStep) {
-                const unsigned i = j % 2 == 0 ? iStep : nx - 1 - iStep;
-                const shr::Vec3d xyz = lattice.IJKToXYZ(i, j, k);
+// The rows of nodes (k, j-step) in the walk's order, shared out to TBB
+// workers in runs of consecutive rows. Each run walks its rows in the
+// serpentine order with an engine of its own over the one tree, seeded by its
+// own first search. A search answer does not depend on its seeds, so every
+// node gets the value the single walk gives it, at any thread count.
+class RowWalk {
+public:
+    RowWalk(VdLattice& lattice, const char* text, const CSearchRules& search, const CPointData& data)
+        : m_Lattice(lattice), m_Progress(text, 1, 500, 100), m_Engine(search, data), m_Writer(lattice),
+          m_Caller(std::this_thread::get_id())
+    {
+        lattice.GetDims(m_Nx, m_Ny, m_Nz);
+    }
+
+    // `makeValue()` gives each run its own node value function, whose
+    // scratch memory then stays on one thread.
+    template <class MakeNodeValue>
+    bool Run(const MakeNodeValue& makeValue)
+    {
+        const size_t rows = size_t(m_Nz) * m_Ny;
+        if (rows == 0 || m_Nx == 0) {
+            m_Lattice.DataModified();
+            return true;
+        }
+        std::vector<std::vector<uint32_t>> blanks;
+        std::mutex blanksLock;
+        tbb::task_group_context context;
+        ParallelForRanges(rows, std::max<size_t>(1, rows / 256), [&](const tbb::blocked_range<size_t>& run) {
+            auto nodeValue = makeValue();
+            std::vector<uint32_t> runBlanks;
+            WalkRows(run.begin(), run.end(), nodeValue, runBlanks);
+            const std::lock_guard<std::mutex> lock(blanksLock);
+            blanks.push_back(std::move(runBlanks));
+        }, context);
+        if (m_Stop.load())
+            return false;
+        // The blank mask is shared by neighbouring nodes: it is written here,
+        // on one thread.
+        for (const std::vector<uint32_t>& run : blanks)
+            for (uint32_t tuple : run)
+                m_Lattice.SetBlank(tuple % m_Nx, tuple / m_Nx % m_Ny, tuple / m_Nx / m_Ny);
+        m_Lattice.DataModified();
+        return true;
+    }
+
+private:
+    template <class NodeValue>
+    void WalkRows(size_t first, size_t last, NodeValue& nodeValue, std::vector<uint32_t>& blanks)
+    {
+        const std::unique_ptr<CSearchEngine> engine = m_Engine.Share();
+        Neighbors neighbours;
+        for (size_t row = first; row < last; ++row) {
+            if (!NextRow())
+                return;
+            const auto k = static_cast<unsigned>(row / m_Ny);
+            const auto jStep = static_cast<unsigned>(row % m_Ny);
+            const unsigned j = k % 2 == 0 ? jStep : m_Ny - 1 - jStep;
+            for (unsigned iStep = 0; iStep < m_Nx; ++iStep) {
+                const unsigned i = j % 2 == 0 ? iStep : m_Nx - 1 - iStep;
+                const shr::Vec3d xyz = m_Lattice.IJKToXYZ(i, j, k);
                 const Point node(xyz[0], xyz[1], xyz[2]);
                 double value = 0.0;
-                if (engine.Search(node, neighbours) && nodeValue(node, neighbours, value))
-                    writer.Write(lattice.Index(i, j, k), value);
+                const uint32_t tuple = m_Lattice.Index(i, j, k);
+                if (engine->Search(node, neighbours) && nodeValue(node, neighbours, value))
+                    m_Writer.Write(tuple, value);
                 else
-                    lattice.SetBlank(i, j, k);
+                    blanks.push_back(tuple);
             }
         }
     }
-    lattice.DataModified();
-    return true;
+
+    // Progress is reported from the calling thread only; its false answer
+    // stops every run at its next row.
+    bool NextRow()
+    {
+        const size_t done = m_Done.fetch_add(1, std::memory_order_relaxed);
+        if (std::this_thread::get_id() == m_Caller) {
+            if (!m_Progress.Update(static_cast<double>(done) / (static_cast<double>(m_Nz) * m_Ny)))
+                m_Stop.store(true, std::memory_order_relaxed);
+        }
+        return !m_Stop.load(std::memory_order_relaxed);
+    }
+
+    VdLattice& m_Lattice;
+    VbProgress m_Progress;
+    CSearchEngine m_Engine;
+    LatticeWriter m_Writer;
+    unsigned m_Nx = 0, m_Ny = 0, m_Nz = 0;
+    std::thread::id m_Caller;
+    std::atomic<size_t> m_Done{0};
+    std::atomic<bool> m_Stop{false};
+};
+
+template <class MakeNodeValue>
+bool Fill(VdLattice& lattice, const char* text, const CSearchRules& search, const CPointData& data,
+          const MakeNodeValue& makeValue)
+{
+    RowWalk walk(lattice, text, search, data);
+    return walk.Run(makeValue);
 }
 
 } // namespace
@@ -155,13 +287,7 @@ bool Fill(VdLattice& lattice, const char* text, const CSearchRules& search, cons
 bool InverseDistanceValue(const CInverseDistanceRules& rules, const Point& node, const Neighbors& neighbours,
                           double& value)
 {
-    if (neighbours.empty())
-        return false;
-    if (rules.power == 0.0)
-        return MeanValue(rules, neighbours, value);
-    if (rules.power > kNearestPower)
-        return NearestValue(rules, node, neighbours, value);
-    return WeightedValue(rules, node, neighbours, value);
+    return InverseDistanceFrom(rules, TableRows(rules.component), node, neighbours, value);
 }
 
 // ---- local polynomial ---------------------------------------------------------
@@ -352,30 +478,33 @@ bool DataMetric::DistanceStatistic(const Point& node, const Neighbors& neighbour
 bool InverseDistanceFill(VdLattice& lattice, const CInverseDistanceRules& rules, const CSearchRules& search,
                          const CPointData& data)
 {
-    return Fill(lattice, "Gridding with inverse distance...", search, data,
-                [&rules](const Point& node, const Neighbors& neighbours, double& value) {
-                    return InverseDistanceValue(rules, node, neighbours, value);
-                });
+    const CompactRows rows(data, rules.component);
+    return Fill(lattice, "Gridding with inverse distance...", search, data, [&rules, &rows] {
+        return [&rules, &rows](const Point& node, const Neighbors& neighbours, double& value) {
+            return InverseDistanceFrom(rules, rows, node, neighbours, value);
+        };
+    });
 }
 
 bool LocalPolynomialFill(VdLattice& lattice, const CLocalPolynomialRules& rules, const CSearchRules& search,
                          const CPointData& data)
 {
-    LocalPolynomialFit fit(rules, search.AffineTransform());
-    return Fill(lattice, "Gridding with local polynomial...", search, data,
-                [&fit](const Point& node, const Neighbors& neighbours, double& value) {
-                    return fit.Value(node, neighbours, value);
-                });
+    return Fill(lattice, "Gridding with local polynomial...", search, data, [&rules, &search] {
+        return [fit = LocalPolynomialFit(rules, search.AffineTransform())](
+                   const Point& node, const Neighbors& neighbours, double& value) mutable {
+            return fit.Value(node, neighbours, value);
+        };
+    });
 }
 
 bool DataMetricFill(VdLattice& lattice, const CDataMetricRules& rules, const CSearchRules& search,
                     const CPointData& data)
 {
-    DataMetric metric(rules);
-    return Fill(lattice, "Gridding with data metrics...", search, data,
-                [&metric](const Point& node, const Neighbors& neighbours, double& value) {
-                    return metric.Value(node, neighbours, value);
-                });
+    return Fill(lattice, "Gridding with data metrics...", search, data, [&rules] {
+        return [metric = DataMetric(rules)](const Point& node, const Neighbors& neighbours, double& value) mutable {
+            return metric.Value(node, neighbours, value);
+        };
+    });
 }
 
 } // namespace VoGridder3Private

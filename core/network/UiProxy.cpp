@@ -1,5 +1,6 @@
 #include "core/network/UiProxy.h"
 
+#include "core/data/VdData.h"
 #include "shr/Exception.h"
 
 #include <cstdio>
@@ -43,7 +44,13 @@ void UiProxy::Progress(double) {}
 void UiProxy::UpdatePropertyList(const VoModule*, int, bool) {}
 void UiProxy::BeforeUpdate() {}
 void UiProxy::AfterUpdate() {}
-void UiProxy::CreateDataView(const VdData*, const shr::GString&) {}
+// The request came with a reference for the view to hold; without a view it
+// is given back at once, or the data would never be freed.
+void UiProxy::CreateDataView(const VdData* data, const shr::GString&)
+{
+    if (data)
+        data->DecRef();
+}
 void UiProxy::ReloadDataFile(VoModule&, const shr::GString&) {}
 void UiProxy::DoCommand(const shr::CommandOptions&) {}
 

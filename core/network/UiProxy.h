@@ -6,7 +6,8 @@
 // Installing: a host derives from UiProxy and creates one instance at start;
 // the latest constructed instance is active. Destroying any instance leaves
 // Instance() at the library's default, whose operations do nothing (the
-// message box writes to standard error).
+// message box writes to standard error, and a data view's reference is given
+// back).
 //
 // Calls arrive on the host's thread and on the update thread alike; the proxy
 // does no marshalling. Overrides must not throw.
@@ -47,6 +48,8 @@ public:
     virtual void UpdatePropertyList(const VoModule* module, int property, bool rebuild);
     virtual void BeforeUpdate();
     virtual void AfterUpdate();
+    // `data` comes with a reference taken for the view, which the view gives
+    // back (DecRef) when it closes.
     virtual void CreateDataView(const VdData* data, const shr::GString& name);
     virtual void ReloadDataFile(VoModule& module, const shr::GString& path);
     virtual void DoCommand(const shr::CommandOptions& command);

@@ -409,6 +409,7 @@ void VoModule::Serialize(shr::Archive& archive)
     archive.SyncCheck();
     int32_t status = m_Status;
     archive.Transfer(status);
+    archive.CheckRange(status, int32_t(ModuleStale), int32_t(ModuleIdle), "the module status");
     if (archive.IsLoading())
         m_Status = static_cast<ModuleStatus>(status);
     archive.Transfer(m_Name);
@@ -435,6 +436,10 @@ void VoModule::SerializePortList(shr::Archive& archive, std::vector<VbPort*>& po
         uint32_t linkCount = withLinks ? static_cast<uint32_t>(links.size()) : 0;
         archive.Transfer(linkCount);
         if (archive.IsLoading()) {
+            // A document whose links are kept elsewhere stores none here: links
+            // read anyway would be one-sided, known to this module only.
+            if (!withLinks && linkCount != 0)
+                archive.ThrowFormatError("%u links stored for port %d where the document keeps none", linkCount, p);
             archive.CheckCount(linkCount, 8);
             links.resize(linkCount);
         }

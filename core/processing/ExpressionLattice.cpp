@@ -2,10 +2,6 @@
 
 #include "core/data/PrimConvert.h"
 #include "core/data/VdUniformLattice.h"
-#include "core/network/CoreError.h"
-#include "core/properties/PropertyUtility.h"
-#include "core/properties/VbBoolPropertyConverter.h"
-#include "core/properties/VbDoublePropertyConverter.h"
 #include "core/properties/VbPropList.h"
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/properties/VbStringPropertyConverter.h"
@@ -15,25 +11,17 @@
 #include "shr/StringUtil.h"
 #include "tzexpr/CExpression.h"
 
-#include <tuple>
-
 namespace core {
 
 namespace {
 
 const char* const kExpressionHelp =
     "A numeric expression of the form X + Y + Z.  Predefined variables include X, Y, Z, I, J, and K.";
-const char kAxes[3] = {'X', 'Y', 'Z'};
-const char kIndexAxes[3] = {'i', 'j', 'k'};
 
 void Register(const char* prefix, const char* suffix, unsigned short id, unsigned char converter)
 {
     VbPropertyRegistry::Instance().Set(shr::GString(prefix) + suffix, id, converter);
 }
-
-// Min and max of an axis of the box, by index 0..2.
-double& BoxMin(shr::Box3d& box, int axis) { return axis == 0 ? box.min.x : axis == 1 ? box.min.y : box.min.z; }
-double& BoxMax(shr::Box3d& box, int axis) { return axis == 0 ? box.max.x : axis == 1 ? box.max.y : box.max.z; }
 
 } // namespace
 
@@ -45,21 +33,12 @@ ExpressionLattice::ExpressionLattice(const char* defaultExpression) : expression
 void ExpressionLattice::RegisterKeys(const char* prefix, bool withAuto)
 {
     const unsigned char unsignedKey = VbUnsignedPropertyConverter::Key();
-    const unsigned char doubleKey = VbDoublePropertyConverter::Key();
     Register(prefix, "OutType", OutTypeId, unsignedKey);
     Register(prefix, "OutComps", OutCompsId, unsignedKey);
     for (unsigned int c = 0; c < MaxComponents; ++c)
         Register(prefix, shr::ToString("ExprComp%u", c + 1).c_str(), static_cast<unsigned short>(ExprFirstId + c),
                  VbStringPropertyConverter::Key());
-    if (withAuto)
-        Register(prefix, "Auto", AutoId, VbBoolPropertyConverter::Key());
-    for (int axis = 0; axis < 3; ++axis) {
-        const unsigned short base = static_cast<unsigned short>(LimitsId + 3 * axis);
-        Register(prefix, shr::ToString("%cMin", kAxes[axis]).c_str(), base + 1, doubleKey);
-        Register(prefix, shr::ToString("%cMax", kAxes[axis]).c_str(), base + 2, doubleKey);
-        Register(prefix, shr::ToString("%cNum", kAxes[axis]).c_str(),
-                 static_cast<unsigned short>(ResolutionId + 1 + axis), unsignedKey);
-    }
+    LatticeGeometry::RegisterKeys(prefix, withAuto);
 }
 
 void ExpressionLattice::AddRows(const VbModuleId& module, VbPropList& list, const shr::GString& title,
@@ -85,18 +64,8 @@ void ExpressionLattice::AddRows(const VbModuleId& module, VbPropList& list, cons
                      shr::ToString("Expression [%u]", c + 1).c_str(), kExpressionHelp, expressions[c]);
     }
     list.Outdent();
-
-    list.AddHeader(module, GeometryId, "Geometry", "Geometry", "", "");
-    list.Indent();
-    if (withAuto)
-        list.AddCheck(module, key + "Auto", AutoId, "Calculate from input",
-                      "Uses the union of the input lattice extents.", autoLimits);
-    const bool editable = !(withAuto && autoLimits);
-    PropertyUtility::UpdateLimits(module, LimitsId, key, list, std::make_tuple(limits.min.x, limits.min.y, limits.min.z),
-                                  std::make_tuple(limits.max.x, limits.max.y, limits.max.z), editable);
-    PropertyUtility::UpdateResolution(module, ResolutionId, key, list, std::make_tuple(nodes[0], nodes[1], nodes[2]),
-                                      true);
-    list.Outdent();
+    LatticeGeometry::AddRows(module, list, prefix, withAuto ? AutoLimits : NoAuto,
+                             "Uses the union of the input lattice extents.");
 }
 
 bool ExpressionLattice::PropertyEvent(VbPropList& list, int id)
@@ -116,28 +85,10 @@ bool ExpressionLattice::PropertyEvent(VbPropList& list, int id)
         outComps = count;
     } else if (id >= ExprFirstId && id < ExprFirstId + static_cast<int>(MaxComponents)) {
         list.GetValue(id, expressions[static_cast<size_t>(id - ExprFirstId)]);
-    } else if (id == AutoId) {
-        list.GetValue(id, autoLimits);
-    } else if (id > LimitsId && id < LimitsId + 9 && (id - LimitsId) % 3 != 0) {
-        const int axis = (id - LimitsId) / 3;
-        list.GetValue(id, (id - LimitsId) % 3 == 1 ? BoxMin(limits, axis) : BoxMax(limits, axis));
-    } else if (id > ResolutionId && id <= ResolutionId + 3) {
-        list.GetValue(id, nodes[id - ResolutionId - 1]);
     } else {
-        return false;
+        return LatticeGeometry::PropertyEvent(list, id);
     }
     return true;
-}
-
-void ExpressionLattice::Validate() const
-{
-    shr::Box3d box = limits;
-    for (int axis = 0; axis < 3; ++axis)
-        if (BoxMin(box, axis) > BoxMax(box, axis))
-            CORE_THROW(3, kAxes[axis]);
-    for (int axis = 0; axis < 3; ++axis)
-        if (nodes[axis] == 0 || nodes[axis] > MaxNodes)
-            CORE_THROW(4, kIndexAxes[axis], MaxNodes);
 }
 
 std::vector<tzexpr::CExpression> ExpressionLattice::Parse(const shr::GString& declarations,
@@ -160,9 +111,7 @@ std::vector<tzexpr::CExpression> ExpressionLattice::Parse(const shr::GString& de
 
 std::unique_ptr<VdUniformLattice> ExpressionLattice::MakeLattice() const
 {
-    auto lattice = std::make_unique<VdUniformLattice>(outType, nodes, nullptr, outComps);
-    lattice->SetUVWBounds(limits);
-    return lattice;
+    return LatticeGeometry::MakeLattice(outType, outComps);
 }
 
 void ExpressionLattice::Serialize(shr::Archive& archive)

@@ -1,13 +1,13 @@
 #pragma once
 // ExpressionLattice: what the function lattice and lattice math share: the
-// output lattice's type, component count, one expression per component, the
-// limits and the resolution, with their property rows, validation, parsing
-// and persistence. Each module embeds one and passes its key prefix.
+// output lattice's type, component count, one expression per component, and
+// the lattice geometry, with their property rows, validation, parsing and
+// persistence. Each module embeds one and passes its key prefix.
 //
 // Row ids: 1 header, 2 output type, 3 output components, 10 + c the expression
-// of component c (0-based), 40 the "Geometry" header, 41 "Calculate from
-// input" (lattice math only), 50-58 the limit blocks, 60-63 the resolution.
-#include "shr/Box3d.h"
+// of component c (0-based), then the geometry rows of LatticeGeometry ("Calculate
+// from input" for lattice math only).
+#include "core/processing/LatticeGeometry.h"
 #include "shr/GString.h"
 #include "shr/PrimType.h"
 
@@ -28,20 +28,15 @@ class VbPropList;
 class VdVertexData;
 class VdUniformLattice;
 
-class ExpressionLattice {
+class ExpressionLattice : public LatticeGeometry {
 public:
     enum RowId {
         HeaderId = 1,
         OutTypeId = 2,
         OutCompsId = 3,
         ExprFirstId = 10,
-        GeometryId = 40,
-        AutoId = 41,
-        LimitsId = 50,
-        ResolutionId = 60,
     };
     static constexpr unsigned int MaxComponents = 20;
-    static constexpr unsigned int MaxNodes = 10000;
 
     // Called with a parse failure's code, message and symbol; it must throw.
     using ParseErrorHandler = void (*)(int code, const shr::GString& message, const shr::GString& symbol);
@@ -60,8 +55,6 @@ public:
     // Reads a changed row; false for an id that is not one of these rows.
     bool PropertyEvent(VbPropList& list, int id);
 
-    // Messages 3 and 4 of the core table, in the order X, Y, Z, then i, j, k.
-    void Validate() const;
     // Each component's text trimmed, "W = " in front, parsed; an empty text
     // leaves its expression empty. A failure goes to `onError`.
     std::vector<tzexpr::CExpression> Parse(const shr::GString& declarations, ParseErrorHandler onError) const;
@@ -76,9 +69,6 @@ public:
     shr::PrimType outType = shr::Float;
     unsigned int outComps = 1;
     std::vector<shr::GString> expressions;
-    shr::Box3d limits{0.0, 0.0, 0.0, 1.0, 1.0, 1.0};
-    unsigned int nodes[3] = {30, 30, 30};
-    bool autoLimits = true;
 
 private:
     void TransferFields(shr::Archive& archive);

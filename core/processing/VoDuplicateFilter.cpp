@@ -292,6 +292,7 @@ void VoDuplicateFilter::Serialize(shr::Archive& archive)
     } else {
         tolerance[1] = tolerance[2] = tolerance[0];
     }
+    archive.CheckRange(rule, uint32_t(RuleAll), uint32_t(RuleCount - 1), "the duplicate rule");
     if (archive.IsLoading()) {
         m_Rule = rule;
         std::copy(tolerance, tolerance + 3, m_Tolerance);

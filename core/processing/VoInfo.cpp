@@ -7,6 +7,7 @@
 #include "core/network/VbModuleInfo.h"
 #include "core/network/VbPort.h"
 #include "core/processing/DataInfoRows.h"
+#include "core/properties/PropertyUtility.h"
 #include "core/properties/VbBoolPropertyConverter.h"
 #include "core/properties/VbPropList.h"
 #include "core/properties/VbPropertyEvent.h"
@@ -25,6 +26,7 @@ const VbModuleInfo VoInfo::s_ModuleInfo("General Modules\\Info", VoInfo::GetClas
 namespace VoInfoPrivate {
 
 const VbPropertyRegistrar s_ShowData("InfoShowData", VoInfo::IdShowData, VbBoolPropertyConverter::Key());
+const PropertyUtility::LimitKeyRegistrar s_LimitKeys("Info", VoInfo::IdLimits);
 
 // What a worksheet can show: values per vertex.
 bool CanShowData(const VdData& data)

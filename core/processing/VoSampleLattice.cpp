@@ -1,5 +1,6 @@
 #include "core/processing/VoSampleLattice.h"
 
+#include "core/data/MemoryBudget.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/network/CoreError.h"
 #include "core/network/VbModuleInfo.h"
@@ -229,6 +230,7 @@ VoModule::ModuleStatus VoSampleLattice::ExecuteImpl(std::shared_ptr<VgRenderer>)
     Validate();
     const Settings& s = m_Settings;
     std::unique_ptr<VdUniformLattice> lattice;
+    MemoryBudget::CheckLattice(s.nodes, ComponentCount(s.function), s.outType);
     try {
         lattice = std::make_unique<VdUniformLattice>(s.outType, s.nodes, nullptr, ComponentCount(s.function));
     } catch (const std::bad_alloc&) {
@@ -328,6 +330,8 @@ void VoSampleLattice::Serialize(shr::Archive& archive)
         archive.ThrowFormatError("invalid test function %u", s.function);
     if (!shr::CPrimType::IsValid(type))
         archive.ThrowFormatError("invalid data type %d", static_cast<int>(type));
+    for (const uint32_t n : s.nodes)
+        archive.CheckRange(n, MinNodes, MaxNodes, "the test lattice's node count");
     s.outType = static_cast<shr::PrimType>(type);
     m_Settings = s;
 }

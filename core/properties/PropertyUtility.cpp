@@ -1,6 +1,8 @@
 #include "core/properties/PropertyUtility.h"
 
+#include "core/properties/VbDoublePropertyConverter.h"
 #include "core/properties/VbPropList.h"
+#include "core/properties/VbPropertyRegistry.h"
 #include "shr/StringUtil.h"
 #include "shr/Vec2.h"
 #include "shr/Vec3.h"
@@ -83,6 +85,19 @@ void PropertyUtility::UpdateLimits(const VbModuleId& module, int id, const shr::
     AddLimitBlock(module, id, prefix, list, 'X', std::get<0>(min), std::get<0>(max), enable);
     AddLimitBlock(module, id + 3, prefix, list, 'Y', std::get<1>(min), std::get<1>(max), enable);
     AddLimitBlock(module, id + 6, prefix, list, 'Z', std::get<2>(min), std::get<2>(max), enable);
+}
+
+void PropertyUtility::RegisterLimitKeys(const char* prefix, int id)
+{
+    const char axes[] = {'X', 'Y', 'Z'};
+    for (int axis = 0; axis < 3; ++axis) {
+        const shr::GString name = shr::GString(prefix) + axes[axis];
+        const int header = id + 3 * axis;
+        VbPropertyRegistry::Instance().Set(name + "Min", static_cast<unsigned short>(header + 1),
+                                           VbDoublePropertyConverter::Key());
+        VbPropertyRegistry::Instance().Set(name + "Max", static_cast<unsigned short>(header + 2),
+                                           VbDoublePropertyConverter::Key());
+    }
 }
 
 void PropertyUtility::UpdateResolution(const VbModuleId& module, int id, const shr::GString& prefix,

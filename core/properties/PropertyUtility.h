@@ -49,6 +49,13 @@ public:
     // "XNum", "YNum", "ZNum") at id + 1 to id + 3, each limited to 1..10000.
     static void UpdateResolution(const VbModuleId& module, int id, const shr::GString& prefix, VbPropList& list,
                                  const std::tuple<unsigned, unsigned, unsigned>& nodes, bool enable);
+    // Registers the public keys of a limits block that UpdateLimits lays out
+    // at `id`: prefix + "XMin" at id + 1, "XMax" at id + 2, "YMin" at id + 4
+    // and so on. The prefix must outlive the process (a literal).
+    static void RegisterLimitKeys(const char* prefix, int id);
+    struct LimitKeyRegistrar {
+        LimitKeyRegistrar(const char* prefix, int id) { RegisterLimitKeys(prefix, id); }
+    };
 
 private:
     static void AddLimitBlock(const VbModuleId& module, int id, const shr::GString& prefix, VbPropList& list,

@@ -36,6 +36,7 @@ void TextFormat::Serialize(shr::Archive& archive)
     if (version >= 119) {
         int32_t justification = f.m_Justification;
         archive.Transfer(justification);
+        archive.CheckRange(justification, Left, Center, "the text justification");
         f.m_Justification = static_cast<Justification>(justification);
     }
     if (version >= 120) {

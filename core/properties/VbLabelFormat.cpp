@@ -86,6 +86,7 @@ void VbLabelFormat::Serialize(shr::Archive& archive)
     archive.Transfer(f.m_Digits);
     archive.Transfer(f.m_Prefix);
     archive.Transfer(f.m_Postfix);
+    archive.CheckRange(f.m_Type, 0, kTypeCount - 1, "the label format type");
     if (archive.IsLoading())
         *this = f;
 }

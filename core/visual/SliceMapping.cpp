@@ -81,6 +81,7 @@ void SliceMapping::Transfer(shr::Archive& archive)
     archive.Transfer(method);
     archive.Transfer(width);
     archive.Transfer(centre);
+    archive.CheckRange(method, unsigned(Linear), unsigned(Colormap), "the slice's mapping method");
 }
 
 } // namespace core

@@ -164,9 +164,14 @@ std::array<shr::Vec3d, 4> VbCuttingPlane::PlaneCorners(const shr::Box3d& box) co
     return face;
 }
 
+// dot(normal, p) = dot(normal, centre) + offset with the normal as stored,
+// not made unit first: a normal of length 2 moves the plane half the offset.
+// Documents and scenes keep their planes where they drew them.
 std::vector<shr::Vec3d> VbCuttingPlane::Polygon(const shr::Box3d& box) const
 {
-    return CentredPlanePolygon(box, m_Normal, m_Offset);
+    if (box.IsEmpty())
+        return {};
+    return PlaneBoxPolygon(box, m_Normal, m_Normal.Dot(box.Center()) + m_Offset);
 }
 
 std::vector<shr::Vec3d> VbCuttingPlane::SectionPolygon(const VdLattice& lattice) const
@@ -403,6 +408,10 @@ void VbCuttingPlane::Serialize(shr::Archive& archive)
         return;
     if (orientation > OrientCustom)
         shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "Invalid cutting plane orientation.");
+    // The normal's rows refuse a zero vector.
+    if (!(normal.LengthSquared() > 0.0) || !std::isfinite(normal.LengthSquared()))
+        archive.ThrowFormatError("the cutting plane's normal (%g, %g, %g) has no direction", normal.x, normal.y,
+                                 normal.z);
     m_Orientation = orientation;
     m_OffsetLimit = limit;
     m_ShowDragger = showDragger;

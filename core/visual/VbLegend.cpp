@@ -2,6 +2,7 @@
 
 #include "core/graphics/GLFontManager.h"
 #include "core/graphics/InvSmartPtr.h"
+#include "core/graphics/PixelOverlay.h"
 #include "core/graphics/VbColorMap.h"
 #include "core/graphics/VgRenderer.h"
 #include "core/properties/PropertyError.h"
@@ -21,7 +22,13 @@
 #include <GL/gl.h>
 #include <Inventor/actions/SoGLRenderAction.h>
 #include <Inventor/elements/SoCacheElement.h>
+#include <Inventor/nodes/SoBaseColor.h>
 #include <Inventor/nodes/SoCallback.h>
+#include <Inventor/nodes/SoCoordinate3.h>
+#include <Inventor/nodes/SoLineSet.h>
+#include <Inventor/nodes/SoMaterialBinding.h>
+#include <Inventor/nodes/SoQuadMesh.h>
+#include <Inventor/nodes/SoSeparator.h>
 
 #include <algorithm>
 #include <cmath>
@@ -169,7 +176,21 @@ void VbLegend::Serialize(shr::Archive& archive)
         loaded.m_XPos = std::clamp(loaded.m_XPos / 800.0f, 0.0f, 1.0f);
         loaded.m_YPos = std::clamp(loaded.m_YPos / 800.0f, 0.0f, 1.0f);
     }
+    loaded.CheckLoaded(archive);
     *this = loaded;
+}
+
+// The limits the legend's rows apply, for a legend read from a document: a
+// damaged count or size would otherwise cost minutes and gigabytes to draw.
+void VbLegend::CheckLoaded(const shr::Archive& archive) const
+{
+    archive.CheckRange(m_NumLabels, 0u, kMaxLabels, "the legend's label count");
+    archive.CheckRange(m_XPos, 0.0f, 1.0f, "the legend's x position");
+    archive.CheckRange(m_YPos, 0.0f, 1.0f, "the legend's y position");
+    for (const float size : {m_Width, m_Length, m_TitleHeight, m_LabelHeight})
+        archive.CheckRange(size, std::nextafter(0.0f, 1.0f), kMaxPoints, "a legend size in points");
+    for (const float spacing : m_Layout)
+        archive.CheckRange(spacing, 0.0f, kMaxPoints, "a legend spacing in points");
 }
 
 void VbLegend::TransferFields(shr::Archive& archive)
@@ -424,6 +445,12 @@ void VbLegend::GenerateLabels(std::vector<CLabel>& labels) const
 
 // ---- drawing ---------------------------------------------------------------
 
+const VbLegend* VbLegend::DrawnBy(const SoNode* node)
+{
+    const auto* legend = dynamic_cast<const LegendNode*>(node);
+    return legend ? &legend->copy : nullptr;
+}
+
 void VbLegend::Execute(VgRenderer& renderer)
 {
     if (!m_Show)
@@ -581,7 +608,7 @@ void VbLegend::RenderBorder(const Frame& frame) const
 }
 
 // The ramp follows the map's table entry by entry, or the default steps.
-static int RampSteps(const VbColorMap& map)
+int VbLegend::RampSteps(const VbColorMap& map)
 {
     return map.GetLUTSize() > 1 ? int(map.GetLUTSize()) - 1 : kDefaultSteps;
 }
@@ -639,6 +666,83 @@ void VbLegend::OutputText(GLFont& font, const shr::GString& text, double x, doub
 {
     Color(m_FGColor);
     font.DrawLines(text.c_str(), x, y, TextFormat::Justification(justification));
+}
+
+// ---- the legend as scene-graph nodes ----------------------------------------
+
+InvSmartPtr<SoSeparator> VbLegend::SceneGraph(double width, double height) const
+{
+    const Frame frame = Layout(width, height);
+    InvSmartPtr<SoSeparator> root = PixelOverlay::Begin(width, height);
+    if (m_ShowBackground) {
+        root->addChild(PixelOverlay::Color(m_BGColor));
+        root->addChild(PixelOverlay::Box(frame.background, true));
+        root->addChild(PixelOverlay::Color(m_FGColor));
+        root->addChild(PixelOverlay::Box(frame.background, false));
+    }
+    root->addChild(StripNode(frame));
+    root->addChild(PixelOverlay::Color(m_FGColor));
+    root->addChild(PixelOverlay::Box(frame.strip, false));
+    auto* ticks = new SoSeparator;
+    auto* tickCoords = new SoCoordinate3;
+    auto* tickLines = new SoLineSet;
+    for (size_t t = 0; t < frame.ticks.size(); ++t) {
+        const Frame::Tick& tick = frame.ticks[t];
+        tickCoords->point.set1Value(int(2 * t), float(tick.x0), float(tick.y0), 0.0f);
+        tickCoords->point.set1Value(int(2 * t + 1), float(tick.x1), float(tick.y1), 0.0f);
+        tickLines->numVertices.set1Value(int(t), 2);
+    }
+    ticks->addChild(tickCoords);
+    ticks->addChild(tickLines);
+    root->addChild(ticks);
+    const auto fontAt = [&](float points) { return PixelOverlay::Font(m_FontName, points * kPixelsPerInch / 72.0); };
+    if (frame.labelFont) {
+        root->addChild(fontAt(m_LabelHeight));
+        for (const Frame::Text& label : frame.labels)
+            root->addChild(PixelOverlay::Text(label.text, label.x, label.y, label.justification));
+    }
+    if (frame.titleFont) {
+        root->addChild(fontAt(m_TitleHeight));
+        root->addChild(PixelOverlay::Text(frame.title.text, frame.title.x, frame.title.y, frame.title.justification));
+    }
+    PixelOverlay::End(*root);
+    return root;
+}
+
+// The colour ramp: rows of two vertices across the strip, one colour each.
+SoSeparator* VbLegend::StripNode(const Frame& frame) const
+{
+    const int steps = RampSteps(*m_ColorMap);
+    const shr::Box2f& strip = frame.strip;
+    auto* group = new SoSeparator;
+    auto* colors = new SoBaseColor;
+    auto* coords = new SoCoordinate3;
+    for (int i = 0; i <= steps; ++i) {
+        const double pos = double(i) / steps;
+        const shr::Color4b c = m_ColorMap->PosToColor(pos);
+        const SbColor color(c.r / 255.0f, c.g / 255.0f, c.b / 255.0f);
+        colors->rgb.set1Value(2 * i, color);
+        colors->rgb.set1Value(2 * i + 1, color);
+        if (m_Vertical) {
+            const float y = float(strip.min.y + pos * (double(strip.max.y) - strip.min.y));
+            coords->point.set1Value(2 * i, strip.min.x, y, 0.0f);
+            coords->point.set1Value(2 * i + 1, strip.max.x, y, 0.0f);
+        } else {
+            const float x = float(strip.min.x + pos * (double(strip.max.x) - strip.min.x));
+            coords->point.set1Value(2 * i, x, strip.max.y, 0.0f);
+            coords->point.set1Value(2 * i + 1, x, strip.min.y, 0.0f);
+        }
+    }
+    auto* binding = new SoMaterialBinding;
+    binding->value = SoMaterialBinding::PER_VERTEX;
+    auto* mesh = new SoQuadMesh;
+    mesh->verticesPerRow = 2;
+    mesh->verticesPerColumn = steps + 1;
+    group->addChild(colors);
+    group->addChild(binding);
+    group->addChild(coords);
+    group->addChild(mesh);
+    return group;
 }
 
 } // namespace core

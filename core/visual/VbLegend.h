@@ -3,6 +3,7 @@
 // map with tick labels, a title and an optional background rectangle, drawn in
 // viewport space on top of the scene. It is a plain member of its module and
 // draws itself from an SoCallback node with raw OpenGL, text through GLFont.
+#include "core/graphics/InvSmartPtr.h"
 #include "core/properties/VbLabelFormat.h"
 #include "shr/Box2f.h"
 #include "shr/Color4b.h"
@@ -13,6 +14,8 @@
 
 class SoAction;
 class SoGLRenderAction;
+class SoNode;
+class SoSeparator;
 
 namespace shr {
 class Archive;
@@ -113,6 +116,14 @@ public:
     // the custom "value:text" list. No colour map raises "Invalid colormap.".
     void GenerateLabels(std::vector<CLabel>& labels) const;
 
+    // The legend as plain scene-graph nodes, for a scene written to a file
+    // rather than drawn: what Render draws in a view of `width` x `height`
+    // pixels (background, strip, ticks, labels, title), under an annotation
+    // with an orthographic camera of that view. Raises what GenerateLabels raises.
+    InvSmartPtr<SoSeparator> SceneGraph(double width, double height) const;
+    // The legend a node of the scene draws (the node Execute adds), or null.
+    static const VbLegend* DrawnBy(const SoNode* node);
+
     // Members, in the order they are stored.
     bool m_Show = false;
     bool m_Vertical = true;
@@ -142,6 +153,7 @@ private:
     struct Frame;
 
     void TransferFields(shr::Archive& archive);
+    void CheckLoaded(const shr::Archive& archive) const;
     // Sets the rows that depend on other rows' values enabled or not.
     void UpdateDependentRows(VbPropList& list, int base) const;
     // Each returns false when the event's row value was refused or clamped.
@@ -170,6 +182,10 @@ private:
     // The font at `points`, in the legend's form; a face that cannot be made
     // falls back to the default one, and null means no text is drawn.
     std::shared_ptr<GLFont> FontAt(float points) const;
+    // The colour ramp of the frame's strip as a mesh coloured per vertex.
+    SoSeparator* StripNode(const Frame& frame) const;
+    // Steps of the strip's ramp: the map's table entry by entry, or a default.
+    static int RampSteps(const VbColorMap& map);
     static void Callback(void* data, SoAction* action);
 
     VbColorMap* m_ColorMap; // not stored

@@ -3,6 +3,7 @@
 #include "core/data/VdGeometry.h"
 #include "core/graphics/GLFontManager.h"
 #include "core/graphics/InvSmartPtr.h"
+#include "core/graphics/PixelOverlay.h"
 #include "core/graphics/VgRenderer.h"
 #include "core/network/VbModuleInfo.h"
 #include "core/network/VbPort.h"
@@ -24,7 +25,10 @@
 #include <Inventor/actions/SoGetBoundingBoxAction.h>
 #include <Inventor/actions/SoGetPrimitiveCountAction.h>
 #include <Inventor/elements/SoCacheElement.h>
+#include <Inventor/nodes/SoBaseColor.h>
 #include <Inventor/nodes/SoCallback.h>
+#include <Inventor/nodes/SoFont.h>
+#include <Inventor/nodes/SoSeparator.h>
 
 #include <algorithm>
 #include <cmath>
@@ -162,6 +166,27 @@ shr::Vec2d VoAnnotation::Anchor(const Block& block, const GLFont& font, double w
     else if (block.format.m_Justification == TextFormat::Center)
         x += 0.5 * blockWidth;
     return shr::Vec2d(x, top - (box.IsEmpty() ? 0.0 : box.max.y));
+}
+
+const VoAnnotation::Block* VoAnnotation::DrawnBy(const SoNode* node)
+{
+    const auto* annotation = dynamic_cast<const AnnotationNode*>(node);
+    return annotation ? &annotation->block : nullptr;
+}
+
+InvSmartPtr<SoSeparator> VoAnnotation::SceneGraph(const Block& block, double width, double height,
+                                                  double pixelsPerInch)
+{
+    const std::shared_ptr<GLFont> font = FontOf(block, pixelsPerInch);
+    if (!font)
+        return InvSmartPtr<SoSeparator>();
+    const shr::Vec2d anchor = Anchor(block, *font, width, height);
+    InvSmartPtr<SoSeparator> overlay = PixelOverlay::Begin(width, height);
+    overlay->addChild(PixelOverlay::Color(block.format.m_Color));
+    overlay->addChild(PixelOverlay::Font(block.format.m_Face, block.format.m_Height * pixelsPerInch / 72.0));
+    overlay->addChild(PixelOverlay::Text(block.text, anchor.x, anchor.y, block.format.m_Justification));
+    PixelOverlay::End(*overlay);
+    return overlay;
 }
 
 void VoAnnotation::RenderText(const Block& block, SoGLRenderAction* action, double width, double height)

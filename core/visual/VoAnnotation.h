@@ -7,6 +7,7 @@
 // The scene holds a copy of what is drawn (a callback node that owns it), so
 // drawing never reads the module, which the host may edit or delete between
 // passes.
+#include "core/graphics/InvSmartPtr.h"
 #include "core/network/VoModule.h"
 #include "core/properties/TextFormat.h"
 #include "shr/GString.h"
@@ -17,6 +18,8 @@
 
 class SoAction;
 class SoGLRenderAction;
+class SoNode;
+class SoSeparator;
 
 namespace core {
 
@@ -65,6 +68,14 @@ public:
     // The font of the block at `pixelsPerInch`, in its face or else the
     // default one; null when neither opens.
     static std::shared_ptr<GLFont> FontOf(const Block& block, double pixelsPerInch);
+
+    // The block a node of the scene draws (the node ExecuteImpl adds), or null.
+    static const Block* DrawnBy(const SoNode* node);
+    // The block as plain scene-graph nodes (PixelOverlay), placed as Render
+    // places it in a view of `width` x `height` pixels at `pixelsPerInch`,
+    // for a scene written to a file; null when no font opens.
+    static InvSmartPtr<SoSeparator> SceneGraph(const Block& block, double width, double height,
+                                               double pixelsPerInch);
 
 private:
     ModuleStatus ExecuteImpl(std::shared_ptr<VgRenderer> renderer) override;

@@ -27,6 +27,7 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <limits>
 #include <cmath>
 
 namespace core {
@@ -446,7 +447,10 @@ void VoHeightField::PropertyEvent(VbPropList& list, const VbPropertyEvent& event
     case IdSlice: {
         int shown = m_Slice + 1;
         list.GetValue(id, shown);
-        m_Slice = shown - 1;
+        // Rows count from 1. Whatever lies below names no slice, which the
+        // execution turns into the middle one, as it does -1; -1 also keeps
+        // the lowest int from overflowing.
+        m_Slice = shown >= 1 ? shown - 1 : -1;
         break;
     }
     case IdScale: RowReader::Clamped(list, id, -1.0, 1.0, m_Scale); break;
@@ -520,6 +524,9 @@ void VoHeightField::Serialize(shr::Archive& archive)
     if (drawStyle > Points || orientation > OrientYZ || fit > ClipToSurface || modulation > OverlayOnly)
         archive.ThrowFormatError("height field draw style %u, orientation %u, fit %u or modulation %u out of range",
                                  drawStyle, orientation, fit, modulation);
+    // The row shows the slice plus one: the largest int has no row.
+    archive.CheckRange(slice, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max() - 1,
+                       "the height field's slice");
     InputComponentSafe(component);
     m_DrawStyle = drawStyle;
     m_Orientation = orientation;

@@ -31,7 +31,7 @@ SHR_IMPLEMENT_CREATABLE_TYPE(VoIsoSurface, VoLatticeModule)
 const VbModuleInfo VoIsoSurface::s_ModuleInfo("Graphics Output\\Isosurface", VoIsoSurface::GetClassTypeId(),
                                               PortUniformLattice | PortRectilinearLattice | PortCurvilinearLattice,
                                               PortGeometry,
-                                              "Draws the surface on which a lattice component equals a value", -1);
+                                              "Computes an isosurface through a 3D lattice and outputs the geometry", 22);
 
 namespace VoIsoSurfacePrivate {
 
@@ -110,6 +110,7 @@ VoIsoSurface::VoIsoSurface()
 {
     m_Material.diffuse = shr::Color4b::Gray;
     m_Material.specularIntensity = 0.5f;
+    m_Sweep = std::make_unique<SweepCache>();
     AddInput("Input Lattice", PortUniformLattice | PortRectilinearLattice | PortCurvilinearLattice);
     AddOutput("Output Geometry", PortGeometry)->Data(new VdGeometry(this, false));
 }
@@ -167,12 +168,13 @@ void VoIsoSurface::UpdateLatticeType(const VdLattice& lattice)
 
 void VoIsoSurface::CopyLattice(const VdLattice& lattice)
 {
-    CopyComponent(lattice, InputComponentSafe(), m_Data);
+    CopyComponent(lattice, InputComponentSafe(), m_Data, &m_Sweep->ranges);
 }
 
 void VoIsoSurface::RefactorCalcGradients(const VdLattice& lattice)
 {
-    NodeGradients(lattice, m_Data, m_Gradients);
+    // Each node's gradient is computed when a sweep first needs it.
+    m_Sweep->gradients.Reset(lattice.VertexCount());
 }
 
 // ---- execution -----------------------------------------------------------------------------
@@ -201,7 +203,7 @@ bool VoIsoSurface::March(const VdLattice& lattice)
     if (m_LatticeChanged || m_Data.size() != lattice.VertexCount()) {
         CopyLattice(lattice);
         if (curvilinear)
-            m_Gradients.clear();
+            m_Sweep->gradients.Reset(0);
         else
             RefactorCalcGradients(lattice);
         m_LatticeChanged = false;
@@ -209,7 +211,8 @@ bool VoIsoSurface::March(const VdLattice& lattice)
     SweepInput input;
     input.lattice = &lattice;
     input.values = &m_Data;
-    input.gradients = &m_Gradients;
+    input.ranges = &m_Sweep->ranges;
+    input.gradients = &m_Sweep->gradients;
     input.isovalue = m_Isovalue;
     input.atOrAbove = InvertedMode();
     input.computeVolume = m_ComputeVolume;
@@ -218,8 +221,7 @@ bool VoIsoSurface::March(const VdLattice& lattice)
     const SweepProgress report = [&progress](double fraction) { return progress.Update(fraction); };
     SweepVolumes volumes;
     int triangles = 0;
-    m_Surface.clear();
-    if (!Sweep(input, 0, report, m_Surface, volumes, triangles, &m_Workspace)) {
+    if (!Sweep(input, 0, report, m_Surface, volumes, triangles, &m_Sweep->workspace)) {
         m_Surface.clear();
         return false;
     }
@@ -452,6 +454,10 @@ void VoIsoSurface::Serialize(shr::Archive& archive)
         TransferFields(archive, f);
         if (f.latticeType < UNIFORM || f.latticeType > CURVILINEAR)
             archive.ThrowFormatError("isosurface lattice type %d is not one of 0, 1, 2", f.latticeType);
+        archive.CheckRange(f.drawStyle, uint32_t(Shaded), uint32_t(Points), "the isosurface draw style");
+        archive.CheckRange(f.side, uint32_t(FrontAndBack), uint32_t(BackOnly), "the isosurface's sides");
+        archive.CheckRange(f.colorMethod, uint32_t(Fixed), uint32_t(ByIsovalue), "the isosurface colour method");
+        archive.CheckRange(f.opacity, 0.0, 1.0, "the isosurface opacity");
         m_FirstInput = f.firstInput;
         m_TriangleCount = f.triangles;
         m_InputComponent = f.component;

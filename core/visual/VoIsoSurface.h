@@ -25,7 +25,7 @@ class VbModuleInfo;
 class VgRenderer;
 
 namespace VoIsoSurfacePrivate {
-struct SlabBuffers;
+struct SweepCache;
 }
 
 class VoIsoSurface : public VoLatticeModule {
@@ -138,11 +138,11 @@ private:
     bool m_ComputeVolume = false;
     bool m_InvertVolume = false;
     std::vector<float> m_Data;
-    std::vector<shr::Vec3f> m_Gradients;
+    // The run ranges and gradients of the input, and the sweep's memory, kept
+    // for the next isovalue.
+    std::unique_ptr<VoIsoSurfacePrivate::SweepCache> m_Sweep;
     VolumeCalculator m_Calculator;
     VgVertexData m_Surface;
-    // The sweep's slab memory, kept for the next isovalue.
-    std::vector<std::unique_ptr<VoIsoSurfacePrivate::SlabBuffers>> m_Workspace;
 };
 
 } // namespace core

@@ -10,6 +10,12 @@
 // Edges: e0 = 0-1, e1 = 1-2, e2 = 2-3, e3 = 3-0, e4..e7 the same above,
 // e8 = 0-4, e9 = 1-5, e10 = 2-6, e11 = 3-7.
 //
+// A sweep sets a flag per node, inside or not, 64 nodes to a word, a layer of
+// nodes ahead of the cells; runs of nodes whose range (kept per input) lies
+// wholly on one side are set without reading their values. Cells are taken
+// from the flags a word at a time: only those with corners on both sides are
+// visited.
+//
 // The sweep runs in slabs of cell layers on TBB workers. Every lattice edge
 // yields one vertex, made by the first cell in scan order (k, j, i) to touch
 // it, so vertex numbers follow that order. A slab makes exactly the vertices
@@ -92,23 +98,11 @@ public:
                Bit(v[m_Layer + m_Row], 16) | Bit(v[m_Layer + m_Row + 1], 32) | Bit(v[m_Layer + 1], 64) |
                Bit(v[m_Layer], 128);
     }
-    // The bits of the four corners at i, and at i + 1, of the cell whose lowest
-    // node is given. Along a row, the next cell's corners at i are these at i + 1.
-    unsigned int LowerXBits(size_t node) const
-    {
-        const float* v = m_Values + node;
-        return Bit(v[0], 8) | Bit(v[m_Row], 1) | Bit(v[m_Layer], 128) | Bit(v[m_Layer + m_Row], 16);
-    }
-    unsigned int UpperXBits(size_t node) const
-    {
-        const float* v = m_Values + node + 1;
-        return Bit(v[0], 4) | Bit(v[m_Row], 2) | Bit(v[m_Layer], 64) | Bit(v[m_Layer + m_Row], 32);
-    }
-    static unsigned int UpperToLowerX(unsigned int upper)
-    {
-        return ((upper & 4u) << 1) | ((upper & 2u) >> 1) | ((upper & 64u) << 1) | ((upper & 32u) >> 1);
-    }
     bool Inside(float value) const { return m_AtOrAbove ? value >= m_Isovalue : m_Isovalue >= value; }
+    // Whether every value of a range lies inside, or every one outside; NaN
+    // bounds answer no to both.
+    bool AllInside(float low, float high) const { return m_AtOrAbove ? low >= m_Isovalue : m_Isovalue >= high; }
+    bool AllOutside(float low, float high) const { return m_AtOrAbove ? high < m_Isovalue : m_Isovalue < low; }
     // The offset of each corner's node from the cell's lowest node.
     size_t CornerOffset(int corner) const { return m_CornerOffsets[corner]; }
 
@@ -132,13 +126,18 @@ class NodePositions {
 public:
     explicit NodePositions(const VdLattice& lattice, bool userTransform = true);
 
-    shr::Vec3d operator()(unsigned int i, unsigned int j, unsigned int k) const;
+    shr::Vec3d operator()(unsigned int i, unsigned int j, unsigned int k) const
+    {
+        return AxisAligned() ? shr::Vec3d(m_Axis[0][i], m_Axis[1][j], m_Axis[2][k]) : Mapped(i, j, k);
+    }
     // Whether each scene coordinate depends on its own node index alone, as
     // Axis(axis, n) gives it: separable and without a user transform.
     bool AxisAligned() const { return m_Separable && !m_Transformed; }
     double Axis(int axis, unsigned int n) const { return m_Axis[axis][n]; }
 
 private:
+    shr::Vec3d Mapped(unsigned int i, unsigned int j, unsigned int k) const;
+
     const VdLattice* m_Lattice;
     bool m_Separable;
     bool m_UserTransform;
@@ -146,12 +145,50 @@ private:
     std::vector<double> m_Axis[3];
 };
 
-// What a sweep reads. `gradients` is empty when normals come from the faces
-// afterwards (curvilinear lattices).
+// Nodes of a row are taken 64 at a time, one bit word of the inside flags.
+constexpr unsigned int kRunLength = 64;
+
+// The value range of each run of 64 nodes along a row, found once per input:
+// a sweep reads only the runs whose range holds the isovalue, and sets the
+// flags of the others as a whole. A run with a NaN has NaN bounds and is
+// always read.
+struct RunRanges {
+    size_t runsPerRow = 0;
+    std::vector<float> low, high; // by (row k * ny + j) * runsPerRow + run
+};
+
+// The per-node gradient (central differences over node positions, one-sided
+// at the borders, lower minus upper: it points down the field), computed when
+// a sweep first needs it and kept until the input changes. Dragging the
+// isovalue then reuses what earlier sweeps computed, and new data costs
+// gradients at the cut edges only.
+class GradientCache {
+public:
+    struct Gradient {
+        float x, y, z;
+    };
+    // Forgets every gradient: `nodes` new ones to come, or none (0) when the
+    // normals come from the faces.
+    void Reset(size_t nodes);
+    bool Empty() const { return m_Nodes == 0; }
+
+private:
+    friend class GradientSource;
+    size_t m_Nodes = 0;
+    std::unique_ptr<Gradient[]> m_Gradients; // uninitialised until computed
+    // A node's gradient is there when its stamp equals the input's, so that a
+    // new input costs no pass over the stamps but every 255th.
+    std::unique_ptr<uint8_t[]> m_Stamps;
+    uint8_t m_Stamp = 0;
+};
+
+// What a sweep reads. `gradients` is null or empty when normals come from the
+// faces afterwards (curvilinear lattices); `ranges` is optional.
 struct SweepInput {
     const VdLattice* lattice = nullptr;
     const std::vector<float>* values = nullptr;
-    const std::vector<shr::Vec3f>* gradients = nullptr;
+    const RunRanges* ranges = nullptr;
+    GradientCache* gradients = nullptr;
     double isovalue = 0.0;
     bool atOrAbove = false; // the inner side is value >= isovalue
     bool computeVolume = false;
@@ -171,13 +208,29 @@ using SweepProgress = std::function<bool(double)>;
 // One slab's output and edge records (vertex numbers of the x, y and z edges
 // at each node of two levels). A caller that sweeps again and again keeps
 // them, so that their memory is reused.
+// The inside flags of the nodes of the two levels (a bit each, 64 nodes a
+// word, each row starting a new word) and the side of each row of nodes (all
+// clear, all set, or mixed) go with them.
 struct SlabBuffers {
     std::vector<shr::Vec3d> vertices;
     std::vector<SbVec3f> normals;
     std::vector<int> indices;
     std::vector<std::array<int, 3>> previous, current;
+    std::vector<uint64_t> flagsBelow, flagsAbove;
+    std::vector<uint8_t> sidesBelow, sidesAbove;
 };
-using SweepWorkspace = std::vector<std::unique_ptr<SlabBuffers>>;
+// The memory a sweep works in.
+struct SweepWorkspace {
+    std::vector<std::unique_ptr<SlabBuffers>> slabs;
+};
+
+// What the module keeps from one run to the next: per input the run ranges
+// and the gradients, and the sweep's memory.
+struct SweepCache {
+    RunRanges ranges;
+    GradientCache gradients;
+    SweepWorkspace workspace;
+};
 
 // Fills data.vertices, data.normals (with gradients) and data.indices (three
 // vertex numbers and -1 per triangle); returns false if progress said stop,
@@ -185,7 +238,7 @@ using SweepWorkspace = std::vector<std::unique_ptr<SlabBuffers>>;
 // number of worker threads; 1 is the plain sequential scan. Volumes are summed
 // per cell layer in scan order and the layer sums added in layer order, so
 // they too do not depend on the slab count.
-// `workspace`, when given, keeps the slabs' memory for the next sweep.
+// `workspace`, when given, keeps the sweep's memory for the next sweep.
 bool Sweep(const SweepInput& input, size_t slabs, const SweepProgress& progress, VgVertexData& data,
            SweepVolumes& volumes, int& triangles, SweepWorkspace* workspace = nullptr);
 
@@ -199,10 +252,10 @@ double PolyhedronVolume(const VolumeCalculator& calculator, unsigned int index, 
 void FaceNormals(VgVertexData& data);
 
 // The float copy of a component into `values` (its memory reused): blanks take
-// the component's data minimum.
-void CopyComponent(const VdLattice& lattice, unsigned int component, std::vector<float>& values);
-// Per-node gradient from central differences over node positions (one-sided at
-// the borders), lower minus upper: it points down the field.
+// the component's data minimum. With `ranges`, also the range of every run.
+void CopyComponent(const VdLattice& lattice, unsigned int component, std::vector<float>& values,
+                   RunRanges* ranges = nullptr);
+// Every node's gradient, as the sweep computes them one by one.
 void NodeGradients(const VdLattice& lattice, const std::vector<float>& values, std::vector<shr::Vec3f>& gradients);
 
 } // namespace VoIsoSurfacePrivate

@@ -50,6 +50,7 @@ const VbPropertyRegistrar s_Registrars[] = {
     {"ObliqueSliceColormap", kMapping + SliceMapping::RowColorMap, VbColorMapPropertyConverter::Key()},
 };
 const VbCuttingPlane::KeyRegistrar s_PlaneKeys("ObliqueSlice", VoObliqueSlice::IdPlane);
+const VbLegend::KeyRegistrar s_LegendKeys("ObliqueSlice", VoObliqueSlice::IdLegend);
 
 const char* const kPrefix = "ObliqueSlice";
 const int kTextureSizes[4] = {128, 256, 512, 1024};
@@ -336,6 +337,8 @@ void VoObliqueSlice::Serialize(shr::Archive& archive)
     mapping.Transfer(archive);
     colorMap.Serialize(archive);
     legend.Serialize(archive);
+    archive.CheckRange(resolution, unsigned(Coarse), unsigned(VeryFine), "the slice resolution");
+    archive.CheckRange(opacity, 0.0, 1.0, "the slice opacity");
     m_Plane.Serialize(archive);
     if (archive.IsStoring())
         return;

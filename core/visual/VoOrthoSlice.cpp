@@ -21,6 +21,7 @@
 #include "shr/Exception.h"
 
 #include <array>
+#include <limits>
 
 namespace core {
 
@@ -48,6 +49,7 @@ const VbPropertyRegistrar s_Registrars[] = {
     {"OrthoSliceMapCenter", VoOrthoSlice::IdMapping + SliceMapping::RowCentre, kDouble},
     {"OrthoSliceColormap", VoOrthoSlice::IdMapping + SliceMapping::RowColorMap, VbColorMapPropertyConverter::Key()},
 };
+const VbLegend::KeyRegistrar s_LegendKeys("OrthoSlice", VoOrthoSlice::IdLegend);
 
 const char* const kPrefix = "OrthoSlice";
 
@@ -179,7 +181,10 @@ void VoOrthoSlice::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
     case IdSlice: {
         int shown = m_Slice + 1;
         list.GetValue(id, shown);
-        m_Slice = shown - 1;
+        // Rows count from 1. Whatever lies below names no slice, which the
+        // execution turns into the middle one, as it does -1; -1 also keeps
+        // the lowest int from overflowing.
+        m_Slice = shown >= 1 ? shown - 1 : -1;
         break;
     }
     case IdLighting:
@@ -329,6 +334,11 @@ void VoOrthoSlice::Serialize(shr::Archive& archive)
     legend.Serialize(archive);
     if (archive.IsStoring())
         return;
+    archive.CheckRange(orientation, unsigned(OrientXY), unsigned(OrientYZ), "the slice orientation");
+    // The row shows the slice plus one: the largest int has no row.
+    archive.CheckRange(slice, std::numeric_limits<int>::min(), std::numeric_limits<int>::max() - 1, "the slice");
+    archive.CheckRange(quality, 0.0, 1.0, "the slice quality");
+    archive.CheckRange(opacity, 0.0, 1.0, "the slice opacity");
     InputComponentSafe(component);
     m_Orientation = orientation;
     m_Slice = slice;

@@ -184,6 +184,7 @@ TEST(GridderRegistry, ModuleAndKeysAreRegistered)
     EXPECT_EQ(info->Type(), VoGridder3::GetClassTypeId());
     EXPECT_STREQ(VoGridder3::GetClassTypeId()->ClassName(), "VoGridder3");
     EXPECT_EQ(info->HelpString(), "Converts a point set to a uniform lattice");
+    EXPECT_EQ(info->ResourceId(), 5);
     const std::pair<const char*, int> keys[] = {{"Gridder3DoIt", 69}, {"Gridder3XMax", 9}, {"Gridder3ZNum", 19},
                                                 {"Gridder3SearchThirdSemiAxisZ", 44}, {"Gridder3PolyPower", 68},
                                                 {"Gridder3AnisoSecondSemiAxisX", 57}};
@@ -500,9 +501,11 @@ TEST_F(GridderModuleTest, AbortLeavesNoOutput)
 
 namespace {
 
+using Damage = void (*)(VoGridder3::GriddingOptions&, shr::Vec3i&);
+
 // The fields of the gridder's part of a document as an older version wrote
-// them, with a component of 2 and 7 nodes in X.
-void WriteOldDocument(std::vector<unsigned char>& bytes, int version)
+// them, with a component of 2 and 7 nodes in X; `damage` changes them first.
+void WriteOldDocument(std::vector<unsigned char>& bytes, int version, Damage damage = nullptr)
 {
     VoGridder3 module;
     shr::Archive archive(bytes, "", version);
@@ -517,6 +520,8 @@ void WriteOldDocument(std::vector<unsigned char>& bytes, int version)
     archive.Transfer(o.reserved);
     archive.Transfer(o.limits);
     shr::Vec3i resolution(7, 50, 50);
+    if (damage)
+        damage(o, resolution);
     archive.Transfer(resolution);
     archive.Transfer(o.searchType);
     archive.Transfer(o.minCount);
@@ -564,6 +569,32 @@ TEST_F(GridderModuleTest, DocumentsRoundTripThroughEveryVersionGate)
         EXPECT_FALSE(loaded.DefaultsPending()) << c.version;
         EXPECT_EQ(loaded.GetOutput(0)->Data() != nullptr, c.lattice) << c.version;
         EXPECT_EQ(loaded.IsCachingOutput(), c.lattice) << c.version;
+    }
+}
+
+// A document may hold anything: what the rows would not take is refused, so
+// that a damaged resolution or count never becomes a grid or a search.
+TEST_F(GridderModuleTest, DocumentsBeyondTheRowsLimitsAreRefused)
+{
+    const std::pair<const char*, Damage> cases[] = {
+        {"resolution 1", [](VoGridder3::GriddingOptions&, shr::Vec3i& r) { r.y = 1; }},
+        {"resolution", [](VoGridder3::GriddingOptions&, shr::Vec3i& r) { r.z = 1 << 30; }},
+        {"search type", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.searchType = 4; }},
+        {"minimum count", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.minCount = 0; }},
+        {"maximum count", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.maxCount = 1 << 30; }},
+        {"method", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.method = 3; }},
+        {"anisotropy", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.anisotropyType = 7; }},
+        {"metric", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.metric = 21; }},
+        {"polynomial order", [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.polynomialOrder = -1; }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.first);
+        std::vector<unsigned char> bytes;
+        WriteOldDocument(bytes, shr::Archive::CurrentVersion, c.second);
+        VoGridder3 loaded;
+        shr::Archive archive(bytes.data(), bytes.size());
+        EXPECT_THROW(loaded.Serialize(archive), shr::Exception);
+        EXPECT_EQ(loaded.Options().resolution[0], VoGridder3().Options().resolution[0]);
     }
 }
 

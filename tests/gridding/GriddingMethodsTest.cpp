@@ -11,7 +11,10 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <random>
 #include <vector>
+
+#include <tbb/task_arena.h>
 
 using namespace core;
 using namespace core::VoGridder3Private;
@@ -264,5 +267,78 @@ TEST(GriddingFill, TooFewDataInReachBlanksTheNodeForEveryMethod)
         ASSERT_TRUE(fill(lattice, data));
         EXPECT_TRUE(lattice.IsBlank(0, 0, 0, 0));
         EXPECT_TRUE(lattice.IsBlank(1, 0, 0, 0));
+    }
+}
+
+namespace {
+
+uint64_t Digest(const void* bytes, size_t size, uint64_t hash)
+{
+    const auto* p = static_cast<const unsigned char*>(bytes);
+    for (size_t n = 0; n < size; ++n)
+        hash = (hash ^ p[n]) * 1099511628211ull;
+    return hash;
+}
+
+// Rows at positions from the generator's raw output, so that no library's
+// distribution enters; every tenth row repeats an earlier position.
+CPointData ScatteredRows(size_t count)
+{
+    std::mt19937 rng(99);
+    auto coordinate = [&rng] { return (rng() >> 8) * (12.0 / 16777216.0) - 1.0; };
+    CPointData data(1);
+    for (size_t i = 0; i < count; ++i) {
+        const double x = coordinate(), y = coordinate(), z = coordinate();
+        if (i % 10 == 9)
+            data.push_back(Datum(data[i / 2].X(), data[i / 2].Y(), data[i / 2].Z(), x));
+        else
+            data.push_back(Datum(x, y, z, x * y - z + 0.25 * x * x));
+    }
+    return data;
+}
+
+} // namespace
+
+// Filled lattices pinned by digests of their values and blanks, as the one
+// serpentine walk made them: the split walk must give the same bits at any
+// thread count, for every method, with seeds, ties, anisotropy and nodes out
+// of reach (blank).
+TEST(GriddingFill, ValuesStayAsPinnedAtAnyThreadCount)
+{
+    const CPointData data = ScatteredRows(1500);
+    const CSearchRules simple(3, 16, 2.5);
+    const CSearchRules axes(1, 24, 3.0, 1.5, 2.0);
+    const CSearchRules all;
+    const CAffineTransform stretch(1.0, 0.5, 2.0);
+    using FillFunction = std::function<bool(VdLattice&)>;
+    struct Case {
+        const char* what;
+        FillFunction fill;
+        uint64_t digest;
+    } cases[] = {
+        {"inverse distance", [&](VdLattice& l) { return InverseDistanceFill(l, CInverseDistanceRules(0, 2, 0, {}), simple, data); }, 0x78c73957b15b4a40ull},
+        {"inverse distance, power 3, smooth, anisotropic",
+         [&](VdLattice& l) { return InverseDistanceFill(l, CInverseDistanceRules(0, 3, 0.1, stretch), axes, data); }, 0xf21a71b09b77d19eull},
+        {"nearest", [&](VdLattice& l) { return InverseDistanceFill(l, CInverseDistanceRules(0, 101, 0, {}), simple, data); }, 0xbb2c224e705c5fb7ull},
+        {"local polynomial", [&](VdLattice& l) { return LocalPolynomialFill(l, CLocalPolynomialRules(0, 1, 2), axes, data); }, 0x25970276692c522dull},
+        {"median", [&](VdLattice& l) { return DataMetricFill(l, CDataMetricRules(0, CDataMetricRules::Median), simple, data); }, 0xfd3cb38578bbee04ull},
+        {"all data", [&](VdLattice& l) { return InverseDistanceFill(l, CInverseDistanceRules(0, 2, 0, {}), all, data); }, 0xb7d1624242a506c9ull},
+    };
+    const unsigned dims[3] = {19, 14, 11};
+    for (const Case& c : cases) {
+        for (int threads : {1, 2, 8}) {
+            VdUniformLattice lattice(shr::Double, dims, nullptr, 1);
+            lattice.SetUVWBounds(shr::Box3d(-2, -1, 0, 12, 11, 9));
+            tbb::task_arena arena(threads);
+            bool finished = false;
+            arena.execute([&] { finished = c.fill(lattice); });
+            ASSERT_TRUE(finished);
+            uint64_t hash = Digest(lattice.DataPtr(), lattice.VertexCount() * sizeof(double), 1469598103934665603ull);
+            for (unsigned n = 0; n < lattice.VertexCount(); ++n) {
+                const char blank = lattice.IsBlank(n, 0) ? 1 : 0;
+                hash = Digest(&blank, 1, hash);
+            }
+            EXPECT_EQ(hash, c.digest) << c.what << ", " << threads << " threads";
+        }
     }
 }

@@ -140,6 +140,33 @@ TEST(SearchEngine, MatchesOracleForEveryLimitAndOrder)
                 }
 }
 
+// Tables whose keys repeat on every axis or on two: many rows at one
+// position, rows on a line, rows on a small lattice. The tree's selections
+// meet long runs of equal keys.
+TEST(SearchEngine, MatchesOracleOnRepeatedKeys)
+{
+    std::vector<CPointData> tables;
+    CPointData& same = tables.emplace_back(1);
+    for (uint32_t i = 0; i < 700; ++i)
+        same.push_back(Row(i % 7 == 0 ? 5.5 : 5.0, 5.0, 5.0, 0.0, i));
+    CPointData& line = tables.emplace_back(1);
+    for (uint32_t i = 0; i < 900; ++i)
+        line.push_back(Row((i * 37 % 900) * 0.01, 3.0, 3.0, 0.0, i));
+    CPointData& lattice = tables.emplace_back(1);
+    for (uint32_t i = 0; i < 1000; ++i)
+        lattice.push_back(Row(i % 10, i / 10 % 10, i / 100, 0.0, i));
+    const CAffineTransform sphere = CSearchRules(1, 1, 2.0).AffineTransform();
+    for (const CPointData& data : tables)
+        for (int maxData : {1, 16, 200}) {
+            CSearchEngine engine(CSearchRules(1, maxData, sphere), data);
+            std::vector<CNeighbor> neighbours;
+            for (const Point& q : {Point(5, 5, 5), Point(4.5, 3, 3), Point(0.3, 9, 1.5)}) {
+                engine.Search(q, neighbours);
+                ExpectSame(Oracle(data, sphere, maxData, q), neighbours, data, q);
+            }
+        }
+}
+
 // Rows on an integer grid searched with radius 2 (a power of two, so every
 // distance is exact): ties at equal distance, rows exactly on the sphere, and
 // repeated positions.

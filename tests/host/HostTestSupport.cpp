@@ -98,6 +98,14 @@ render::Image ReadPng(const std::string& path)
     return render::Image(static_cast<int>(header.width), static_cast<int>(header.height), std::move(pixels));
 }
 
+std::string ReadText(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
 bool FileExists(const std::string& path)
 {
     return access(path.c_str(), F_OK) == 0;

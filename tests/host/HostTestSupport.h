@@ -38,6 +38,19 @@ CommandResult Properties(const std::vector<std::string>& args);
 
 // Throws on a missing or unreadable file.
 render::Image ReadPng(const std::string& path);
+// The whole file, byte for byte; empty when it cannot be read.
+std::string ReadText(const std::string& path);
+
+// Pixels in the box [x0, x1) x [y0, y1) for which `test` holds.
+template <class Test>
+int Count(const render::Image& image, int x0, int y0, int x1, int y1, Test test)
+{
+    int count = 0;
+    for (int y = y0; y < y1; ++y)
+        for (int x = x0; x < x1; ++x)
+            count += test(image.At(x, y)) ? 1 : 0;
+    return count;
+}
 bool FileExists(const std::string& path);
 
 } // namespace hosttest

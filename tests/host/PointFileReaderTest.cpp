@@ -17,9 +17,9 @@ using ::testing::HasSubstr;
 
 namespace {
 
-PointFile Parse(const std::string& text)
+PointFile Parse(const std::string& text, const host::PointFileOptions& options = host::PointFileOptions())
 {
-    return PointFileReader::Parse(text, "pts.csv");
+    return PointFileReader::Parse(text, "pts.csv", options);
 }
 
 std::vector<double> Coords(const PointFile& file)
@@ -48,10 +48,10 @@ std::string LabelOf(const PointFile& file, unsigned index)
     return found == file.points->labels_end() ? std::string() : std::string(found->second);
 }
 
-std::string ErrorOf(const std::string& text)
+std::string ErrorOf(const std::string& text, const host::PointFileOptions& options = host::PointFileOptions())
 {
     try {
-        Parse(text);
+        Parse(text, options);
     } catch (const shr::Exception& error) {
         return error.Message();
     }
@@ -155,7 +155,7 @@ TEST(PointFileReader, BadRowsNameTheLineAndColumn)
         {"unterminated quote", "x,y,z,name\n1,2,3,\"open\n", "pts.csv: line 2, column 4: unterminated quote"},
         {"a point without a coordinate", "x,y,z\n1,2,3\n1,NA,3\n",
          "pts.csv: line 3, column 2 (\"y\"): a point needs a coordinate, found \"NA\""},
-        {"too few numeric columns", "name,x,y\nA,1,2\n", "pts.csv: fewer than three numeric columns"},
+        {"no column for Y", "name,a\nA,1\n", "pts.csv: no number column for Y"},
         {"a header only", "# nothing yet\nx,y,z\n", "pts.csv: no points after the header"},
         {"an empty file", "\xEF\xBB\xBF\r\n", "pts.csv: no points in the file"},
     };
@@ -163,6 +163,100 @@ TEST(PointFileReader, BadRowsNameTheLineAndColumn)
         SCOPED_TRACE(c.what);
         EXPECT_THAT(ErrorOf(c.text), HasSubstr(c.message));
     }
+}
+
+// Shapes of public sample files: a 2-D survey with an identifier column, soil
+// samples with local and geographic coordinates and assays below detection,
+// a survey of one value.
+TEST(PointFileReader, IdentifiersAreNeverAxesAndXYAloneIsTwoDimensional)
+{
+    struct Case {
+        const char* what;
+        const char* text;
+        std::vector<double> coords;
+        std::vector<std::string> values;
+        const char* label;
+    } cases[] = {
+        {"2-D survey with an Id", "Id,X,Y,Value\n1,10,20,0.5\n2,11,21,0.7\n", {10, 20, 0, 11, 21, 0}, {"Value"}, "Id"},
+        {"one value", "x,y,thickness\n0,0,1.2\n1,0,1.4\n", {0, 0, 0, 1, 0, 0}, {"thickness"}, ""},
+        {"local beside geographic", "Xloc,Yloc,long,lat,Cd,Zn\n100,200,-120.1,45.2,0.2,23\n",
+         {100, 200, 0}, {"Cd", "Zn"}, ""},
+        {"geographic alone", "Site,lat,lon,Pb\nA,45.2,-120.1,3\n", {-120.1, 45.2, 0}, {"Pb"}, "Site"},
+        {"a numbered sample column", "No.,Easting,Northing,RL,Au\n7,1,2,3,0.4\n", {1, 2, 3}, {"Au"}, "No."},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const PointFile file = Parse(c.text);
+        EXPECT_EQ(Coords(file), c.coords);
+        EXPECT_EQ(file.valueNames, c.values);
+        EXPECT_EQ(file.labelName, c.label);
+    }
+}
+
+// A first cell below detection no longer turns the column into labels; the
+// rule decides what such a cell becomes, and the cells are counted.
+TEST(PointFileReader, BelowDetectionCellsFollowTheRule)
+{
+    const std::string soil = "Xloc,Yloc,long,lat,Cd,Zn\n"
+                             "100,200,-120.1,45.2,<0.01,23\n"
+                             "101,201,-120.2,45.3,0.05,BDL\n"
+                             "102,202,-120.3,45.4,>2,ND\n";
+    using Rule = host::PointFileOptions::BelowDetection;
+    const std::pair<Rule, std::vector<double>> cases[] = {
+        {Rule::Blank, {NAN, 23, 0.05, NAN, NAN, NAN}},
+        {Rule::Half, {0.005, 23, 0.05, NAN, 2, NAN}},
+        {Rule::Limit, {0.01, 23, 0.05, NAN, 2, NAN}},
+    };
+    for (const auto& c : cases) {
+        host::PointFileOptions options;
+        options.belowDetection = c.first;
+        SCOPED_TRACE(host::PointFileOptions::RuleName(c.first));
+        const PointFile file = Parse(soil, options);
+        const std::vector<double> values = Values(file);
+        ASSERT_EQ(values.size(), c.second.size());
+        for (size_t i = 0; i < values.size(); ++i) {
+            if (std::isnan(c.second[i]))
+                EXPECT_TRUE(std::isnan(values[i])) << i;
+            else
+                EXPECT_DOUBLE_EQ(values[i], c.second[i]) << i;
+        }
+        EXPECT_EQ(file.censored, (std::vector<size_t>{2, 2}));
+    }
+    EXPECT_EQ(Parse(soil).Describe(), "X = Xloc, Y = Yloc, Z = 0 (2-D); values: Cd, Zn; labels: none; not used: long, "
+                                      "lat; below detection (read as blank): Cd 2, Zn 2");
+}
+
+TEST(PointFileReader, ColumnsMappedByNameOrNumber)
+{
+    const std::string soil = "Id,Xloc,Yloc,long,lat,Cd,Zn,Note\n"
+                             "S1,100,200,-120.1,45.2,0.2,23,river\n";
+    host::PointFileOptions options;
+    options.axes[0] = {host::ColumnChoice::Named, "long"};
+    options.axes[1] = {host::ColumnChoice::Numbered, "", 5};
+    options.axes[2] = {host::ColumnChoice::Named, "xloc"};
+    options.valuesGiven = true;
+    options.values = {{host::ColumnChoice::Named, "Zn"}, {host::ColumnChoice::Numbered, "", 3}};
+    options.label = {host::ColumnChoice::Named, "Note"};
+    const PointFile file = Parse(soil, options);
+    EXPECT_EQ(Coords(file), (std::vector<double>{-120.1, 45.2, 100}));
+    EXPECT_EQ(file.valueNames, (std::vector<std::string>{"Zn", "Yloc"}));
+    EXPECT_EQ(LabelOf(file, 0), "river");
+
+    host::PointFileOptions flat;
+    flat.axes[2].kind = host::ColumnChoice::None;
+    flat.label.kind = host::ColumnChoice::None;
+    const PointFile map = Parse("E,N,RL,Cu,Id\n1,2,3,4,A\n", flat);
+    EXPECT_EQ(Coords(map), (std::vector<double>{1, 2, 0}));
+    EXPECT_EQ(map.valueNames, (std::vector<std::string>{"RL", "Cu"}));
+    EXPECT_EQ(map.labelName, "");
+
+    host::PointFileOptions wrong;
+    wrong.axes[0] = {host::ColumnChoice::Named, "Xlocc"};
+    EXPECT_THAT(ErrorOf(soil, wrong), HasSubstr("pts.csv: no column \"Xlocc\" (for x); the columns are Id, Xloc, Yloc"));
+    wrong.axes[0] = {host::ColumnChoice::Numbered, "", 9};
+    EXPECT_THAT(ErrorOf(soil, wrong), HasSubstr("pts.csv: column 9 (for x) is not in the file, which has 8"));
+    wrong.axes[0] = {host::ColumnChoice::Named, "Note"};
+    EXPECT_THAT(ErrorOf(soil, wrong), HasSubstr("pts.csv: column \"Note\" (for x) holds text, not numbers"));
 }
 
 TEST(PointFileReader, MissingFileIsAnErrorNamingIt)

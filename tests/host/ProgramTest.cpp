@@ -33,3 +33,22 @@ TEST(Program, RendersAndReportsThroughItsExitStatus)
     EXPECT_EQ(RunProgram("properties NoSuchModule", folder.Path("log")), 1);
     EXPECT_EQ(RunProgram("render " + folder.Path("missing.json"), folder.Path("log")), 1);
 }
+
+// Mistakes in the command line exit 1, as every user mistake does; help is no mistake.
+TEST(Program, CommandLineMistakesExitOne)
+{
+    hosttest::ScratchFolder folder;
+    const std::pair<std::string, int> cases[] = {
+        {"", 1}, {"bogus", 1}, {"-h", 0}, {"help", 0}, {"--help", 0}, {"FENRAK_MEMORY_LIMIT=lots modules", 1},
+        {"FENRAK_MEMORY_LIMIT=512M modules", 0},
+    };
+    for (const auto& c : cases) {
+        const size_t equals = c.first.find('=');
+        const std::string environment = equals == std::string::npos ? "" : c.first.substr(0, c.first.find(' ') + 1);
+        const std::string arguments = environment.empty() ? c.first : c.first.substr(environment.size());
+        const std::string command = environment + std::string(FENRAK_PROGRAM) + " " + arguments + " >" +
+                                    folder.Path("log") + " 2>&1";
+        const int status = std::system(command.c_str());
+        EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, c.second) << c.first;
+    }
+}

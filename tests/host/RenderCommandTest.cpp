@@ -10,12 +10,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
 
 using hosttest::CommandResult;
 using hosttest::FileExists;
 using hosttest::ReadPng;
+using hosttest::ReadText;
 using hosttest::Render;
 using hosttest::ScratchFolder;
 using ::testing::HasSubstr;
@@ -30,14 +29,6 @@ std::string BoxScene(const std::string& boxProperties, const std::string& extraM
     return R"({"modules": [)" + extraModules +
            R"({"name": "Box", "type": "TestBox", "properties": {)" + boxProperties + R"(}}],
               "view": {"size": [64, 48], "azimuth": 0, "elevation": 90, "background": [0, 0, 255]}})";
-}
-
-std::string ReadText(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
 }
 
 } // namespace
@@ -75,7 +66,7 @@ TEST(RenderCommand, SceneErrorsNameFileModuleAndKeyAndWriteNothing)
         {"misspelt module key", R"({"modules": [{"name": "A", "type": "TestBox", "propertes": {}}]})",
          "module \"A\": unknown key \"propertes\""},
         {"missing point file", R"({"modules": [{"name": "Pts", "type": "PointSet", "file": "absent.csv"}]})",
-         "module \"Pts\": file \"absent.csv\" not found"},
+         "module \"Pts\": point file \"absent.csv\" not found"},
         {"bad view", R"({"modules": [], "view": {"elevation": 95}})", "view: the elevation must be from -90 to 90"},
     };
     for (const Case& c : cases) {

@@ -24,14 +24,17 @@ int Middle(const render::Image& image, const std::function<bool(const shr::Color
     return count;
 }
 
-// The lines of the statistics table after its heading, one per module.
+// The lines of the statistics table after its heading, one per module, up
+// to the blank line before what the point files gave.
 std::vector<std::string> ModuleRows(const std::string& out)
 {
     std::vector<std::string> rows;
     std::istringstream lines(out);
     bool table = false;
     for (std::string line; std::getline(lines, line);) {
-        if (table && !line.empty())
+        if (table && line.empty())
+            break;
+        if (table)
             rows.push_back(line);
         table = table || line.rfind("module ", 0) == 0;
     }

@@ -1,6 +1,7 @@
 // TestBox: a visual module of the host tests. It draws an unlit cube of a
 // chosen size and colour, takes an optional lattice input (so scenes can link
-// it), stores its settings in documents, and fails on demand.
+// it), stores its settings in documents, and fails on demand: when executed,
+// or when stored.
 #include "core/data/VdGeometry.h"
 #include "core/network/VbModuleInfo.h"
 #include "core/network/VbPort.h"
@@ -25,7 +26,7 @@ namespace hosttest {
 class TestBox : public core::VoModule {
     SHR_DECLARE_CREATABLE_TYPE(TestBox)
 public:
-    enum { IdHeader = 1, IdSize = 2, IdColor = 3, IdFail = 4 };
+    enum { IdHeader = 1, IdSize = 2, IdColor = 3, IdFail = 4, IdFailStore = 5 };
     static const core::VbModuleInfo s_ModuleInfo;
 
     TestBox()
@@ -45,6 +46,7 @@ public:
             break;
         case IdColor: list.GetValue(IdColor, m_Color); break;
         case IdFail: list.GetValue(IdFail, m_Fail); break;
+        case IdFailStore: list.GetValue(IdFailStore, m_FailStore); break;
         default: return;
         }
         SetModified();
@@ -52,6 +54,8 @@ public:
 
     void Serialize(shr::Archive& archive) override
     {
+        if (archive.IsStoring() && m_FailStore)
+            SHR_THROW(0, "the box refuses to be stored");
         VoModule::Serialize(archive);
         archive.SyncCheck();
         archive.Transfer(m_Size);
@@ -66,6 +70,7 @@ private:
         list.AddDouble(Id(), "TestBoxSize", IdSize, "Size", "Edge length.", m_Size, core::ValCheckNone, 0, 0, 0);
         list.AddColor(Id(), "TestBoxColor", IdColor, "Color", "Face colour.", m_Color);
         list.AddCheck(Id(), "TestBoxFail", IdFail, "Fail", "Fail when executed.", m_Fail);
+        list.AddCheck(Id(), "TestBoxFailStore", IdFailStore, "Fail to store", "Fail when stored.", m_FailStore);
     }
 
     ModuleStatus ExecuteImpl(std::shared_ptr<core::VgRenderer>) override
@@ -89,6 +94,7 @@ private:
     double m_Size = 1.0;
     shr::Color4b m_Color = shr::Color4b(255, 0, 0, 255);
     bool m_Fail = false;
+    bool m_FailStore = false;
 };
 
 SHR_IMPLEMENT_CREATABLE_TYPE(TestBox, core::VoModule)
@@ -99,6 +105,8 @@ namespace {
 const core::VbPropertyRegistrar s_Size("TestBoxSize", TestBox::IdSize, core::VbDoublePropertyConverter::Key());
 const core::VbPropertyRegistrar s_Color("TestBoxColor", TestBox::IdColor, core::VbColorPropertyConverter::Key());
 const core::VbPropertyRegistrar s_Fail("TestBoxFail", TestBox::IdFail, core::VbBoolPropertyConverter::Key());
+const core::VbPropertyRegistrar s_FailStore("TestBoxFailStore", TestBox::IdFailStore,
+                                            core::VbBoolPropertyConverter::Key());
 } // namespace
 
 } // namespace hosttest

@@ -9,19 +9,9 @@
 
 namespace {
 
+using hosttest::Count;
 using hosttest::ReadPng;
 using hosttest::ScratchFolder;
-
-// Pixels in the box [x0, x1) x [y0, y1) for which `test` holds.
-template <class Test>
-int Count(const render::Image& image, int x0, int y0, int x1, int y1, Test test)
-{
-    int count = 0;
-    for (int y = y0; y < y1; ++y)
-        for (int x = x0; x < x1; ++x)
-            count += test(image.At(x, y)) ? 1 : 0;
-    return count;
-}
 
 TEST(VectorScene, ArrowsLinesAndLegendInTheMapsColours)
 {

@@ -80,6 +80,25 @@ TEST(UiProxyTest, InstallationRules)
     fallback->Progress(0.5);
 }
 
+// A worksheet request takes a reference for the view; with no host view to
+// hold it, the default gives it back, so the data can still be freed.
+TEST(UiProxyTest, TheDefaultDataViewGivesItsReferenceBack)
+{
+    static int live = 0;
+    struct Counted : VdData {
+        Counted() { ++live; }
+        ~Counted() override { --live; }
+        unsigned int GetType() const override { return 1; }
+        const char* GetTypeName() const override { return "counted"; }
+    };
+    const VdData* data = new Counted;
+    data->AddRef(); // the module's port
+    data->AddRef(); // the request, as a source module makes it
+    UiProxy::Instance()->CreateDataView(data, "Points");
+    data->DecRef();
+    EXPECT_EQ(live, 0);
+}
+
 TEST(UiProxyTest, ErrorMsgWithSiteBuildsACoreError)
 {
     struct Capture : RecordingProxy {

@@ -19,7 +19,7 @@ using namespace exprtest;
 
 namespace {
 
-using Row = ExpressionLattice::RowId;
+using Row = ExpressionLattice;
 constexpr int XMin = Row::LimitsId + 1, XMax = Row::LimitsId + 2, ZMax = Row::LimitsId + 8;
 constexpr int XNum = Row::ResolutionId + 1, YNum = Row::ResolutionId + 2, ZNum = Row::ResolutionId + 3;
 constexpr int Expr1 = Row::ExprFirstId, Expr2 = Row::ExprFirstId + 1, Expr3 = Row::ExprFirstId + 2;

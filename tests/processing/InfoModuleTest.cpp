@@ -5,6 +5,7 @@
 #include "core/data/VdUniformLattice.h"
 #include "core/processing/VoGeomSrc.h"
 #include "core/processing/VoInfo.h"
+#include "core/properties/VbPropertyRegistry.h"
 #include "core/wells/VdWellData.h"
 
 #include <Inventor/nodes/SoCoordinate3.h>
@@ -111,6 +112,8 @@ TEST_F(InfoModuleTest, LatticeRows)
     EXPECT_TRUE(rows->IsProp(VoInfo::IdGeometry));
     EXPECT_EQ(rows->Number(XMaxRow), 1.0);
     EXPECT_FALSE(rows->Enabled(XMaxRow));
+    EXPECT_EQ(core::VbPropertyRegistry::Instance().Get("InfoXMax").id, XMaxRow);
+    EXPECT_EQ(core::VbPropertyRegistry::Instance().Get("InfoZMin").id, VoInfo::IdLimits + 7);
     EXPECT_EQ(rows->Text(FirstComponent), "(0, 0)");
     EXPECT_FALSE(rows->IsProp(VoInfo::IdPointCount));
 }

@@ -2,6 +2,7 @@
 // parallel fill against a sequential one, validation, persistence and abort.
 #include "SourceTestSupport.h"
 
+#include "core/data/MemoryBudget.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/processing/ExpressionLattice.h"
 #include "core/processing/VoSampleLattice.h"
@@ -123,6 +124,29 @@ TEST_F(SourceModuleTest, SampleLatticeRejectsBadSettingsAndKeepsNoOutput)
         EXPECT_EQ(module->GetStatus(), VoModule::ModuleFailed);
         EXPECT_EQ(Output(module), nullptr) << c.error;
     }
+}
+
+// Lattices beyond the budget are refused before anything is allocated: the
+// library's "Insufficient memory" error, whatever the rows allowed.
+TEST_F(SourceModuleTest, LatticesBeyondTheMemoryBudgetAreRefused)
+{
+    const std::pair<const char*, uint64_t> texts[] = {
+        {"4096", 4096}, {"64k", 65536}, {"3M", 3u << 20}, {"2G", 2ull << 30}, {"1T", 1ull << 40},
+        {"", 0}, {"0", 0}, {"12MB", 0}, {"-5", 0}, {"1.5G", 0}, {"99999999999999999999", 0},
+    };
+    for (const auto& t : texts) {
+        uint64_t bytes = 0;
+        EXPECT_EQ(core::MemoryBudget::Parse(t.first, bytes), t.second != 0) << t.first;
+        EXPECT_EQ(bytes, t.second) << t.first;
+    }
+    core::MemoryBudget::SetBytes(1 << 20);
+    auto* sample = Add(new VoSampleLattice);
+    Edit(sample, {{Sample::IdOutType, "8"}, {XNum, "64"}, {YNum, "64"}, {ZNum, "33"}}); // 1.06 MB of doubles
+    EXPECT_EQ(LastError(), "Insufficient memory to perform operation");
+    EXPECT_EQ(Output(sample), nullptr);
+    Edit(sample, {{ZNum, "32"}}); // exactly the budget
+    EXPECT_NE(Output(sample), nullptr) << LastError();
+    core::MemoryBudget::SetBytes(0);
 }
 
 TEST_F(SourceModuleTest, SampleLatticeRoundTripsAndRefusesABadFunction)

@@ -150,6 +150,24 @@ TEST_F(CuttingPlaneTest, PlaneCornersAreTheOrientationsFace)
     }
 }
 
+// The plane is dot(n, p) = dot(n, centre) + offset with the normal as stored:
+// a normal of length 2 moves the plane half the offset (the offset's limits,
+// in contrast, are measured along the unit normal).
+TEST_F(CuttingPlaneTest, PlaneUsesTheNormalAsStored)
+{
+    const Box3d box(0, 0, 0, 1, 1, 1);
+    const std::pair<Vec3d, double> cases[] = {{Vec3d(0, 0, 1), 0.75}, {Vec3d(0, 0, 2), 0.625}, {Vec3d(0, 0, 0.5), 1.0}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.first.z);
+        plane.Normal(c.first);
+        plane.Offset(0.25);
+        const std::vector<Vec3d> polygon = plane.Polygon(box);
+        ASSERT_EQ(polygon.size(), 4u);
+        for (const Vec3d& p : polygon)
+            EXPECT_DOUBLE_EQ(p.z, c.second);
+    }
+}
+
 TEST_F(CuttingPlaneTest, OrientationRowSetsTheNormalAndTheOffsetLimits)
 {
     plane.BoundingBox(Box3d(0, 0, 0, 4, 2, 1));

@@ -135,6 +135,9 @@ TEST_F(IsoSurfaceModuleTest, RowsEditsAndVolumes)
     EXPECT_TRUE(list.IsProp(VoIsoSurface::IdLegend + 1));
     EXPECT_EQ(core::VbPropertyRegistry::Instance().Get("IsoSurfaceIsovalue").id, VoIsoSurface::IdIsovalue);
     EXPECT_EQ(core::VbPropertyRegistry::Instance().Get("IsoSurfaceLegendEnable").id, VoIsoSurface::IdLegend + 1);
+    EXPECT_EQ(VoIsoSurface::s_ModuleInfo.ResourceId(), 22);
+    EXPECT_EQ(VoIsoSurface::s_ModuleInfo.HelpString(),
+              "Computes an isosurface through a 3D lattice and outputs the geometry");
 
     const int before = module->TriangleCount();
     Edit(*module, VoIsoSurface::IdIsovalue, "0.49");
@@ -274,6 +277,24 @@ TEST_F(IsoSurfaceModuleTest, StoredFormThroughEveryVersionGate)
     EXPECT_EQ(target.Isovalue(), -4.0);
     EXPECT_EQ(target.GetLegend().m_Title, "");
     EXPECT_EQ(target.ColorMethod(), VoIsoSurface::ByIsovalue);
+}
+
+TEST_F(IsoSurfaceModuleTest, StoredValuesBeyondTheRowsAreRefused)
+{
+    const std::pair<const char*, void (*)(VoIsoSurface&)> cases[] = {
+        {"draw style", [](VoIsoSurface& s) { s.DrawStyle(3); }},
+        {"side", [](VoIsoSurface& s) { s.Side(3); }},
+        {"colour method", [](VoIsoSurface& s) { s.ColorMethod(2); }},
+        {"opacity", [](VoIsoSurface& s) { s.Opacity(std::nan("")); }},
+        {"shininess", [](VoIsoSurface& s) { s.Material().shininess = 2.0f; }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.first);
+        VoIsoSurface damaged, target;
+        c.second(damaged);
+        EXPECT_THROW(Load(target, Store(damaged)), shr::Exception);
+        EXPECT_EQ(target.ColorMethod(), VoIsoSurface::ByIsovalue);
+    }
 }
 
 // ---- a picture ----------------------------------------------------------------------------------

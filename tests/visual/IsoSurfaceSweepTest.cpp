@@ -13,6 +13,8 @@
 #include <cstring>
 #include <limits>
 
+#include <tbb/task_arena.h>
+
 namespace {
 
 using namespace isotest;
@@ -41,13 +43,14 @@ Extraction Extract(const VdLattice& lattice, double isovalue, Options options = 
     static const core::VolumeCalculator calculator;
     const bool curvilinear = dynamic_cast<const core::VdCurvilinearLattice*>(&lattice) != nullptr;
     std::vector<float> values;
-    CopyComponent(lattice, 0, values);
-    std::vector<shr::Vec3f> gradients;
-    if (!curvilinear)
-        NodeGradients(lattice, values, gradients);
+    RunRanges ranges;
+    CopyComponent(lattice, 0, values, &ranges);
+    GradientCache gradients;
+    gradients.Reset(curvilinear ? 0 : values.size());
     SweepInput input;
     input.lattice = &lattice;
     input.values = &values;
+    input.ranges = &ranges;
     input.gradients = &gradients;
     input.isovalue = isovalue;
     input.atOrAbove = options.atOrAbove;
@@ -286,6 +289,18 @@ TEST(IsoSurfaceSweep, SphereVolumesMatchTheAnalyticValue)
     }
 }
 
+void ExpectSameSurface(const Extraction& got, const Extraction& want)
+{
+    EXPECT_EQ(got.triangles, want.triangles);
+    EXPECT_EQ(got.data.indices, want.data.indices);
+    ASSERT_EQ(got.data.vertices.size(), want.data.vertices.size());
+    EXPECT_EQ(0, std::memcmp(got.data.vertices.data(), want.data.vertices.data(),
+                             want.data.vertices.size() * sizeof(shr::Vec3d)));
+    ASSERT_EQ(got.data.normals.size(), want.data.normals.size());
+    EXPECT_EQ(0, std::memcmp(got.data.normals.data(), want.data.normals.data(),
+                             want.data.normals.size() * sizeof(SbVec3f)));
+}
+
 // A field cut almost everywhere, on lattices of odd sizes, joined from
 // different numbers of slabs, with slab memory reused from sweep to sweep:
 // vertices, normals and triangles must equal the single-slab scan bit for bit,
@@ -314,17 +329,52 @@ TEST(IsoSurfaceSweep, SlabsGiveExactlyTheSequentialResult)
         for (size_t slabs : {size_t(2), size_t(5), size_t(0), size_t(c.dims[2] - 1), size_t(1000)}) {
             SCOPED_TRACE(slabs);
             const Extraction parallel = Extract(*lattice, 0.05, {slabs, c.volume, false, &workspace});
-            EXPECT_EQ(parallel.triangles, sequential.triangles);
-            EXPECT_EQ(parallel.data.indices, sequential.data.indices);
-            ASSERT_EQ(parallel.data.vertices.size(), sequential.data.vertices.size());
-            EXPECT_EQ(0, std::memcmp(parallel.data.vertices.data(), sequential.data.vertices.data(),
-                                     sequential.data.vertices.size() * sizeof(shr::Vec3d)));
-            ASSERT_EQ(parallel.data.normals.size(), sequential.data.normals.size());
-            EXPECT_EQ(0, std::memcmp(parallel.data.normals.data(), sequential.data.normals.data(),
-                                     sequential.data.normals.size() * sizeof(SbVec3f)));
+            ExpectSameSurface(parallel, sequential);
             EXPECT_EQ(parallel.volumes.clearSide, sequential.volumes.clearSide);
             EXPECT_EQ(parallel.volumes.setSide, sequential.volumes.setSide);
         }
+    }
+}
+
+
+// What the module keeps between runs: run ranges and gradients of one input
+// reused for other isovalues, forgotten for new data (also after the stamps
+// wrap around), and ranges holding NaN and infinite values, must give what a
+// fresh sweep gives.
+TEST(IsoSurfaceSweep, KeptRangesAndGradientsChangeNothing)
+{
+    const unsigned int dims[3] = {70, 23, 19};
+    const auto first = Sample(Kind::Uniform, dims, [](double x, double y, double z) { return x * x - y * z; });
+    auto second = Sample(Kind::Uniform, dims, [](double x, double y, double z) { return y * y + x * z; });
+    float* raw = static_cast<float*>(second->DataWritePtr());
+    raw[5] = std::numeric_limits<float>::quiet_NaN();
+    raw[200] = std::numeric_limits<float>::infinity();
+    raw[3000] = -std::numeric_limits<float>::infinity();
+    std::vector<float> values;
+    SweepCache cache;
+    auto sweep = [&](const VdLattice& lattice, double isovalue, bool withRanges) {
+        SweepInput input;
+        input.lattice = &lattice;
+        input.values = &values;
+        input.ranges = withRanges ? &cache.ranges : nullptr;
+        input.gradients = &cache.gradients;
+        input.isovalue = isovalue;
+        Extraction out;
+        EXPECT_TRUE(Sweep(input, 0, nullptr, out.data, out.volumes, out.triangles, &cache.workspace));
+        return out;
+    };
+    CopyComponent(*first, 0, values, &cache.ranges);
+    cache.gradients.Reset(values.size());
+    sweep(*first, 0.3, true);
+    ExpectSameSurface(sweep(*first, -0.2, true), Extract(*first, -0.2));
+    for (int input = 0; input < 300; ++input)
+        cache.gradients.Reset(values.size());
+    CopyComponent(*second, 0, values, &cache.ranges);
+    for (double isovalue : {0.25, -0.5, 1e30}) {
+        SCOPED_TRACE(isovalue);
+        const Extraction fresh = Extract(*second, isovalue);
+        ExpectSameSurface(sweep(*second, isovalue, true), fresh);
+        ExpectSameSurface(sweep(*second, isovalue, false), fresh);
     }
 }
 
@@ -333,8 +383,8 @@ TEST(IsoSurfaceSweep, ProgressCanStopTheSweep)
     const auto lattice = Sample(Kind::Uniform, 20, Sphere);
     std::vector<float> values;
     CopyComponent(*lattice, 0, values);
-    std::vector<shr::Vec3f> gradients;
-    NodeGradients(*lattice, values, gradients);
+    GradientCache gradients;
+    gradients.Reset(values.size());
     SweepInput input;
     input.lattice = lattice.get();
     input.values = &values;
@@ -363,3 +413,66 @@ TEST(IsoSurfaceSweep, ProgressCanStopTheSweep)
 }
 
 } // namespace
+
+namespace {
+
+uint64_t Digest(const void* bytes, size_t size, uint64_t hash = 1469598103934665603ull)
+{
+    const auto* p = static_cast<const unsigned char*>(bytes);
+    for (size_t n = 0; n < size; ++n)
+        hash = (hash ^ p[n]) * 1099511628211ull;
+    return hash;
+}
+
+uint64_t Digest(const Extraction& out)
+{
+    uint64_t hash = Digest(out.data.vertices.data(), out.data.vertices.size() * sizeof(shr::Vec3d));
+    hash = Digest(out.data.normals.data(), out.data.normals.size() * sizeof(SbVec3f), hash);
+    hash = Digest(out.data.indices.data(), out.data.indices.size() * sizeof(int), hash);
+    const double volumes[2] = {out.volumes.clearSide, out.volumes.setSide};
+    return Digest(volumes, sizeof(volumes), hash);
+}
+
+} // namespace
+
+// Surfaces pinned by digests of their vertices, normals, triangles and
+// volumes, as the plain scan made them before the sweep learnt to skip: any
+// change of a vertex, its number or its normal shows, and so does a thread
+// count that changes the result. Polynomial fields keep the inputs free of
+// library rounding. Rows of more than 64 nodes cross the bit words of a row.
+TEST(IsoSurfaceSweep, ResultsStayAsPinnedAtAnyThreadCount)
+{
+    const Field planes = [](double x, double y, double z) {
+        return (4 * x * x - 1) * (4 * y * y - 1.3) * (4 * z * z - 0.7) + 0.05 * x;
+    };
+    struct Case {
+        const char* name;
+        Kind kind;
+        unsigned int dims[3];
+        Field field;
+        double isovalue;
+        Options options;
+        int triangles;
+        uint64_t digest;
+    } cases[] = {
+        {"uniform", Kind::Uniform, {70, 41, 29}, planes, 0.02, {}, 22796, 0x94c7d115d1077837ull},
+        {"uniform, isovalue on nodes", Kind::Uniform, {130, 9, 12}, planes, 0.0, {}, 10020, 0xfe941a80006bee96ull},
+        {"rectilinear", Kind::Rectilinear, {66, 30, 27}, planes, -0.1, {}, 16140, 0x7f9e5f7fd1e478adull},
+        {"curvilinear", Kind::Curvilinear, {21, 18, 23}, planes, 0.02, {}, 4308, 0x47a4678aee5e2bb1ull},
+        {"uniform, volumes", Kind::Uniform, {19, 14, 17}, Sphere, 0.6, {0, true, false}, 1404, 0xa2173a3c10e3d551ull},
+        {"uniform, inverted volumes", Kind::Uniform, {19, 14, 17}, Sphere, 0.6, {0, true, true}, 1404, 0x9539ef3a8895affeull},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto lattice = Sample(c.kind, c.dims, c.field, -1.0, 1.0, 0.3);
+        lattice->SetBlank(3, 4, 5);
+        lattice->SetBlank(c.dims[0] - 1, c.dims[1] / 2, c.dims[2] / 2);
+        for (int threads : {1, 2, 8}) {
+            tbb::task_arena arena(threads);
+            Extraction out;
+            arena.execute([&] { out = Extract(*lattice, c.isovalue, c.options); });
+            EXPECT_EQ(out.triangles, c.triangles) << threads << " threads";
+            EXPECT_EQ(Digest(out), c.digest) << threads << " threads";
+        }
+    }
+}

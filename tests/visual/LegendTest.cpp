@@ -8,6 +8,9 @@
 #include "core/properties/VbPropertyEvent.h"
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/visual/VbLegend.h"
+#include "core/visual/VoIsoSurface.h"
+#include "core/visual/VoObliqueSlice.h"
+#include "core/visual/VoOrthoSlice.h"
 #include "shr/Archive.h"
 #include "shr/Exception.h"
 
@@ -191,6 +194,30 @@ TEST(Legend, RoundTripsEveryStoredField)
     EXPECT_EQ(Store(target), Store(fresh));
 }
 
+// A damaged document may hold anything; what the rows would refuse or clamp is
+// refused on loading (a label count of 67 million took minutes and gigabytes).
+TEST(Legend, LoadingRefusesWhatTheRowsWouldNotTake)
+{
+    const std::pair<const char*, void (*)(VbLegend&)> cases[] = {
+        {"label count", [](VbLegend& l) { l.m_NumLabels = 67108869; }},
+        {"x position", [](VbLegend& l) { l.m_XPos = 2.0f; }},
+        {"y position", [](VbLegend& l) { l.m_YPos = std::nanf(""); }},
+        {"width", [](VbLegend& l) { l.m_Width = 0.0f; }},
+        {"length", [](VbLegend& l) { l.m_Length = 1e9f; }},
+        {"title height", [](VbLegend& l) { l.m_TitleHeight = -1.0f; }},
+        {"spacing", [](VbLegend& l) { l.m_Layout[2] = std::numeric_limits<float>::infinity(); }},
+        {"label format", [](VbLegend& l) { l.m_LabelFormat = core::VbLabelFormat(7, 3); }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.first);
+        VbLegend damaged = ChangedLegend();
+        c.second(damaged);
+        VbLegend target, fresh;
+        EXPECT_THROW(Load(target, Store(damaged)), shr::Exception);
+        EXPECT_EQ(Store(target), Store(fresh));
+    }
+}
+
 TEST(Legend, DocumentsBefore109HeldThePositionInPixels)
 {
     struct Case {
@@ -344,6 +371,27 @@ TEST(Legend, KeysAreRegisteredAfterTheModulesPrefix)
     for (const Case& c : cases)
         EXPECT_EQ(registry.Get(c.key).id, 200 + c.row) << c.key;
     EXPECT_FALSE(registry.Has("KeysTestLegendHeader"));
+}
+
+// Each module with a legend registers its 21 keys, as the isosurface does.
+TEST(Legend, EveryModuleWithALegendRegistersItsKeys)
+{
+    const auto& registry = core::VbPropertyRegistry::Instance();
+    const std::pair<const char*, int> modules[] = {
+        {"IsoSurface", core::VoIsoSurface::IdLegend},
+        {"OrthoSlice", core::VoOrthoSlice::IdLegend},
+        {"ObliqueSlice", core::VoObliqueSlice::IdLegend},
+    };
+    for (const auto& module : modules) {
+        SCOPED_TRACE(module.first);
+        const std::string prefix = std::string(module.first) + "Legend";
+        int count = 0;
+        for (const auto& entry : registry)
+            count += entry.first.compare(0, prefix.size(), prefix) == 0;
+        EXPECT_EQ(count, 21);
+        EXPECT_EQ(registry.Get(prefix + "Enable").id, module.second + VbLegend::EnableRow);
+        EXPECT_EQ(registry.Get(prefix + "BGColor").id, module.second + VbLegend::BGColorRow);
+    }
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/visual/SliceMapping.h"
+#include "core/visual/VoHeightField.h"
 #include "core/visual/VoObliqueSlice.h"
 #include "core/visual/VoOrthoSlice.h"
 #include "render/Image.h"
@@ -160,6 +161,23 @@ TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
     RunPass();
     EXPECT_EQ(deep->Slice(), 2);
     EXPECT_TRUE(proxy.Errors().empty());
+}
+
+// Rows count from 1; the lowest int names no slice, as every value below 1
+// does, and the middle one is drawn (the row's arithmetic must not overflow).
+TEST_F(SliceTest, SliceRowsBelowOneDrawTheMiddle)
+{
+    const auto lattice = [] { return isotest::NodeLattice(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }); };
+    auto* ortho = Feed(lattice(), new VoOrthoSlice);
+    auto* height = Feed(lattice(), new VoHeightField);
+    for (const char* row : {"-2147483648", "0", "4"}) {
+        SCOPED_TRACE(row);
+        const int expected = std::string(row) == "4" ? 3 : 2;
+        Edit(ortho, {{VoOrthoSlice::IdSlice, row}});
+        EXPECT_EQ(ortho->Slice(), expected);
+        Edit(height, {{VoHeightField::IdSlice, row}});
+        EXPECT_EQ(height->Slice(), expected);
+    }
 }
 
 TEST_F(SliceTest, OrthoSliceReportsANonUniformLattice)
@@ -375,6 +393,45 @@ TEST_F(SliceTest, StoredFormsRoundTripAndFailWhole)
     EXPECT_THROW(Load(target, orthoBytes, 5), shr::Exception);
     EXPECT_EQ(target.Orientation(), 0u);
     EXPECT_EQ(target.Slice(), -1);
+}
+
+// Each damage, stored and loaded into a fresh slice, is refused; `unchanged`
+// checks that the slice kept its settings.
+template <class Slice, size_t N, class Check>
+void ExpectRefused(const std::pair<const char*, void (*)(Slice&)> (&cases)[N], Check unchanged)
+{
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.first);
+        Slice damaged, target;
+        c.second(damaged);
+        EXPECT_THROW(testsupport::Load(target, testsupport::Store(damaged)), shr::Exception);
+        unchanged(target);
+    }
+}
+
+// What the rows would refuse is refused in a document too.
+TEST(SliceStoredForm, LoadingRefusesWhatTheRowsWouldNotTake)
+{
+    const std::pair<const char*, void (*)(VoOrthoSlice&)> orthoCases[] = {
+        {"orientation", [](VoOrthoSlice& s) { s.Orientation(3); }},
+        {"slice", [](VoOrthoSlice& s) { s.Slice(2147483647); }},
+        {"quality", [](VoOrthoSlice& s) { s.Quality(std::nan("")); }},
+        {"opacity", [](VoOrthoSlice& s) { s.Opacity(-0.5); }},
+        {"mapping", [](VoOrthoSlice& s) { s.Mapping().method = SliceMapping::Method(2); }},
+    };
+    ExpectRefused(orthoCases, [](const VoOrthoSlice& s) {
+        EXPECT_EQ(s.Orientation(), 0u);
+        EXPECT_EQ(s.Slice(), -1);
+    });
+    const std::pair<const char*, void (*)(VoObliqueSlice&)> obliqueCases[] = {
+        {"resolution", [](VoObliqueSlice& s) { s.SetResolution(4); }},
+        {"opacity", [](VoObliqueSlice& s) { s.Opacity(1.5); }},
+        {"normal", [](VoObliqueSlice& s) { s.Plane().Normal(Vec3d(0, 0, 0)); }},
+    };
+    ExpectRefused(obliqueCases, [](VoObliqueSlice& s) {
+        EXPECT_EQ(s.GetResolution(), 1u);
+        EXPECT_EQ(s.Plane().Normal(), Vec3d(0, 0, 1));
+    });
 }
 
 } // namespace

@@ -1,0 +1,32 @@
+#include "FuzzSupport.h"
+
+#include "core/network/VoNetwork.h"
+#include "shr/Logger.h"
+
+#include <cstdlib>
+
+namespace fuzz {
+
+void InitLibrary()
+{
+    shr::g_Logger.SetMaxLevel(0);
+    setenv("FENRAK_MEMORY_LIMIT", "256K", 1);
+    core::VoNetwork::Instance().Init();
+}
+
+void RunPass()
+{
+    core::VoNetwork& network = core::VoNetwork::Instance();
+    network.Update();
+    network.WaitUntilDone(60000);
+}
+
+void ClearNetwork()
+{
+    core::VoNetwork& network = core::VoNetwork::Instance();
+    network.WaitUntilDone(60000);
+    network.DeleteAllNodes();
+    network.SetModified(false);
+}
+
+} // namespace fuzz

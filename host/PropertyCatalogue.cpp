@@ -1,0 +1,233 @@
+#include "host/PropertyCatalogue.h"
+
+#include "core/data/VdPoints.h"
+#include "core/network/VbModuleInfo.h"
+#include "core/network/VbModuleRegistry.h"
+#include "core/network/VbPort.h"
+#include "core/network/VoModule.h"
+#include "core/network/VoNetwork.h"
+#include "core/processing/VoLatticeSrc.h"
+#include "core/processing/VoPointsSrc.h"
+#include "host/HostError.h"
+#include "host/PropertyEditor.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+namespace host {
+
+namespace {
+
+using Edits = std::vector<std::pair<std::string, std::string>>;
+
+// A state to try: with or without data, and the choices made from there.
+struct State {
+    bool withData = false;
+    Edits edits;
+    std::string condition;
+};
+
+core::VoNetwork& Network()
+{
+    return core::VoNetwork::Instance();
+}
+
+// A small source of what the module's first input takes, or null: eight
+// points, or 3 x 3 x 3 nodes, with two components that vary.
+std::unique_ptr<core::VoModule> SampleSource(const core::VoModule& module)
+{
+    if (module.GetInputCount() == 0)
+        return nullptr;
+    const unsigned int type = module.GetInput(0)->Type();
+    if (type & core::PortPoints) {
+        std::vector<double> coords, values;
+        for (int corner = 0; corner < 8; ++corner) {
+            coords.insert(coords.end(), {double(corner & 1), double(corner >> 1 & 1), double(corner >> 2)});
+            values.insert(values.end(), {double(corner), double(corner % 3)});
+        }
+        return std::make_unique<core::VoPointsSrc>(shr::Double, shr::Double, 8, coords.data(), values.data(), 2,
+                                                   shr::GString());
+    }
+    if (type & core::PortUniformLattice) {
+        const unsigned int dims[3] = {3, 3, 3};
+        std::vector<float> values;
+        for (int node = 0; node < 27; ++node)
+            values.insert(values.end(), {float(node % 3 + node / 9), float(node % 5)});
+        return std::make_unique<core::VoLatticeSrc>(shr::Float, dims, values.data(), 2, "");
+    }
+    return nullptr;
+}
+
+// A module of `info` in the network, fed when asked, then removed with its source.
+class Trial {
+public:
+    Trial(const core::VbModuleInfo& info, bool withData)
+    {
+        std::unique_ptr<core::VoModule> module = info.CreateInstance();
+        module->Name(info.UiName());
+        std::unique_ptr<core::VoModule> source = withData ? SampleSource(*module) : nullptr;
+        m_Module = module.get();
+        Network().AddNode(module.release(), true);
+        if (source) {
+            m_Source = source.get();
+            Network().AddNode(source.release(), true);
+            Network().ConnectNodes(*m_Module, m_Source, 0, true);
+        }
+    }
+    ~Trial()
+    {
+        Network().DeleteNode(m_Module, false);
+        if (m_Source)
+            Network().DeleteNode(m_Source, false);
+    }
+    Trial(const Trial&) = delete;
+    Trial& operator=(const Trial&) = delete;
+
+    bool HasData() const { return m_Source != nullptr; }
+    core::VoModule& Module() { return *m_Module; }
+
+private:
+    core::VoModule* m_Module = nullptr;
+    core::VoModule* m_Source = nullptr;
+};
+
+class Explorer {
+public:
+    explicit Explorer(const core::VbModuleInfo& info) : m_Info(info) {}
+
+    std::vector<CatalogueRow> Run()
+    {
+        Visit(State{});
+        // Choices are tried from the fed module, unless it takes no data.
+        State base{true, {}, "with data"};
+        Visit(base);
+        if (!m_Fed)
+            base = State{};
+        std::vector<State> revealing;
+        for (const State& next : Choices(base)) {
+            if (Visit(next))
+                revealing.push_back(next);
+        }
+        for (const State& state : revealing) {
+            for (const State& next : Choices(state))
+                Visit(next);
+        }
+        return m_Rows;
+    }
+
+private:
+    // The module's rows in `state`, in its order; empty when the state cannot be made.
+    std::vector<CatalogueRow> RowsOf(const State& state, bool& hasData) const
+    {
+        Trial trial(m_Info, state.withData);
+        hasData = trial.HasData();
+        PropertyEditor editor(trial.Module());
+        try {
+            for (const auto& edit : state.edits)
+                editor.Set(edit.first, edit.second);
+        } catch (const shr::Exception&) {
+            return {};
+        }
+        std::vector<CatalogueRow> rows;
+        for (const int id : editor.List().Order()) {
+            const HostPropertyList::RowInfo& info = *editor.List().Info(id);
+            CatalogueRow row;
+            row.id = id;
+            row.header = info.kind == "header";
+            row.key = info.key;
+            row.kind = info.kind;
+            row.label = info.label;
+            row.value = row.header ? std::string() : editor.ValueText(id);
+            row.choices = info.choices;
+            row.condition = state.condition;
+            rows.push_back(std::move(row));
+        }
+        return rows;
+    }
+
+    // Adds the rows `state` shows that no earlier state did, each after the
+    // row before it in the state's own order. True when it added any.
+    bool Visit(const State& state)
+    {
+        const std::vector<CatalogueRow> rows = RowsOf(state, m_Fed);
+        if (state.withData && !m_Fed)
+            return false;
+        bool added = false;
+        size_t at = 0;
+        for (const CatalogueRow& row : rows) {
+            const auto known = std::find_if(m_Rows.begin(), m_Rows.end(),
+                                            [&](const CatalogueRow& r) { return r.id == row.id; });
+            if (known != m_Rows.end()) {
+                at = static_cast<size_t>(known - m_Rows.begin()) + 1;
+                continue;
+            }
+            m_Rows.insert(m_Rows.begin() + static_cast<long>(at), row);
+            ++at;
+            added = true;
+        }
+        return added;
+    }
+
+    // The states one choice away from `state`: every other item of each combo
+    // and the other value of each check that `state` shows and has not set.
+    std::vector<State> Choices(const State& state)
+    {
+        bool fed = false;
+        std::vector<State> next;
+        for (const CatalogueRow& row : RowsOf(state, fed)) {
+            if (row.key.empty() || Edited(state, row.key))
+                continue;
+            if (row.kind == "check") {
+                next.push_back(With(state, row, row.value == "true" ? "false" : "true",
+                                    row.value == "true" ? "off" : "on"));
+            } else if (row.kind == "combo") {
+                for (size_t c = 0; c < row.choices.size(); ++c) {
+                    if (std::to_string(c) != row.value)
+                        next.push_back(With(state, row, std::to_string(c), row.choices[c]));
+                }
+            }
+        }
+        return next;
+    }
+
+    static bool Edited(const State& state, const std::string& key)
+    {
+        return std::any_of(state.edits.begin(), state.edits.end(),
+                           [&](const auto& edit) { return strcasecmp(edit.first.c_str(), key.c_str()) == 0; });
+    }
+
+    static State With(const State& state, const CatalogueRow& row, const std::string& value, const std::string& shown)
+    {
+        State next = state;
+        next.edits.emplace_back(row.key, value);
+        next.condition = (state.condition.empty() ? "with " : state.condition + ", ") + row.label + " = " + shown;
+        return next;
+    }
+
+    const core::VbModuleInfo& m_Info;
+    std::vector<CatalogueRow> m_Rows;
+    bool m_Fed = false; // whether the latest state visited had data
+};
+
+} // namespace
+
+std::vector<CatalogueRow> PropertyCatalogue::Explore(const std::string& type)
+{
+    const core::VbModuleInfo* info = type.empty() ? nullptr : core::VbModuleRegistry::Instance().Construct(type);
+    if (!info)
+        HOST_USER_ERROR("unknown module type \"%s\" (\"fenrak modules\" lists them)", type.c_str());
+    return Explorer(*info).Run();
+}
+
+const CatalogueRow* PropertyCatalogue::Find(const std::vector<CatalogueRow>& rows, const std::string& key)
+{
+    const auto found = std::find_if(rows.begin(), rows.end(), [&](const CatalogueRow& row) {
+        return !row.key.empty() && strcasecmp(row.key.c_str(), key.c_str()) == 0;
+    });
+    return found == rows.end() ? nullptr : &*found;
+}
+
+} // namespace host
