@@ -1,5 +1,6 @@
 #include "host/LatticeFile.h"
 
+#include "core/data/MemoryBudget.h"
 #include "core/data/VdLattice.h"
 #include "core/network/VbModuleInfo.h"
 #include "core/processing/VoLatticeSrc.h"
@@ -120,6 +121,35 @@ std::unique_ptr<core::VdLattice> LatticeFile::Read(const shr::GString& path, con
         HOST_USER_ERROR("%s: neither a NetCDF grid nor a SEG-Y cube (told from the first bytes and the size)",
                         name.c_str());
     }
+}
+
+namespace {
+
+template <class Check>
+void WithinBudget(const shr::GString& name, const std::string& what, Check check)
+{
+    try {
+        check();
+    } catch (const shr::Exception& error) {
+        HOST_USER_ERROR("%s: %s: %s take more than the memory budget of %llu bytes (%s)", name.c_str(),
+                        error.Message().c_str(), what.c_str(), (unsigned long long)core::MemoryBudget::Bytes(),
+                        core::MemoryBudget::Variable);
+    }
+}
+
+} // namespace
+
+void LatticeFile::CheckBudget(const shr::GString& name, const unsigned int dims[3], uint64_t components,
+                              shr::PrimType type, uint64_t extraBytes)
+{
+    const std::string what = shr::ToString("%u x %u x %u nodes of %llu component(s)", dims[0], dims[1], dims[2],
+                                           (unsigned long long)components);
+    WithinBudget(name, what, [&] { core::MemoryBudget::CheckLattice(dims, components, type, extraBytes); });
+}
+
+void LatticeFile::CheckBudget(const shr::GString& name, uint64_t bytes, const std::string& what)
+{
+    WithinBudget(name, what, [&] { core::MemoryBudget::Check(bytes); });
 }
 
 const char* const LatticeFileLoader::TypeName = "Lattice";

@@ -5,10 +5,15 @@
 // checked before a lattice is handed out: a bad file raises a user error that
 // names the file and the position at fault, and nothing half-made is left.
 //
+// Lattices are held to the memory budget (FENRAK_MEMORY_LIMIT): a reader
+// checks the lattice a file's headers describe, and whatever it would hold
+// besides, before allocating any of it.
+//
 // Reader settings come from the scene's "fileOptions" as key/value texts;
 // FileOptions hands them out typed and refuses keys nobody asked for, so that
 // a misspelt key is not ignored.
 #include "shr/GString.h"
+#include "shr/PrimType.h"
 
 #include <cstdint>
 #include <memory>
@@ -62,6 +67,13 @@ public:
     // Reads a lattice; `displayName` names the file in errors.
     static std::unique_ptr<core::VdLattice> Read(const shr::GString& path, const shr::GString& displayName,
                                                  const FileOptions& options);
+    // Raises the library's "Insufficient memory" error, as a user error
+    // naming the file, when a lattice of `dims` nodes (with `extraBytes` per
+    // node besides its values: coordinates, indices) exceeds the budget.
+    static void CheckBudget(const shr::GString& name, const unsigned int dims[3], uint64_t components,
+                            shr::PrimType type, uint64_t extraBytes = 0);
+    // The same for `bytes` that `what` describes ("4000 traces of 500 samples").
+    static void CheckBudget(const shr::GString& name, uint64_t bytes, const std::string& what);
 };
 
 // Joins the readers to the lattice source module, as PointSetLoader does for points.

@@ -55,11 +55,21 @@ const TypeInfo& FindType(shr::PrimType type)
     return kTypes[8];
 }
 
+// Bytes of a value of each classic type code, NC_BYTE (1) to NC_UINT64 (11).
+const uint64_t kClassicTypeBytes[12] = {0, 1, 1, 2, 4, 4, 8, 1, 2, 4, 8, 8};
+
+uint64_t Saturated(uint64_t a, uint64_t b)
+{
+    return b != 0 && a > std::numeric_limits<uint64_t>::max() / b ? std::numeric_limits<uint64_t>::max() : a * b;
+}
+
 // The classic formats (CDF-1, 2 and 5) keep every variable at an offset
 // that the header gives, and the library reads zeros past the end of a cut
 // file; it also allocates by the header's counts before checking them. The
 // header is walked here first: every count must fit in the file, and every
-// variable must end within it. Returns what is wrong, or an empty text.
+// variable, at the size its dimensions and type give (the record count
+// times a record's slab for a record variable), must end within it. Returns
+// what is wrong, or an empty text.
 class ClassicHeader {
 public:
     explicit ClassicHeader(const std::string& path) : m_File(path, std::ios::binary | std::ios::ate)
@@ -76,18 +86,30 @@ public:
             return std::string();
         m_Wide = magic[3] == 5;
         const bool offsets64 = magic[3] != 1;
-        Count(); // records
-        SkipDimensions();
+        m_Records = Count();
+        // A file being written says "streaming": the library counts the records from the size.
+        if (m_Records == (m_Wide ? ~uint64_t(0) : 0xFFFFFFFFu))
+            m_Records = 0;
+        ReadDimensions();
         SkipAttributes();
         for (uint64_t v = 0, n = ListCount(); v < n && m_File; ++v) {
             const std::string name = Name();
-            for (uint64_t d = 0, dims = Bounded(Count(), NC_MAX_VAR_DIMS); d < dims; ++d)
-                Count();
+            bool record = false;
+            uint64_t slab = 1;
+            for (uint64_t d = 0, dims = Bounded(Count(), NC_MAX_VAR_DIMS); d < dims && m_File; ++d) {
+                const uint64_t length = DimensionLength(Count());
+                record = record || (d == 0 && length == 0);
+                slab = d == 0 && length == 0 ? slab : Saturated(slab, length);
+            }
             SkipAttributes();
-            Word(); // type
-            const uint64_t size = Count();
+            const uint64_t type = Word();
+            if (type == 0 || type >= 12)
+                m_File.setstate(std::ios::failbit);
+            Count(); // the header's own size of the variable, which the library does not trust either
             const uint64_t begin = offsets64 ? Long() : Word();
-            if (m_File && (begin > m_Size || size > m_Size - begin))
+            const uint64_t bytes = m_File ? kClassicTypeBytes[type] : 0;
+            const uint64_t extent = Saturated(Saturated(slab, bytes), record ? m_Records : 1);
+            if (m_File && (begin > m_Size || extent > m_Size - begin))
                 return "variable \"" + name + "\" runs past the end of the file: the file is cut short";
         }
         return m_File ? std::string() : std::string("the header is damaged or cut short");
@@ -128,27 +150,37 @@ private:
         m_File.seekg(std::streamoff((4 - length % 4) % 4), std::ios::cur);
         return name;
     }
-    void SkipDimensions()
+    void ReadDimensions()
     {
         for (uint64_t d = 0, n = ListCount(); d < n && m_File; ++d) {
             Name();
-            Count();
+            m_Dimensions.push_back(Count());
         }
+    }
+    // The length of a dimension by its id; 0 for the record dimension.
+    uint64_t DimensionLength(uint64_t id)
+    {
+        if (id >= m_Dimensions.size()) {
+            m_File.setstate(std::ios::failbit);
+            return 0;
+        }
+        return m_Dimensions[size_t(id)];
     }
     void SkipAttributes()
     {
-        static const int kSizes[12] = {0, 1, 1, 2, 4, 4, 8, 1, 2, 4, 8, 8};
         for (uint64_t a = 0, n = ListCount(); a < n && m_File; ++a) {
             Name();
             const uint64_t type = Word();
             const uint64_t count = Bounded(Count(), m_Size);
-            Skip(count * uint64_t(type < 12 ? kSizes[type] : 1));
+            Skip(count * (type < 12 ? kClassicTypeBytes[type] : 1));
         }
     }
 
     std::ifstream m_File;
     uint64_t m_Size = 0;
     bool m_Wide = false;
+    uint64_t m_Records = 0;
+    std::vector<uint64_t> m_Dimensions;
 };
 
 std::string Lower(std::string text)
@@ -305,11 +337,13 @@ private:
 
     void ReadOldGmtShape()
     {
-        int size[2] = {0, 0};
-        double xr[2] = {0, 0}, yr[2] = {0, 0};
-        Check(nc_get_var_int(m_File.id, VarId("dimension"), size), "variable \"dimension\"");
-        Check(nc_get_var_double(m_File.id, VarId("x_range"), xr), "variable \"x_range\"");
-        Check(nc_get_var_double(m_File.id, VarId("y_range"), yr), "variable \"y_range\"");
+        double dimension[2] = {0, 0}, xr[2] = {0, 0}, yr[2] = {0, 0};
+        ReadPair("dimension", dimension);
+        ReadPair("x_range", xr);
+        ReadPair("y_range", yr);
+        if (!(dimension[0] >= 1.0 && dimension[0] <= INT32_MAX && dimension[1] >= 1.0 && dimension[1] <= INT32_MAX))
+            Fail("variable \"dimension\": %g x %g is not a grid size", dimension[0], dimension[1]);
+        const int size[2] = {int(dimension[0]), int(dimension[1])};
         const int z = VarId("z");
         const std::vector<int> dims = VarDims(z);
         if (size[0] < 1 || size[1] < 1 || dims.size() != 1 || DimLength(dims[0]) != size_t(size[0]) * size_t(size[1]))
@@ -317,14 +351,24 @@ private:
                  size[0], size[1]);
         const std::vector<double> offset = NumberAttribute(z, "node_offset");
         const double pixel = !offset.empty() && offset[0] == 1.0 ? 1.0 : 0.0;
-        m_Dims[0] = unsigned(size[0]);
-        m_Dims[1] = unsigned(size[1]);
-        m_Dims[2] = 1;
+        m_Components.push_back(MakeComponent(z));
+        const size_t lengths[3] = {size_t(size[0]), size_t(size[1]), 1};
+        CheckShape("z", lengths);
         m_Axes[0] = Steps(xr[0], xr[1], m_Dims[0], pixel, false);
         m_Axes[1] = Steps(yr[0], yr[1], m_Dims[1], pixel, true); // rows from the north
         m_Axes[2] = {0.0};
-        m_Components.push_back(MakeComponent(z));
         FinishAxes();
+    }
+
+    // A variable of exactly two numbers (the library reads a whole variable
+    // into the buffer it is given).
+    void ReadPair(const char* name, double pair[2]) const
+    {
+        const int id = VarId(name);
+        const std::vector<int> dims = VarDims(id);
+        if (dims.size() != 1 || DimLength(dims[0]) != 2)
+            Fail("variable \"%s\" must hold two numbers", name);
+        Check(nc_get_var_double(m_File.id, id, pair), (std::string("variable \"") + name + "\"").c_str());
     }
 
     static std::vector<double> Steps(double low, double high, unsigned int n, double pixel, bool downward)
@@ -338,6 +382,27 @@ private:
         return coords;
     }
 
+    // Takes the lattice's node counts once they are known to be a lattice
+    // within the memory budget (its values, and a position per node along
+    // each axis), before anything is allocated by them.
+    void CheckShape(const std::string& variable, const size_t lengths[3])
+    {
+        uint64_t nodes = 1;
+        for (int axis = 0; axis < 3; ++axis) {
+            if (lengths[axis] == 0)
+                Fail("variable \"%s\" holds no values: one of its dimensions is empty", variable.c_str());
+            nodes = Saturated(nodes, lengths[axis]);
+        }
+        if (Saturated(nodes, m_Components.size()) > core::VdLattice::MaxNodes)
+            Fail("%zu x %zu x %zu nodes of %zu components are more than a lattice holds", lengths[0], lengths[1],
+                 lengths[2], m_Components.size());
+        for (int axis = 0; axis < 3; ++axis)
+            m_Dims[axis] = unsigned(lengths[axis]);
+        LatticeFile::CheckBudget(m_Name, m_Dims, m_Components.size(), m_Components.front().outType);
+        LatticeFile::CheckBudget(m_Name, (uint64_t(m_Dims[0]) + m_Dims[1] + m_Dims[2]) * sizeof(double),
+                                 "the axes' positions");
+    }
+
     // --- CF files
 
     void ReadCfShape()
@@ -345,9 +410,12 @@ private:
         ChooseVariables();
         const std::vector<int> dims = DataDims(m_Components.front().varid);
         m_NcDims = dims;
+        size_t lengths[3] = {1, 1, 1};
+        for (size_t axis = 0; axis < dims.size(); ++axis)
+            lengths[axis] = DimLength(dims[dims.size() - 1 - axis]);
+        CheckShape(m_Components.front().name, lengths);
         for (int axis = 0; axis < 3; ++axis) {
             const size_t d = dims.size() - 1 - size_t(axis);
-            m_Dims[axis] = axis < int(dims.size()) ? unsigned(DimLength(dims[d])) : 1u;
             m_Axes[axis] = axis < int(dims.size()) ? DimensionCoords(dims[d]) : std::vector<double>{0.0};
         }
         if (!ReadAuxiliaryCoords())
@@ -489,6 +557,9 @@ private:
         }
         if (axisVar[0] < 0 || axisVar[1] < 0)
             return false;
+        // Each node's position, and one coordinate at a time as it is read.
+        LatticeFile::CheckBudget(m_Name, m_Dims, m_Components.size(), m_Components.front().outType,
+                                 4 * sizeof(double));
         const size_t nodes = NodeCount();
         m_Coords.assign(nodes * 3, 0.0);
         std::vector<double> values(nodes);
@@ -628,9 +699,6 @@ private:
 
     std::unique_ptr<core::VdLattice> MakeLattice() const
     {
-        if (uint64_t(m_Dims[0]) * m_Dims[1] * m_Dims[2] * m_Components.size() > core::VdLattice::MaxNodes)
-            Fail("%u x %u x %u nodes of %zu components are more than a lattice holds", m_Dims[0], m_Dims[1],
-                 m_Dims[2], m_Components.size());
         const unsigned int count = unsigned(m_Components.size());
         const shr::PrimType type = m_Components.front().outType;
         if (!m_Coords.empty())

@@ -197,6 +197,9 @@ public:
     std::unique_ptr<core::VdLattice> Read()
     {
         ReadLayout();
+        // The samples are stored whole: a lattice holds at least all of them.
+        LatticeFile::CheckBudget(m_Name, uint64_t(m_Layout.traceCount) * uint64_t(m_Layout.traceBytes),
+                                 shr::ToString("its %ld traces of %d samples", m_Layout.traceCount, m_Layout.samples));
         Open();
         ReadTraceHeads();
         IndexLines();
@@ -303,6 +306,11 @@ private:
         if (nodes > core::VdLattice::MaxNodes)
             Fail("%zu inlines, %zu crosslines and %d samples are more nodes than a lattice holds", m_Inlines.size(),
                  m_Crosslines.size(), m_Layout.samples);
+        // Line numbers far apart make a lattice far larger than the file.
+        const unsigned int dims[3] = {Dims(0), Dims(1), Dims(2)};
+        LatticeFile::CheckBudget(m_Name, dims, 1, SampleType(m_Layout.format));
+        LatticeFile::CheckBudget(m_Name, uint64_t(dims[0]) * dims[1] * sizeof(long),
+                                 shr::ToString("the index of %u x %u trace positions", dims[0], dims[1]));
         MapTraces();
     }
 
@@ -470,6 +478,7 @@ private:
     std::unique_ptr<core::VdLattice> MakeCurvilinear() const
     {
         const unsigned int dims[3] = {Dims(0), Dims(1), Dims(2)};
+        LatticeFile::CheckBudget(m_Name, dims, 1, SampleType(m_Layout.format), 3 * sizeof(double));
         const size_t columns = size_t(dims[0]) * dims[1];
         std::vector<Vec2> column(columns);
         for (size_t node = 0; node < columns; ++node) {

@@ -177,7 +177,8 @@ void Validate(const Json& value, const Json& schema, const std::string& where)
             const std::string t = type;
             matched = matched || (t == "object" && value.is_object()) || (t == "array" && value.is_array()) ||
                       (t == "string" && value.is_string()) || (t == "number" && value.is_number()) ||
-                      (t == "integer" && value.is_number_integer()) || (t == "null" && value.is_null());
+                      (t == "integer" && value.is_number_integer()) || (t == "boolean" && value.is_boolean()) ||
+                      (t == "null" && value.is_null());
         }
         ASSERT_TRUE(matched) << where << ": " << value.dump() << " is not " << types.dump();
     }
@@ -207,16 +208,21 @@ void Validate(const Json& value, const Json& schema, const std::string& where)
     }
 }
 
-TEST(RenderReport, FollowsItsSchemaAndCarriesWhatModulesCompute)
+Json RenderedReport(const std::string& input, const ScratchFolder& folder)
 {
-    ScratchFolder folder;
-    const std::string scene = folder.Write("scene.json", kScene);
-    const hosttest::CommandResult result = hosttest::Render({scene, "--report", folder.Path("report.json")});
-    ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_FALSE(hosttest::FileExists("out.png")); // a report alone draws nothing
+    const hosttest::CommandResult result = hosttest::Render({input, "--report", folder.Path("report.json")});
+    EXPECT_EQ(result.status, 0) << result.err;
     const Json report = Json::parse(ReadFile(folder.Path("report.json")));
     const Json schema = Json::parse(ReadFile(FENRAK_SOURCE_DATA_DIR "/schemas/report.schema.json"));
     Validate(report, schema, "report");
+    return report;
+}
+
+TEST(RenderReport, FollowsItsSchemaAndCarriesWhatModulesCompute)
+{
+    ScratchFolder folder;
+    const Json report = RenderedReport(folder.Write("scene.json", kScene), folder);
+    EXPECT_FALSE(hosttest::FileExists("out.png")); // a report alone draws nothing
     const Json& field = report["modules"][0];
     EXPECT_EQ(field["outputs"][0]["kind"], "Uniform lattice");
     EXPECT_EQ(field["outputs"][0]["nodes"], Json({6, 5, 4}));
@@ -228,6 +234,26 @@ TEST(RenderReport, FollowsItsSchemaAndCarriesWhatModulesCompute)
     for (const Json& row : shell["values"])
         volume = volume || (row["key"] == "IsoSurfaceVolume" && std::stod(row["text"].get<std::string>()) > 0.0);
     EXPECT_TRUE(volume) << shell["values"].dump();
+}
+
+// A point file drawn with the default scene: the report says which column
+// went where and how many cells were below detection.
+TEST(RenderReport, SaysWhatEachPointFileWasReadAs)
+{
+    ScratchFolder folder;
+    const Json report = RenderedReport(std::string(FENRAK_HOST_FILES) + "/soil.csv", folder);
+    const Json& reading = report["modules"][0]["reading"];
+    EXPECT_EQ(reading["points"], 30);
+    EXPECT_EQ(reading["x"], "Xloc");
+    EXPECT_EQ(reading["y"], "Yloc");
+    EXPECT_TRUE(reading["z"].is_null());
+    EXPECT_EQ(reading["label"], "Id");
+    EXPECT_EQ(reading["unused"], Json({"long", "lat"}));
+    EXPECT_EQ(reading["below_detection"], "blank");
+    EXPECT_EQ(reading["values"], Json::parse(R"([{"column": "Cd", "below_detection": 5},
+        {"column": "Zn", "below_detection": 2}, {"column": "Pb", "below_detection": 0}])"));
+    for (size_t m = 1; m < report["modules"].size(); ++m)
+        EXPECT_FALSE(report["modules"][m].contains("reading")) << report["modules"][m]["name"];
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "HostTestSupport.h"
 #include "SegyFileMaker.h"
 
+#include "core/data/MemoryBudget.h"
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
@@ -305,6 +306,85 @@ TEST(NetcdfGrid, DamagedFilesAreRefused)
     EXPECT_THAT(ReadError(folder.Path("head.nc")), testing::HasSubstr("cube: "));
     EXPECT_THAT(ReadError(folder.Path("whole.nc"), {{"variable", "nothing"}}),
                 testing::HasSubstr("no variable \"nothing\""));
+    // The first dimension, z, claims a million layers: the header's own
+    // variable sizes still say 4, but the data would run past the end.
+    std::string lying = bytes;
+    ASSERT_EQ(lying.substr(20, 1), "z");
+    lying.replace(24, 4, std::string("\x00\x10\x00\x00", 4));
+    folder.Write("lying.nc", lying);
+    EXPECT_THAT(ReadError(folder.Path("lying.nc")), testing::HasSubstr("runs past the end of the file"));
+    {
+        NcFile nc(folder.Path("empty.nc"));
+        nc.Var("v", NC_FLOAT, {nc.Dim("t", NC_UNLIMITED), nc.Dim("x", 3)});
+        NcFile old(folder.Path("old.grd"));
+        const int three = old.Dim("three", 3);
+        old.Var("dimension", NC_INT, {three}), old.Var("x_range", NC_DOUBLE, {three});
+        old.Var("y_range", NC_DOUBLE, {three}), old.Var("z", NC_FLOAT, {old.Dim("xysize", 6)});
+    }
+    EXPECT_THAT(ReadError(folder.Path("empty.nc")),
+                testing::HasSubstr("cube: variable \"v\" holds no values: one of its dimensions is empty"));
+    EXPECT_THAT(ReadError(folder.Path("old.grd")),
+                testing::HasSubstr("cube: variable \"dimension\" must hold two numbers"));
+}
+
+// A lattice file is a module's data in a scene, with its own errors named
+// there, never a scene itself.
+TEST(LatticeFile, ScenesReadLatticeFilesAndAFileIsNoScene)
+{
+    ScratchFolder folder;
+    SegyCube().Write(folder.Path("cube.sgy"));
+    const std::string scene = folder.Write("scene.json", R"({"modules": [
+        {"name": "Cube", "type": "Lattice", "file": "cube.sgy"},
+        {"name": "Section", "type": "OrthoImage", "inputs": ["Cube"]}]})");
+    const hosttest::CommandResult drawn = hosttest::Render({scene, "--stats"});
+    EXPECT_EQ(drawn.status, 0) << drawn.err;
+    EXPECT_THAT(drawn.out, testing::ContainsRegex("Section +OrthoImage +ok +[0-9.]+ +[1-9]"));
+    const std::pair<std::string, std::string> refused[] = {
+        {folder.Path("cube.sgy"), "cube.sgy: a SEG-Y cube, not a scene: name it in a scene's module"},
+        {folder.Write("bad.json", R"({"modules": [{"name": "Cube", "type": "Lattice", "file": "scene.json"}]})"),
+         "module \"Cube\": scene.json: neither a NetCDF grid nor a SEG-Y cube"},
+        {folder.Write("gone.json", R"({"modules": [{"name": "Cube", "type": "Lattice", "file": "gone.nc"}]})"),
+         "module \"Cube\": lattice file \"gone.nc\" not found"},
+    };
+    for (const auto& c : refused) {
+        const hosttest::CommandResult result = hosttest::Render({c.first, "-o", folder.Path("out.png")});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.err, testing::HasSubstr(c.second));
+    }
+    EXPECT_FALSE(hosttest::FileExists(folder.Path("out.png")));
+}
+
+// Lattices larger than the memory budget are refused before they are made:
+// a file larger than it, and a SEG-Y file whose line numbers spread a few
+// traces over a large lattice.
+TEST(LatticeFile, LatticesBeyondTheMemoryBudgetAreRefused)
+{
+    ScratchFolder folder;
+    SegyCube cube;
+    cube.Write(folder.Path("cube.sgy"));
+    SegyCube line;
+    line.inlines = 1, line.crosslines = 12;
+    std::vector<unsigned char> diagonal = line.Bytes();
+    for (size_t t = 0; t < 12; ++t)
+        diagonal[3600 + t * 260 + 188 + 3] = static_cast<unsigned char>(t); // inline t, crossline t
+    std::ofstream(folder.Path("diagonal.sgy"), std::ios::binary)
+        .write(reinterpret_cast<const char*>(diagonal.data()), long(diagonal.size()));
+    const unsigned dims[3] = {10, 10, 10};
+    host::NetcdfGrid::Write(core::VdUniformLattice(shr::Float, dims, nullptr, 1), folder.Path("grid.nc"), "grid.nc");
+    const std::string budget = "take more than the memory budget of 1000 bytes (FENRAK_MEMORY_LIMIT)";
+    const std::pair<const char*, std::string> cases[] = {
+        {"diagonal.sgy", "cube: Insufficient memory to perform operation: 12 x 12 x 5 nodes of 1 component(s) " + budget},
+        {"grid.nc", "cube: Insufficient memory to perform operation: 10 x 10 x 10 nodes of 1 component(s) " + budget},
+    };
+    core::MemoryBudget::SetBytes(1000);
+    EXPECT_NO_THROW(ReadLattice(folder.Path("cube.sgy"))); // 240 bytes of samples
+    for (const auto& c : cases)
+        EXPECT_EQ(ReadError(folder.Path(c.first)), c.second);
+    core::MemoryBudget::SetBytes(200);
+    EXPECT_EQ(ReadError(folder.Path("cube.sgy")),
+              "cube: Insufficient memory to perform operation: its 12 traces of 5 samples " +
+                  std::string("take more than the memory budget of 200 bytes (FENRAK_MEMORY_LIMIT)"));
+    core::MemoryBudget::SetBytes(0);
 }
 
 } // namespace
