@@ -102,13 +102,10 @@ public:
                 slab = d == 0 && length == 0 ? slab : Saturated(slab, length);
             }
             SkipAttributes();
-            const uint64_t type = Word();
-            if (type == 0 || type >= 12)
-                m_File.setstate(std::ios::failbit);
+            const uint64_t type = Type();
             Count(); // the header's own size of the variable, which the library does not trust either
             const uint64_t begin = offsets64 ? Long() : Word();
-            const uint64_t bytes = m_File ? kClassicTypeBytes[type] : 0;
-            const uint64_t extent = Saturated(Saturated(slab, bytes), record ? m_Records : 1);
+            const uint64_t extent = Saturated(Saturated(slab, kClassicTypeBytes[type]), record ? m_Records : 1);
             if (m_File && (begin > m_Size || extent > m_Size - begin))
                 return "variable \"" + name + "\" runs past the end of the file: the file is cut short";
         }
@@ -166,13 +163,22 @@ private:
         }
         return m_Dimensions[size_t(id)];
     }
+    // A type code of the format (CDF-5 adds the unsigned and 64-bit
+    // types); the library sizes what it allocates by it, whatever it is.
+    uint64_t Type()
+    {
+        const uint64_t type = Word();
+        if (type == 0 || type > (m_Wide ? 11u : 6u))
+            m_File.setstate(std::ios::failbit);
+        return m_File ? type : 0;
+    }
     void SkipAttributes()
     {
         for (uint64_t a = 0, n = ListCount(); a < n && m_File; ++a) {
             Name();
-            const uint64_t type = Word();
+            const uint64_t type = Type();
             const uint64_t count = Bounded(Count(), m_Size);
-            Skip(count * (type < 12 ? kClassicTypeBytes[type] : 1));
+            Skip(count * kClassicTypeBytes[type]);
         }
     }
 

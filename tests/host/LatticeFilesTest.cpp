@@ -313,6 +313,12 @@ TEST(NetcdfGrid, DamagedFilesAreRefused)
     lying.replace(24, 4, std::string("\x00\x10\x00\x00", 4));
     folder.Write("lying.nc", lying);
     EXPECT_THAT(ReadError(folder.Path("lying.nc")), testing::HasSubstr("runs past the end of the file"));
+    // An attribute of a type the format lacks, which the library would size
+    // an allocation by.
+    std::string typeless = bytes;
+    typeless[typeless.find("Conventions") + 15] = 12;
+    folder.Write("typeless.nc", typeless);
+    EXPECT_THAT(ReadError(folder.Path("typeless.nc")), testing::HasSubstr("cube: the header is damaged"));
     {
         NcFile nc(folder.Path("empty.nc"));
         nc.Var("v", NC_FLOAT, {nc.Dim("t", NC_UNLIMITED), nc.Dim("x", 3)});
