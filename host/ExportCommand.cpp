@@ -6,6 +6,7 @@
 #include "core/network/VbPort.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
+#include "host/CommandLine.h"
 #include "host/HostError.h"
 #include "host/HostUiProxy.h"
 #include "host/NetcdfGrid.h"
@@ -129,13 +130,6 @@ void Execute(const ExportOptions& options, std::ostream& err, const HostUiProxy&
     outputs.Commit();
 }
 
-const std::string& TakeValue(const std::vector<std::string>& args, size_t& i)
-{
-    if (i + 1 >= args.size())
-        HOST_USER_ERROR("export: %s needs a value", args[i].c_str());
-    return args[++i];
-}
-
 } // namespace
 
 ExportOptions ExportCommand::ParseArguments(const std::vector<std::string>& args)
@@ -144,15 +138,11 @@ ExportOptions ExportCommand::ParseArguments(const std::vector<std::string>& args
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
         if (arg == "-o" || arg == "--output")
-            options.output = TakeValue(args, i);
+            options.output = CommandLine::TakeValue("export", args, i);
         else if (arg == "--module" || arg == "-m")
-            options.module = TakeValue(args, i);
-        else if (!arg.empty() && arg[0] == '-')
-            HOST_USER_ERROR("export: unknown option \"%s\"", arg.c_str());
-        else if (!options.scene.empty())
-            HOST_USER_ERROR("export: one scene at a time (\"%s\" and \"%s\")", options.scene.c_str(), arg.c_str());
+            options.module = CommandLine::TakeValue("export", args, i);
         else
-            options.scene = arg;
+            CommandLine::TakeInput("export", arg, options.scene);
     }
     if (options.module.empty())
         HOST_USER_ERROR("export: name the module to write with --module NAME");

@@ -80,7 +80,8 @@ void FileOptions::CheckAllUsed(const char* format) const
 {
     for (const auto& pair : m_Pairs) {
         if (!m_Used.count(pair.first))
-            HOST_USER_ERROR("%s: \"fileOptions\": %s", m_Where.c_str(), shr::ToString(format, pair.first.c_str()).c_str());
+            HOST_USER_ERROR("%s: \"fileOptions\": %s", m_Where.c_str(),
+                            shr::ToString(format, pair.first.c_str()).c_str());
     }
 }
 

@@ -779,7 +779,8 @@ private:
         const std::vector<double> matrix = NumberAttribute(NC_GLOBAL, kTransformAttribute);
         if (matrix.empty())
             return;
-        if (matrix.size() != 16 || !std::all_of(matrix.begin(), matrix.end(), [](double v) { return std::isfinite(v); }))
+        const auto finite = [](double v) { return std::isfinite(v); };
+        if (matrix.size() != 16 || !std::all_of(matrix.begin(), matrix.end(), finite))
             Fail("global attribute \"%s\" must be 16 numbers", kTransformAttribute);
         lattice.SetUserTransform(shr::Mat4d(matrix.data()));
     }

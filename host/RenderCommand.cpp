@@ -1,5 +1,6 @@
 #include "host/RenderCommand.h"
 
+#include "host/CommandLine.h"
 #include "host/HostError.h"
 #include "host/HostUiProxy.h"
 #include "host/NetworkDocument.h"
@@ -16,13 +17,6 @@
 namespace host {
 
 namespace {
-
-const std::string& TakeValue(const std::vector<std::string>& args, size_t& i)
-{
-    if (i + 1 >= args.size())
-        HOST_USER_ERROR("render: %s needs a value", args[i].c_str());
-    return args[++i];
-}
 
 // The outputs the options name, each checked before anything is computed.
 void AddOutputs(const RenderOptions& options, OutputFiles& outputs)
@@ -87,24 +81,20 @@ RenderOptions RenderCommand::ParseArguments(const std::vector<std::string>& args
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
         if (arg == "-o" || arg == "--output")
-            options.picture = TakeValue(args, i);
+            options.picture = CommandLine::TakeValue("render", args, i);
         else if (arg == "--iv")
-            options.inventor = TakeValue(args, i);
+            options.inventor = CommandLine::TakeValue("render", args, i);
         else if (arg == "--save")
-            options.document = TakeValue(args, i);
+            options.document = CommandLine::TakeValue("render", args, i);
         else if (arg == "--size") {
-            SceneFile::ParseSize(TakeValue(args, i), options.width, options.height);
+            SceneFile::ParseSize(CommandLine::TakeValue("render", args, i), options.width, options.height);
             options.sizeGiven = true;
         } else if (arg == "--stats")
             options.stats = true;
         else if (arg == "--report")
-            options.report = TakeValue(args, i);
-        else if (!arg.empty() && arg[0] == '-')
-            HOST_USER_ERROR("render: unknown option \"%s\"", arg.c_str());
-        else if (!options.scene.empty())
-            HOST_USER_ERROR("render: one scene at a time (\"%s\" and \"%s\")", options.scene.c_str(), arg.c_str());
+            options.report = CommandLine::TakeValue("render", args, i);
         else
-            options.scene = arg;
+            CommandLine::TakeInput("render", arg, options.scene);
     }
     if (options.picture.empty() && options.inventor.empty() && options.document.empty() && !options.stats &&
         options.report.empty())

@@ -28,11 +28,14 @@ core::VoNetwork& Network()
     return core::VoNetwork::Instance();
 }
 
+// Each command starts from the network a fresh process has: no modules, and
+// the background that a scene's global settings may have changed put back.
 void Clear()
 {
     Network().WaitUntilDone(2000);
     Network().DeleteAllNodes();
     Network().SetModified(false);
+    Network().SetBackgroundColor(shr::Color4b::Black); // the network starts with it
 }
 
 LoadedScene BuildAndRun(const SceneDescription& scene)

@@ -2,6 +2,7 @@
 
 #include "core/graphics/InvPlaneDragger.h"
 #include "core/network/VoNetwork.h"
+#include "host/CommandLine.h"
 #include "host/HostError.h"
 #include "host/HostUiProxy.h"
 #include "host/OutputFiles.h"
@@ -291,13 +292,6 @@ void OpenAtSize(QMainWindow& window, SceneViewer& viewer, const SceneView& view)
     QApplication::processEvents();
 }
 
-const std::string& TakeValue(const std::vector<std::string>& args, size_t& i)
-{
-    if (i + 1 >= args.size())
-        HOST_USER_ERROR("view: %s needs a value", args[i].c_str());
-    return args[++i];
-}
-
 void Show(const ViewOptions& options, std::ostream& err, const std::function<void(ViewSession&)>& script)
 {
     if (!ViewCommand::DisplayAvailable())
@@ -365,19 +359,15 @@ ViewOptions ViewCommand::ParseArguments(const std::vector<std::string>& args)
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
         if (arg == "--screenshot")
-            options.screenshot = TakeValue(args, i);
+            options.screenshot = CommandLine::TakeValue("view", args, i);
         else if (arg == "--quit-after") {
-            const std::string& text = TakeValue(args, i);
+            const std::string& text = CommandLine::TakeValue("view", args, i);
             char* end = nullptr;
             options.quitAfter = std::strtod(text.c_str(), &end);
             if (text.empty() || *end || !(options.quitAfter >= 0.0) || options.quitAfter > 86400.0)
                 HOST_USER_ERROR("view: --quit-after takes seconds from 0 to 86400, not \"%s\"", text.c_str());
-        } else if (!arg.empty() && arg[0] == '-')
-            HOST_USER_ERROR("view: unknown option \"%s\"", arg.c_str());
-        else if (!options.scene.empty())
-            HOST_USER_ERROR("view: one scene at a time (\"%s\" and \"%s\")", options.scene.c_str(), arg.c_str());
-        else
-            options.scene = arg;
+        } else
+            CommandLine::TakeInput("view", arg, options.scene);
     }
     if (!options.screenshot.empty() && options.quitAfter < 0.0)
         HOST_USER_ERROR("view: --screenshot needs --quit-after SECONDS");
