@@ -44,9 +44,9 @@ const FormatName kFormats[] = {
 const char* KindName(ExportCommand::Format format)
 {
     switch (format) {
-    case ExportCommand::Format::Points: return "a point set";
+    case ExportCommand::Format::Points: return "point set";
     case ExportCommand::Format::Geometry: return "geometry";
-    default: return "a lattice";
+    default: return "lattice";
     }
 }
 

@@ -48,9 +48,13 @@ LoadedScene BuildAndRun(const SceneDescription& scene)
     return LoadedScene{scene.view, builder.Warnings(), builder.Readings()};
 }
 
-// A lattice file is drawn through a scene that says how; it is not a scene itself.
+// A lattice file is drawn through a scene that says how; it is not a scene
+// itself. (A document is told by its header first: its bytes could pass for
+// a SEG-Y file's.)
 void RefuseLatticeFile(const std::string& path)
 {
+    if (NetworkDocument::IsDocument(path))
+        return;
     const LatticeFormat format = LatticeFile::Detect(path);
     if (format == LatticeFormat::Unknown)
         return;

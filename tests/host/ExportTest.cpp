@@ -152,7 +152,7 @@ TEST(ExportCommand, WritesTheModuleOutputOrRefusesWithoutLeavingFiles)
         {{scene, "--module", "Field", "-o", folder.Path("field.nc")}, 0, ""},
         {{scene, "--module", "Field", "-o", folder.Path("field.vts")}, 0, ""},
         {{scene, "--module", "Shell", "-o", folder.Path("shell.iv")}, 0, ""},
-        {{scene, "--module", "Shell", "-o", folder.Path("shell.vti")}, 1, "module \"Shell\" gives no a lattice"},
+        {{scene, "--module", "Shell", "-o", folder.Path("shell.vti")}, 1, "module \"Shell\" gives no lattice for"},
         {{scene, "--module", "Nothing", "-o", folder.Path("x.nc")}, 1, "no module named \"Nothing\""},
         {{scene, "--module", "Field", "-o", folder.Path("x.png")}, 1, "name a file ending in .nc"},
         {{scene, "--module", "Field", "-o", folder.Path("no/such/x.nc")}, 1, "does not exist"},
