@@ -2,6 +2,7 @@
 
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
+#include "host/LatticeFile.h"
 #include "host/PointSetLoader.h"
 #include "shr/Exception.h"
 #include "shr/Logger.h"
@@ -153,7 +154,10 @@ void HostUiProxy::Progress(double fraction)
 void HostUiProxy::ReloadDataFile(core::VoModule& module, const shr::GString& path)
 {
     try {
-        PointSetLoader::Reload(module, path);
+        if (LatticeFileLoader::IsLatticeSource(module))
+            LatticeFileLoader::Reload(module, path);
+        else
+            PointSetLoader::Reload(module, path);
         StatusMsg("reloaded %s", path.c_str());
     } catch (const shr::Exception& error) {
         std::lock_guard<std::mutex> lock(m_Mutex);

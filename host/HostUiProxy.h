@@ -52,8 +52,8 @@ public:
     void PopProgress() override;
     void ProgressText(const char* text) override;
     void Progress(double fraction) override;
-    // Reads the point file again into the point-set module; a failure is kept
-    // as the module's load error.
+    // Reads the file again into the point-set or lattice source; a failure
+    // is kept as the module's load error.
     void ReloadDataFile(core::VoModule& module, const shr::GString& path) override;
     // Answers a well data module's "Import" (see WellImport).
     void DoCommand(const shr::CommandOptions& command) override;
