@@ -60,11 +60,19 @@ std::vector<unsigned char> Store(T& object, int version = shr::Archive::CurrentV
 }
 
 // Reads all but the last `cut` bytes into `object`; returns the bytes left unread.
+// A failed load leaves what it made to the caller, as a host's loader is left
+// it: this disposes of it and throws on.
 template <class T>
 uint64_t Load(T& object, const std::vector<unsigned char>& bytes, size_t cut = 0, const char* path = "")
 {
     shr::Archive archive(bytes.data(), bytes.size() - cut, path);
-    object.Serialize(archive);
+    try {
+        object.Serialize(archive);
+    } catch (...) {
+        for (shr::CTypedObject* made : archive.CreatedObjects())
+            delete made;
+        throw;
+    }
     return archive.BytesRemaining();
 }
 
