@@ -5,8 +5,9 @@
 // same numbers; AVX2 takes four doubles at a time.
 //
 // The thread sanitizer's runtime is not yet up when the loader makes that
-// choice, so its builds keep the baseline form alone.
-#if defined(__SANITIZE_THREAD__)
+// choice, so its builds keep the baseline form alone; so do clang's builds
+// (the fuzz targets), as clang does not clone function templates.
+#if defined(__SANITIZE_THREAD__) || defined(__clang__)
 #define FENRAK_VECTOR_CLONES
 #else
 #define FENRAK_VECTOR_CLONES __attribute__((target_clones("avx2", "default")))
