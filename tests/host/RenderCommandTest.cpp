@@ -241,12 +241,15 @@ TEST(RenderCommand, SampleSceneDrawsSurfaces)
     ASSERT_EQ(result.status, 0) << result.err;
     const render::Image image = ReadPng(picture);
     const shr::Color4b background = image.At(0, 0);
-    int drawn = 0;
+    int drawn = 0, seeThrough = 0;
     for (int y = 0; y < image.Height(); ++y) {
-        for (int x = 0; x < image.Width(); ++x)
+        for (int x = 0; x < image.Width(); ++x) {
             drawn += image.At(x, y) != background;
+            seeThrough += image.At(x, y).a != 255;
+        }
     }
     EXPECT_GT(drawn, 80 * 60 / 20); // the surfaces cover a good part of the view
+    EXPECT_EQ(seeThrough, 0) << "the translucent shell leaves the picture opaque";
 }
 
 // The built-in scene: a translucent shell with a core inside, a vertical
