@@ -28,8 +28,7 @@ constexpr unsigned int kRunBlock = 256;
 
 // The length of each node's gradient: the square root of the sum of the
 // squared gradients, in gradient order. Built for the vector units at hand.
-__attribute__((target_clones("avx512f", "avx2", "default"))) void Norms(const double* gradients, size_t stride,
-                                                                        size_t count, size_t nodes, double* out)
+FENRAK_VECTOR_CLONES void Norms(const double* gradients, size_t stride, size_t count, size_t nodes, double* out)
 {
     for (size_t x = 0; x < nodes; ++x)
         out[x] = gradients[x] * gradients[x];
