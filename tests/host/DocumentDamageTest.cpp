@@ -4,6 +4,7 @@
 #include "HostTestSupport.h"
 
 #include "core/network/VoNetwork.h"
+#include "core/wells/Well.h"
 #include "host/HostError.h"
 #include "host/NetworkDocument.h"
 
@@ -92,6 +93,23 @@ TEST_F(DamagedDocument, CorruptedZeroWordsLoadOrAreRefused)
             Load(bytes);
         }
     }
+}
+
+// An object of a class that is neither a module nor data, standing where a
+// module belongs, is refused and freed (the address-sanitizer build sees it).
+TEST_F(DamagedDocument, AnObjectOfAnotherClassIsFreedWithTheRest)
+{
+    std::vector<unsigned char> bytes;
+    shr::Archive archive(bytes);
+    core::Well well("KV-1");
+    shr::CTypedObject* object = &well;
+    int32_t count = 1;
+    int64_t id = 1;
+    archive.SyncCheck();
+    archive.Transfer(count);
+    archive.Transfer(id);
+    archive.TransferObject(object);
+    EXPECT_FALSE(Load(std::string(bytes.begin(), bytes.end())));
 }
 
 // The view is the last section: width, height, azimuth, elevation, zoom, the
