@@ -5,9 +5,8 @@
 // same numbers; AVX2 takes four doubles at a time.
 //
 // The thread sanitizer's runtime is not yet up when the loader makes that
-// choice, so its builds keep the baseline form alone; so do clang's builds
-// (the fuzz targets): clang clones no function template, and its sanitized
-// resolvers would run before the sanitizer's runtime is up.
+// choice, so its builds keep the baseline form alone; so do clang's (the
+// fuzz build), which clones no function templates.
 #if defined(__SANITIZE_THREAD__) || defined(__clang__)
 #define FENRAK_VECTOR_CLONES
 #else

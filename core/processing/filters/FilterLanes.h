@@ -5,8 +5,9 @@
 // into fused multiply-adds stays off, so every build gives the same bits.
 #include <cstring>
 
-// clang's sanitized builds (the fuzz targets) keep the baseline form: their
-// instrumented resolvers would run before the sanitizer's runtime is up.
+// The clones are chosen by the loader before a sanitizer's runtime is up,
+// which clang's sanitized builds (the fuzz build) do not survive: they keep
+// the baseline form alone.
 #if defined(__clang__)
 #define FENRAK_VECTOR_CLONES
 #else
