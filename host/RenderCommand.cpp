@@ -32,7 +32,8 @@ core::VoNetwork& Network()
     return core::VoNetwork::Instance();
 }
 
-// The network, empty at the start and emptied again at the end of a command.
+// The network, empty at the start and emptied again at the end of a command,
+// with the values a global settings module leaves in it back at their defaults.
 class NetworkSession {
 public:
     NetworkSession()
@@ -47,6 +48,8 @@ private:
     {
         Network().WaitUntilDone(2000);
         Network().DeleteAllNodes();
+        Network().SetBackgroundColor(shr::Color4b::Black);
+        Network().VerticalExaggeration(1.0);
         Network().SetModified(false);
     }
 };

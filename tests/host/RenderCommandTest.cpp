@@ -232,6 +232,24 @@ TEST(PropertiesCommand, ListsKeysKindsAndValues)
 }
 
 // The sample scene of the source tree, drawn by the library's own modules.
+// The background a global settings module gives the network ends with its
+// scene: the next scene in the same process starts from the default.
+TEST(RenderCommand, GlobalSettingsEndWithTheirScene)
+{
+    ScratchFolder folder;
+    const std::pair<std::string, shr::Color4b> cases[] = {
+        {R"({"modules": [{"name": "Settings", "type": "GlobalSettings",
+                          "properties": {"EnvironmentBackgroundColor": "255 255 255 255"}}]})",
+         shr::Color4b(255, 255, 255, 255)},
+        {R"({"modules": []})", shr::Color4b(0, 0, 0, 255)},
+    };
+    for (const auto& c : cases) {
+        const std::string scene = folder.Write("scene.json", c.first);
+        ASSERT_EQ(Render({scene, "-o", folder.Path("out.png"), "--size", "8x6"}).status, 0);
+        EXPECT_EQ(ReadPng(folder.Path("out.png")).At(4, 3), c.second);
+    }
+}
+
 TEST(RenderCommand, SampleSceneDrawsSurfaces)
 {
     ScratchFolder folder;
