@@ -1,5 +1,6 @@
 #include "FuzzSupport.h"
 
+#include "core/network/UiProxy.h"
 #include "core/network/VoNetwork.h"
 #include "shr/Logger.h"
 
@@ -11,7 +12,12 @@ void InitLibrary()
 {
     shr::g_Logger.SetMaxLevel(0);
     setenv("FENRAK_MEMORY_LIMIT", "256K", 1);
+    // The update thread runs one last pass when it stops: it is stopped at
+    // exit before the proxy and the network it uses are destroyed, which
+    // exist already and so go after the handler.
+    core::UiProxy::Instance();
     core::VoNetwork::Instance().Init();
+    std::atexit([] { core::VoNetwork::Instance().Release(); });
 }
 
 void RunPass()
