@@ -12,11 +12,12 @@ void InitLibrary()
 {
     shr::g_Logger.SetMaxLevel(0);
     setenv("FENRAK_MEMORY_LIMIT", "256K", 1);
-    // The update thread runs one last pass when it stops: it is stopped at
-    // exit before the proxy and the network it uses are destroyed, which
-    // exist already and so go after the handler.
-    core::UiProxy::Instance();
     core::VoNetwork::Instance().Init();
+    // The update thread must stop before the library's statics go at exit: a
+    // pass still running then would reach a proxy already destroyed. Handlers
+    // run in the reverse order of registration, so the default proxy is made
+    // first and outlives the release.
+    core::UiProxy::Instance();
     std::atexit([] { core::VoNetwork::Instance().Release(); });
 }
 

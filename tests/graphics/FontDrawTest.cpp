@@ -5,8 +5,6 @@
 
 #include <Inventor/SbViewportRegion.h>
 #include <Inventor/actions/SoGetBoundingBoxAction.h>
-#include <Inventor/nodes/SoBaseColor.h>
-#include <Inventor/nodes/SoLightModel.h>
 #include <Inventor/nodes/SoOrthographicCamera.h>
 #include <gtest/gtest.h>
 
@@ -20,7 +18,6 @@ using namespace fonttest;
 
 namespace {
 
-const shr::Color4b kRed(255, 0, 0);
 
 class PixelFormTest : public testing::TestWithParam<GLFont::Form> {};
 
@@ -92,29 +89,24 @@ SoSeparator* TextScene(const char* face, float size, InvText3::Justification jus
     camera->nearDistance = 1.0f;
     camera->farDistance = 20.0f;
     root->addChild(camera);
-    auto* model = new SoLightModel;
-    model->model = SoLightModel::BASE_COLOR;
-    root->addChild(model);
-    auto* color = new SoBaseColor;
-    color->rgb = SbColor(1, 0, 0);
-    root->addChild(color);
     auto* font = new InvFont;
     font->name = face;
     font->size = size;
-    root->addChild(font);
     auto* text = new InvText3;
     text->string = "Tx";
     text->justification = justification;
     text->depth = depth;
-    root->addChild(text);
+    auto* group = new SoSeparator;
+    group->addChild(font);
+    group->addChild(text);
+    root->addChild(testsupport::UnlitShape(group, SbColor(1, 0, 0)));
     return root;
 }
 
-render::Image RenderScene(SoNode* root)
+Ink InkOfScene(SoNode* root)
 {
     SceneRef scene(root);
-    render::SceneRenderer renderer(Context(), 200, 100, shr::Color4b::Black);
-    return renderer.Render(scene.get());
+    return InkOf(testsupport::Draw(scene.get(), 200, 100, shr::Color4b::Black), shr::Color4b::Black);
 }
 
 TEST(InvText3, JustificationPlacesTheTextAboutTheOrigin)
@@ -131,7 +123,7 @@ TEST(InvText3, JustificationPlacesTheTextAboutTheOrigin)
     const int width = int(std::lround(font->Advance("Tx") * 50.0));
     for (const Case& c : cases) {
         SCOPED_TRACE(c.justification);
-        const Ink ink = InkOf(RenderScene(TextScene("Arial", 0.5f, c.justification)), shr::Color4b::Black);
+        const Ink ink = InkOfScene(TextScene("Arial", 0.5f, c.justification));
         ASSERT_FALSE(ink.Empty());
         EXPECT_GE(ink.minX, c.minX);
         EXPECT_LE(ink.maxX, c.maxX);
@@ -145,7 +137,7 @@ TEST(InvText3, JustificationPlacesTheTextAboutTheOrigin)
     }
 }
 
-TEST(InvText3, BoundingBoxIsTheFontsBoxAndTheDepth)
+TEST(InvText3, BoundingBoxIsTheFontsBoxAndTheDepthAndDrawsLikeFlatText)
 {
     auto font = GLFontManager::Instance().GetFont("Arial", 0.5, GLFont::Outline);
     const shr::Box2f expected = font->Bounds("Tx", core::TextFormat::Center);
@@ -161,12 +153,9 @@ TEST(InvText3, BoundingBoxIsTheFontsBoxAndTheDepth)
         EXPECT_FLOAT_EQ(box.getMin()[2], -depth);
         EXPECT_FLOAT_EQ(box.getMax()[2], 0.0f);
     }
-}
-
-TEST(InvText3, ExtrudedTextDrawsLikeFlatTextFromTheFront)
-{
-    const Ink flat = InkOf(RenderScene(TextScene("Arial", 0.5f, InvText3::LEFT)), shr::Color4b::Black);
-    const Ink deep = InkOf(RenderScene(TextScene("Arial", 0.5f, InvText3::LEFT, 0.3f)), shr::Color4b::Black);
+    // Extruded text draws like flat text from the front.
+    const Ink flat = InkOfScene(TextScene("Arial", 0.5f, InvText3::LEFT));
+    const Ink deep = InkOfScene(TextScene("Arial", 0.5f, InvText3::LEFT, 0.3f));
     EXPECT_NEAR(deep.count, flat.count, flat.count / 20);
     EXPECT_EQ(deep.minX, flat.minX);
 }
@@ -175,11 +164,11 @@ TEST(InvText3, ExtrudedTextDrawsLikeFlatTextFromTheFront)
 // a size no face can take leaves nothing to draw.
 TEST(InvText3, AFontThatCannotBeMadeFallsBackToTheDefaultFace)
 {
-    const Ink fallback = InkOf(RenderScene(TextScene("/no/such/face.ttf", 0.5f, InvText3::LEFT)), shr::Color4b::Black);
-    const Ink usual = InkOf(RenderScene(TextScene(InvText3::kDefaultFace, 0.5f, InvText3::LEFT)), shr::Color4b::Black);
+    const Ink fallback = InkOfScene(TextScene("/no/such/face.ttf", 0.5f, InvText3::LEFT));
+    const Ink usual = InkOfScene(TextScene(InvText3::kDefaultFace, 0.5f, InvText3::LEFT));
     EXPECT_EQ(fallback.count, usual.count);
     EXPECT_GT(fallback.count, 0);
-    EXPECT_TRUE(InkOf(RenderScene(TextScene("Arial", -1.0f, InvText3::LEFT)), shr::Color4b::Black).Empty());
+    EXPECT_TRUE(InkOfScene(TextScene("Arial", -1.0f, InvText3::LEFT)).Empty());
     SceneRef scene(TextScene("Arial", -1.0f, InvText3::LEFT));
     SoGetBoundingBoxAction action(SbViewportRegion(200, 100));
     action.apply(scene.get());

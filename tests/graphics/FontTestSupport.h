@@ -1,16 +1,12 @@
 #pragma once
 // Shared pieces of the font tests: the scene-graph and font classes set up
-// once, one offscreen context for the program, pixel-space drawing of a
-// GLFont, and pixel predicates.
+// once, and pixel-space drawing of a GLFont.
 #include "core/graphics/InvSmartPtr.h"
 #include "core/graphics/GLFont.h"
 #include "core/graphics/InvFont.h"
 #include "core/graphics/InvText3.h"
-#include "render/CoinInit.h"
-#include "render/Image.h"
-#include "render/OffscreenContext.h"
-#include "render/SceneRenderer.h"
-#include "shr/Exception.h"
+#include "tests/support/PictureSupport.h"
+#include "tests/support/TestSupport.h"
 
 #include <GL/gl.h>
 #include <Inventor/actions/SoGLRenderAction.h>
@@ -18,7 +14,6 @@
 #include <Inventor/nodes/SoSeparator.h>
 
 #include <functional>
-#include <string>
 
 namespace fonttest {
 
@@ -31,49 +26,22 @@ inline void EnsureFontClasses()
 
 inline render::OffscreenContext& Context()
 {
-    static render::OffscreenContext context;
     EnsureFontClasses();
-    return context;
+    return testsupport::PictureContext();
 }
 
-// Holds a scene for one test.
-using SceneRef = core::InvSmartPtr<SoNode>;
+using testsupport::Ink;
+using testsupport::InkOf;
+using testsupport::SceneRef;
 
-// Where something other than the background was drawn, in image columns and
-// rows (row 0 at the top); empty when nothing was.
-struct Ink {
-    int minX = 1 << 30, maxX = -1, minY = 1 << 30, maxY = -1, count = 0;
-    bool Empty() const { return count == 0; }
-    int Columns() const { return Empty() ? 0 : maxX - minX + 1; }
-};
-
-inline Ink InkOf(const render::Image& image, const shr::Color4b& background)
-{
-    Ink ink;
-    for (int y = 0; y < image.Height(); ++y)
-        for (int x = 0; x < image.Width(); ++x)
-            if (image.At(x, y) != background) {
-                ink.minX = std::min(ink.minX, x);
-                ink.maxX = std::max(ink.maxX, x);
-                ink.minY = std::min(ink.minY, y);
-                ink.maxY = std::max(ink.maxY, y);
-                ++ink.count;
-            }
-    return ink;
-}
-
-// Draws `text` with `font` in white at pixel (x, y) of a black width x height
-// picture, inside an orthographic projection of the viewport in pixels, as
-// legends and annotations do.
-inline render::Image DrawInPixels(core::GLFont& font, const char* text, double x, double y, int width = 200,
-                                  int height = 60)
+// Runs `draw` in white inside an orthographic projection of a black width x
+// height picture in pixels, unlit, as legends and annotations draw.
+inline render::Image DrawInPixelSpace(const std::function<void()>& draw, int width = 200, int height = 60)
 {
     struct Call {
-        core::GLFont* font;
-        const char* text;
-        double x, y;
+        const std::function<void()>* draw;
         int width, height;
-    } call{&font, text, x, y, width, height};
+    } call{&draw, width, height};
     auto* root = new SoSeparator;
     auto* callback = new SoCallback;
     callback->setCallback(
@@ -92,7 +60,7 @@ inline render::Image DrawInPixels(core::GLFont& font, const char* text, double x
             glDisable(GL_LIGHTING);
             glDisable(GL_DEPTH_TEST);
             glColor4f(1, 1, 1, 1);
-            c.font->Draw(c.text, c.x, c.y);
+            (*c.draw)();
             glPopMatrix();
             glMatrixMode(GL_PROJECTION);
             glPopMatrix();
@@ -102,24 +70,18 @@ inline render::Image DrawInPixels(core::GLFont& font, const char* text, double x
         &call);
     root->addChild(callback);
     SceneRef scene(root);
-    render::SceneRenderer renderer(Context(), width, height, shr::Color4b::Black);
-    return renderer.Render(scene.get());
+    EnsureFontClasses();
+    return testsupport::Draw(scene.get(), width, height, shr::Color4b::Black);
 }
 
-// The code and message of the shr::Exception `action` throws; code -1 when none.
-struct Error {
-    int code = -1;
-    std::string message;
-};
-
-inline Error ErrorOf(const std::function<void()>& action)
+// `text` drawn with `font` at pixel (x, y).
+inline render::Image DrawInPixels(core::GLFont& font, const char* text, double x, double y, int width = 200,
+                                  int height = 60)
 {
-    try {
-        action();
-    } catch (const shr::Exception& e) {
-        return {e.Code(), e.Message()};
-    }
-    return {};
+    return DrawInPixelSpace([&] { font.Draw(text, x, y); }, width, height);
 }
+
+using Error = testsupport::Raised;
+inline constexpr auto& ErrorOf = testsupport::RaisedBy;
 
 } // namespace fonttest

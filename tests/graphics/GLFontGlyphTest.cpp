@@ -9,10 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 using core::GLFont;
@@ -24,46 +21,6 @@ using fonttest::InkOf;
 namespace {
 
 const GLFont::Form kAllForms[] = {GLFont::Bitmap, GLFont::Pixmap, GLFont::Outline, GLFont::Texture};
-
-// Runs `draw` in a white, unlit orthographic projection of a width x height
-// picture in pixels, on black.
-render::Image DrawWith(const std::function<void()>& draw, int width = 200, int height = 60)
-{
-    struct Call {
-        const std::function<void()>* draw;
-        int width, height;
-    } call{&draw, width, height};
-    auto* root = new SoSeparator;
-    auto* callback = new SoCallback;
-    callback->setCallback(
-        [](void* data, SoAction* action) {
-            if (!action->isOfType(SoGLRenderAction::getClassTypeId()))
-                return;
-            const Call& c = *static_cast<const Call*>(data);
-            glPushAttrib(GL_ALL_ATTRIB_BITS);
-            glMatrixMode(GL_PROJECTION);
-            glPushMatrix();
-            glLoadIdentity();
-            glOrtho(0, c.width, 0, c.height, -1, 1);
-            glMatrixMode(GL_MODELVIEW);
-            glPushMatrix();
-            glLoadIdentity();
-            glDisable(GL_LIGHTING);
-            glDisable(GL_DEPTH_TEST);
-            glColor4f(1, 1, 1, 1);
-            (*c.draw)();
-            glPopMatrix();
-            glMatrixMode(GL_PROJECTION);
-            glPopMatrix();
-            glMatrixMode(GL_MODELVIEW);
-            glPopAttrib();
-        },
-        &call);
-    root->addChild(callback);
-    fonttest::SceneRef scene(root);
-    render::SceneRenderer renderer(fonttest::Context(), width, height, shr::Color4b::Black);
-    return renderer.Render(scene.get());
-}
 
 TEST(TextureFont, DrawnOneUnitToAPixelItMatchesThePixmapForm)
 {
@@ -88,7 +45,7 @@ TEST(TextureFont, FollowsTheTransformAndRestoresTheTextureState)
     auto font = GLFontManager::Instance().GetFont("Arial", 16.0, GLFont::Texture);
     bool restored = true;
     const auto draw = [&](double scale) {
-        return DrawWith(
+        return fonttest::DrawInPixelSpace(
             [&] {
                 GLuint name = 0;
                 glGenTextures(1, &name);
@@ -136,31 +93,30 @@ TEST(GLFont, KerningIsInTheAdvanceAndInTheDrawing)
 // opens and sizes, but no glyph loads.
 class BrokenGlyphs {
 public:
-    BrokenGlyphs() : m_Path(testing::TempDir() + "broken-glyphs.ttf")
+    BrokenGlyphs()
     {
         auto font = GLFontManager::Instance().GetFont("Arial", 12.0, GLFont::Outline);
-        std::ifstream in(font->FileName(), std::ios::binary);
-        std::vector<char> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-        const auto u16 = [&](size_t at) { return (unsigned char)bytes[at] << 8 | (unsigned char)bytes[at + 1]; };
+        std::vector<unsigned char> bytes = testsupport::ReadBytes(font->FileName());
+        const auto u16 = [&](size_t at) { return bytes[at] << 8 | bytes[at + 1]; };
         const auto u32 = [&](size_t at) { return size_t(u16(at)) << 16 | u16(at + 2); };
         const size_t tables = bytes.size() >= 12 ? u16(4) : 0;
         for (size_t i = 0; i < tables && 12 + 16 * (i + 1) <= bytes.size(); ++i) {
             const size_t record = 12 + 16 * i;
             const size_t offset = u32(record + 8), length = u32(record + 12);
             if (std::memcmp(&bytes[record], "glyf", 4) == 0 && offset + length <= bytes.size()) {
-                std::fill_n(bytes.begin() + ptrdiff_t(offset), length, char(0xFF));
+                std::fill_n(bytes.begin() + ptrdiff_t(offset), length, 0xFF);
                 m_Broken = true;
             }
         }
-        std::ofstream(m_Path, std::ios::binary).write(bytes.data(), std::streamsize(bytes.size()));
+        m_Path = m_Folder.Write("broken-glyphs.ttf", bytes);
     }
-    ~BrokenGlyphs() { std::remove(m_Path.c_str()); }
 
     // False when the face keeps its outlines elsewhere than a glyph table.
     bool Broken() const { return m_Broken; }
     const std::string& Path() const { return m_Path; }
 
 private:
+    testsupport::ScratchFolder m_Folder;
     std::string m_Path;
     bool m_Broken = false;
 };

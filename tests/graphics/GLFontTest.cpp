@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdio>
 #include <fstream>
 #include <limits>
 #include <thread>
@@ -49,30 +48,11 @@ ENDCHAR
 ENDFONT
 )";
 
-// A file of the given contents beside the test's temporary files, removed at the end.
-class TempFile {
-public:
-    TempFile(const char* name, const char* contents) : m_Path(testing::TempDir() + name)
-    {
-        std::ofstream(m_Path) << contents;
-    }
-    ~TempFile() { std::remove(m_Path.c_str()); }
-    const std::string& Path() const { return m_Path; }
-
-private:
-    std::string m_Path;
-};
-
-TEST(GLFont, ArialResolvesToAnInstalledFace)
+TEST(GLFont, ArialResolvesToAnInstalledFaceWithConsistentMetricsInEveryForm)
 {
-    auto font = GLFontManager::Instance().GetFont("Arial", 12.0, GLFont::Pixmap);
-    EXPECT_TRUE(std::ifstream(font->FileName()).good()) << font->FileName();
-    EXPECT_FALSE(font->FamilyName().empty());
-    EXPECT_EQ(font->Face(), "Arial");
-}
-
-TEST(GLFont, MetricsAreConsistentInEveryForm)
-{
+    auto arial = GLFontManager::Instance().GetFont("Arial", 12.0, GLFont::Pixmap);
+    EXPECT_TRUE(std::ifstream(arial->FileName()).good()) << arial->FileName();
+    EXPECT_FALSE(arial->FamilyName().empty());
     for (GLFont::Form form : kForms) {
         SCOPED_TRACE(form);
         auto font = GLFontManager::Instance().GetFont("Arial", 24.0, form);
@@ -167,8 +147,9 @@ TEST(GLFontManager, SharesOneFontPerFaceSizeFormAndStyle)
 
 TEST(GLFont, CreationErrorsAreNumbered)
 {
-    const TempFile notAFont("not-a-font.ttf", "This is plain text.\n");
-    const TempFile bitmapFace("bitmap-face.bdf", kBitmapFace);
+    const testsupport::ScratchFolder folder;
+    const std::string notAFont = folder.Write("not-a-font.ttf", "This is plain text.\n");
+    const std::string bitmapFace = folder.Write("bitmap-face.bdf", kBitmapFace);
     const double nan = std::numeric_limits<double>::quiet_NaN();
     struct Case {
         std::string face;
@@ -184,9 +165,9 @@ TEST(GLFont, CreationErrorsAreNumbered)
         {"Arial", 0.25, GLFont::Bitmap, 16, "The size 0.25 is outside 1 to 2048 pixels."},
         {"Arial", 1e6, GLFont::Pixmap, 16, "outside 1 to 2048 pixels"},
         {"/no/such/dir/face.ttf", 12.0, GLFont::Pixmap, 16, "/no/such/dir/face.ttf: "},
-        {notAFont.Path(), 12.0, GLFont::Outline, 16, notAFont.Path() + ": "},
-        {bitmapFace.Path(), 8.0, GLFont::Outline, 17, "The face has no outlines."},
-        {bitmapFace.Path(), 12.0, GLFont::Pixmap, 17, "The face has no 12 pixel size."},
+        {notAFont, 12.0, GLFont::Outline, 16, notAFont + ": "},
+        {bitmapFace, 8.0, GLFont::Outline, 17, "The face has no outlines."},
+        {bitmapFace, 12.0, GLFont::Pixmap, 17, "The face has no 12 pixel size."},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.face + " " + std::to_string(c.size));
@@ -199,15 +180,11 @@ TEST(GLFont, CreationErrorsAreNumbered)
         EXPECT_NE(error.message.find(c.detail, head.size()), std::string::npos) << error.message;
     }
     // The bitmap face at its own size is a working raster font.
-    auto font = GLFont::Create(bitmapFace.Path(), 8.0, GLFont::Bitmap);
+    auto font = GLFont::Create(bitmapFace, 8.0, GLFont::Bitmap);
     EXPECT_EQ(font->Advance("AA"), 16.0);
     EXPECT_EQ(font->Ascent(), 7.0);
     EXPECT_EQ(font->Descent(), 1.0);
 }
-
-} // namespace
-
-namespace {
 
 // Labels may be measured on the update thread while the host draws: one font
 // serves many threads and gives each the same answers.

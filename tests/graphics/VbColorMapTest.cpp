@@ -1,19 +1,16 @@
 #include "core/graphics/VbColorMap.h"
 
-#include "shr/Archive.h"
 #include "shr/Exception.h"
+#include "tests/support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdio>
-#include <fstream>
 #include <limits>
 #include <sstream>
 #include <stdexcept>
 #include <streambuf>
 #include <string>
-#include <unistd.h>
 
 using core::VbColorMap;
 using shr::Color4b;
@@ -26,12 +23,7 @@ const double kNaN = std::numeric_limits<double>::quiet_NaN();
 std::string LoadError(VbColorMap& map, const std::string& text, const char* path = "p")
 {
     std::istringstream in(text);
-    try {
-        map.Load(path, in, false);
-    } catch (const shr::Exception& e) {
-        return e.Message();
-    }
-    return "";
+    return testsupport::RaisedBy([&] { map.Load(path, in, false); }).message;
 }
 
 VbColorMap Loaded(const std::string& text, const char* path = "dir/Ocean.cmap", bool nameFromPath = true)
@@ -54,23 +46,6 @@ VbColorMap Sample(size_t lutSize = 256, int method = Color4b::Rgb)
     map.AddOpacityNode(1.0, 0.75);
     return map;
 }
-
-class TempFile {
-public:
-    explicit TempFile(const std::string& text)
-    {
-        char pattern[] = "/tmp/fenrak-colormap-XXXXXX";
-        const int fd = ::mkstemp(pattern);
-        m_Path = pattern;
-        ::close(fd);
-        std::ofstream(m_Path) << text;
-    }
-    ~TempFile() { std::remove(m_Path.c_str()); }
-    const std::string& Path() const { return m_Path; }
-
-private:
-    std::string m_Path;
-};
 
 // Serves its text one character at a time and fails hard where the text ends,
 // as a broken device would, instead of reporting end of input.
@@ -296,13 +271,8 @@ TEST(VbColorMap, LoadFailuresLeaveTheMapUntouched)
     VbColorMap map;
     BrokenBuf buffer("ColorMap 2 0 2 0\n0 0 0 0\n");
     std::istream in(&buffer);
-    try {
-        map.Load("p", in, true);
-        FAIL() << "loaded";
-    } catch (const shr::Exception& e) {
-        EXPECT_EQ(e.Message(), "Unexpected end of file while reading 'p'.");
-        EXPECT_EQ(e.Component(), "Core");
-    }
+    EXPECT_EQ(testsupport::RaisedText([&] { map.Load("p", in, true); }),
+              "Core: Unexpected end of file while reading 'p'.");
 }
 
 TEST(VbColorMap, FiveColumnDialectNormalisesAndPrunesOpacity)
@@ -327,22 +297,24 @@ TEST(VbColorMap, FiveColumnDialectNormalisesAndPrunesOpacity)
 
 TEST(VbColorMap, VersionOneIsReadFromThePath)
 {
-    const TempFile good("ColorMap 1 anything\n0 0 0 0\n50 127.5 0.49 3\r\n100 255 255 255");
+    const testsupport::ScratchFolder folder;
+    const std::string good = folder.Write("good", "ColorMap 1 anything\n0 0 0 0\n50 127.5 0.49 3\r\n100 255 255 255");
     const std::string header = "ColorMap 1\n";
-    VbColorMap map = Loaded(header, good.Path().c_str(), true); // the stream's body is not used
+    VbColorMap map = Loaded(header, good.c_str(), true); // the stream's body is not used
     ASSERT_EQ(map.GetColorCount(), 3u);
     EXPECT_EQ(map[1], VbColorMap::CNode(0.5, Color4b(128, 0, 3)));
     EXPECT_EQ(map.GetOpacityCount(), 0u);
-    EXPECT_EQ(map.GetName(), good.Path().substr(5));
+    EXPECT_STREQ(map.GetName(), "good");
 
     // A line longer than the buffer is read in pieces, each counted as a line.
-    const TempFile longLine(header + "0 0 0 0\n50 255 0 0" + std::string(260, ' ') + "\n100 255 255 255\n");
-    const TempFile disorder(header + "0 0 0 0\n60 1 1 1\n50 1 1 1\n100 1 1 1\n");
+    const std::string longLine =
+        folder.Write("long", header + "0 0 0 0\n50 255 0 0" + std::string(260, ' ') + "\n100 255 255 255\n");
+    const std::string disorder = folder.Write("disorder", header + "0 0 0 0\n60 1 1 1\n50 1 1 1\n100 1 1 1\n");
     const struct {
         std::string path, message;
     } cases[] = {
-        {longLine.Path(), "Bad format in file '" + longLine.Path() + "', Line 4"},
-        {disorder.Path(), "Line 4 in file '" + disorder.Path() + "' is out of order."},
+        {longLine, "Bad format in file '" + longLine + "', Line 4"},
+        {disorder, "Line 4 in file '" + disorder + "' is out of order."},
     };
     for (const auto& c : cases)
         EXPECT_EQ(LoadError(map, header, c.path.c_str()), c.message);
@@ -399,27 +371,19 @@ TEST(VbColorMap, SerializeRoundTripAndDamagedArchive)
     VbColorMap original = Sample(256, Color4b::HsvLongest);
     original.SetDataLimits(-1.5, 8.0);
     original.SetScalingLimits(0.0, 4.0);
-    std::vector<unsigned char> bytes;
-    {
-        shr::Archive out(bytes);
-        original.Serialize(out);
-    }
+    const std::vector<unsigned char> bytes = testsupport::Store(original);
     VbColorMap loaded(nullptr, 0, 32);
     loaded.PosToColor(0.5);
-    {
-        shr::Archive in(bytes.data(), bytes.size());
-        loaded.Serialize(in);
-    }
+    testsupport::Load(loaded, bytes);
     EXPECT_STREQ(loaded.GetName(), "Sample");
     EXPECT_TRUE(loaded.IsLUTStale());
     EXPECT_EQ(loaded.GetLUTSize(), 32u);
     EXPECT_TRUE(loaded.Equivalent(original, true));
     EXPECT_EQ(loaded.GetDataMin(), -1.5);
 
-    for (size_t cut : {size_t(10), bytes.size() - 1}) {
+    for (size_t cut : {bytes.size() - 10, size_t(1)}) {
         VbColorMap target;
-        shr::Archive in(bytes.data(), cut);
-        EXPECT_THROW(target.Serialize(in), shr::Exception);
+        EXPECT_THROW(testsupport::Load(target, bytes, cut), shr::Exception);
         EXPECT_TRUE(target.Equivalent(VbColorMap(), true));
         EXPECT_STREQ(target.GetName(), "GrayScale");
     }

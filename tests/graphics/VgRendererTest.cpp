@@ -11,21 +11,14 @@
 
 #include <Inventor/nodes/SoBaseColor.h>
 #include <Inventor/nodes/SoClipPlane.h>
-#include <Inventor/nodes/SoCoordinate3.h>
 #include <Inventor/nodes/SoCube.h>
 #include <Inventor/nodes/SoDrawStyle.h>
-#include <Inventor/nodes/SoFaceSet.h>
-#include <Inventor/nodes/SoIndexedFaceSet.h>
 #include <Inventor/nodes/SoLineSet.h>
 #include <Inventor/nodes/SoMarkerSet.h>
 #include <Inventor/nodes/SoMaterial.h>
-#include <Inventor/nodes/SoMaterialBinding.h>
-#include <Inventor/nodes/SoNormal.h>
-#include <Inventor/nodes/SoNormalBinding.h>
 #include <Inventor/nodes/SoPointSet.h>
 #include <Inventor/nodes/SoQuadMesh.h>
 #include <Inventor/nodes/SoShapeHints.h>
-#include <Inventor/nodes/SoSphere.h>
 #include <Inventor/nodes/SoText2.h>
 #include <Inventor/nodes/SoTexture2.h>
 #include <Inventor/nodes/SoTextureCoordinate2.h>
@@ -262,16 +255,6 @@ TEST(VgRendererNodes, VertexPropertyCarriesBindingsAndPackedColours)
     EXPECT_EQ(f.As<SoLineSet>(1)->numVertices[0], 2);
 }
 
-TEST(VgRendererNodes, LineSetTakesVerticesInPairs)
-{
-    Fixture f;
-    f.renderer.drawLineSet(Vertices({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}, {4, 0, 0}}));
-    auto* lines = f.As<SoLineSet>(0);
-    ASSERT_EQ(lines->numVertices.getNum(), 2);
-    EXPECT_EQ(lines->numVertices[0], 2);
-    EXPECT_EQ(lines->numVertices[1], 2);
-}
-
 // Size 7 and 9 select the larger marker sets by exact comparison only.
 TEST(VgRendererNodes, MarkerSizeSelectsTheMarkerSet)
 {
@@ -294,47 +277,6 @@ TEST(VgRendererNodes, MarkerSizeSelectsTheMarkerSet)
     ASSERT_EQ(points.root->getNumChildren(), 2);
     EXPECT_EQ(points.As<SoDrawStyle>(0)->pointSize.getValue(), 6.0f);
     points.As<SoPointSet>(1);
-}
-
-// Spheres share one node and step from vertex to vertex by translations.
-TEST(VgRendererNodes, SpheresShareOneNodeAndAccumulateTranslations)
-{
-    Fixture f(SceneTransform(-1000.0, 0.0, true));
-    VgVertexData data = Vertices({{1001, 2, 3}, {1004, 6, 3}});
-    data.colors = {Color4b::Red};
-    f.renderer.drawMarkerSet(data, VgRenderer::SPHERE, 0.5);
-    ASSERT_EQ(f.root->getNumChildren(), 1);
-    auto* group = f.As<SoTransformSeparator>(0);
-    ASSERT_EQ(group->getNumChildren(), 5); // colour, step, sphere, step, sphere
-    EXPECT_TRUE(group->getChild(0)->isOfType(SoBaseColor::getClassTypeId()));
-    EXPECT_EQ(static_cast<SoTranslation*>(group->getChild(1))->translation.getValue(), SbVec3f(1, 2, 3));
-    EXPECT_EQ(static_cast<SoTranslation*>(group->getChild(3))->translation.getValue(), SbVec3f(3, 4, 0));
-    EXPECT_EQ(group->getChild(2), group->getChild(4));
-    EXPECT_EQ(static_cast<SoSphere*>(group->getChild(2))->radius.getValue(), 0.5f);
-    // The renderer is back at the group it started in.
-    EXPECT_EQ(f.renderer.CurrentGroup().get(), f.root.get());
-}
-
-TEST(VgRendererNodes, OutlinedFacesUseSeparateNodesInOrder)
-{
-    Fixture f;
-    VgVertexData data = Vertices({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
-    data.indices = {0, 1, 2, -1};
-    data.normals = {SbVec3f(0, 0, 1)};
-    data.colors = {Color4b(255, 0, 0)};
-    f.renderer.drawIndexedFaceSet(data, Color4b(0, 255, 0));
-    ASSERT_EQ(f.root->getNumChildren(), 10);
-    EXPECT_EQ(f.As<SoNormal>(0)->vector.getNum(), 1);
-    EXPECT_EQ(f.As<SoNormalBinding>(1)->value.getValue(), 5);
-    EXPECT_EQ(f.As<SoMaterial>(2)->diffuseColor[0], SbColor(1, 0, 0));
-    EXPECT_EQ(f.As<SoMaterialBinding>(3)->value.getValue(), 5);
-    EXPECT_EQ(f.As<SoCoordinate3>(4)->point.getNum(), 3);
-    auto* faces = f.As<SoIndexedFaceSet>(5);
-    EXPECT_EQ(faces->coordIndex.getNum(), 4);
-    EXPECT_EQ(f.As<SoMaterial>(6)->diffuseColor[0], SbColor(0, 1, 0));
-    EXPECT_EQ(f.As<SoMaterialBinding>(7)->value.getValue(), 2);
-    EXPECT_EQ(f.As<SoDrawStyle>(8)->style.getValue(), 1);
-    EXPECT_EQ(f.Child(9), faces);
 }
 
 TEST(VgRendererNodes, BadIndicesAndCountsThrowInsteadOfDrawing)

@@ -1,32 +1,15 @@
-#include "NetworkTestSupport.h"
+#include "ScriptedModule.h"
+
+#include "core/properties/VbPropertyEvent.h"
 
 #include <random>
 
 using namespace core;
+using namespace testsupport;
 
-namespace nettest {
 namespace {
 
-using NetworkStressTest = NetworkTest;
-
-// Every link appears on both ends.
-void ExpectConsistentLinks(const VoNetwork& network)
-{
-    for (VoModule* module : network) {
-        for (size_t i = 0; i < module->GetInputCount(); ++i) {
-            for (const VbPort::Connection& link : module->GetInput(i)->GetConnections()) {
-                ASSERT_TRUE(network.IsValid(link.module));
-                EXPECT_TRUE(link.module->Connected(static_cast<size_t>(link.port), *module, i));
-            }
-        }
-        for (size_t o = 0; o < module->GetOutputCount(); ++o) {
-            for (const VbPort::Connection& link : module->GetOutput(o)->GetConnections()) {
-                ASSERT_TRUE(network.IsValid(link.module));
-                EXPECT_EQ(module, link.module->GetInputConnection(static_cast<size_t>(link.port), 0));
-            }
-        }
-    }
-}
+using NetworkStressTest = ScriptedNetworkTest;
 
 // Random host operations against passes of slow modules that honour the
 // abort. The operations come from the test's thread, as from a host's.
@@ -36,7 +19,6 @@ TEST_F(NetworkStressTest, RandomHostOperations)
     auto pick = [&](size_t count) { return std::uniform_int_distribution<size_t>(0, count - 1)(random); };
     auto chance = [&](int percent) { return std::uniform_int_distribution<int>(0, 99)(random) < percent; };
     std::vector<TestModule*> modules; // what the network must hold
-    TestPropList list;
     int added = 0;
 
     for (int step = 0; step < 4000; ++step) {
@@ -102,4 +84,3 @@ TEST_F(NetworkStressTest, RandomHostOperations)
 }
 
 } // namespace
-} // namespace nettest

@@ -1,22 +1,28 @@
-#include "NetworkTestSupport.h"
+#include "ScriptedModule.h"
 
+#include "core/data/VdGeometry.h"
 #include "core/network/VbModuleConnection.h"
-#include "shr/Archive.h"
 
 #include <list>
 
 using namespace core;
+using namespace testsupport;
 
-namespace nettest {
 namespace {
 
-using ModuleTimeStampTest = NetworkTest;
+using ModuleTimeStampTest = ScriptedNetworkTest;
 
-TEST_F(ModuleTimeStampTest, FreshModuleRunsOnceAndThenOnlyAfterAChange)
+TEST_F(ModuleTimeStampTest, ModulesRunOnceAndThenOnlyAfterAChangeUpstream)
 {
-    TestModule* source = Add("Source", 0);
+    TestModule* source = Add("Source", 0, Output::Data);
+    TestModule* a = Add("A", 1);
+    TestModule* b = Add("B", 1);
+    TestModule* other = Add("Other", 0);
+    Link(a, source);
+    Link(b, source);
     RunPass();
-    EXPECT_EQ(1, source->executions);
+    // Visited through A and again through B, executed once.
+    EXPECT_EQ((std::vector<std::string>{"Source", "A", "B", "Other"}), ExecutionLog());
     EXPECT_EQ(VoModule::ModuleOk, source->GetStatus());
     RunPass();
     EXPECT_EQ(1, source->executions) << "an unchanged module must not run again";
@@ -24,32 +30,8 @@ TEST_F(ModuleTimeStampTest, FreshModuleRunsOnceAndThenOnlyAfterAChange)
     EXPECT_EQ(VoModule::ModuleStale, source->GetStatus());
     RunPass();
     EXPECT_EQ(2, source->executions);
-}
-
-TEST_F(ModuleTimeStampTest, ChangeUpstreamRunsEveryConsumerButNotTheUnrelated)
-{
-    TestModule* source = Add("Source", 0, Output::Data);
-    TestModule* consumer = Add("Consumer", 1);
-    TestModule* other = Add("Other", 0);
-    Link(consumer, source);
-    RunPass();
-    source->SetModified();
-    RunPass();
-    EXPECT_EQ(2, source->executions);
-    EXPECT_EQ(2, consumer->executions);
+    EXPECT_EQ(2, b->executions);
     EXPECT_EQ(1, other->executions);
-}
-
-TEST_F(ModuleTimeStampTest, ModuleFeedingAnotherIsReachedOnlyThroughItsConsumer)
-{
-    TestModule* source = Add("Source", 0, Output::Data);
-    TestModule* a = Add("A", 1);
-    TestModule* b = Add("B", 1);
-    Link(a, source);
-    Link(b, source);
-    RunPass();
-    // Visited through A and again through B, executed once.
-    EXPECT_EQ((std::vector<std::string>{"Source", "A", "B"}), ExecutionLog());
 }
 
 TEST_F(ModuleTimeStampTest, CachedOutputSkipsOneExecutionAndTriggersConsumers)
@@ -71,7 +53,7 @@ TEST_F(ModuleTimeStampTest, CachedOutputSkipsOneExecutionAndTriggersConsumers)
     EXPECT_EQ(1, source->executions);
 }
 
-TEST_F(ModuleTimeStampTest, AbortedModuleRunsAgainAndStopsItsConsumers)
+TEST_F(ModuleTimeStampTest, AbortedModuleRunsAgainAndStopsThePass)
 {
     TestModule* source = Add("Source", 0, Output::Data);
     TestModule* consumer = Add("Consumer", 1);
@@ -92,7 +74,7 @@ TEST_F(ModuleTimeStampTest, AbortedModuleRunsAgainAndStopsItsConsumers)
     EXPECT_EQ(1, proxy->afterUpdates);
 }
 
-TEST_F(ModuleTimeStampTest, FailedModuleDoesNotStopThePass)
+TEST_F(ModuleTimeStampTest, FailuresAreReported)
 {
     TestModule* source = Add("Source", 0, Output::Data);
     TestModule* consumer = Add("Consumer", 1);
@@ -100,29 +82,28 @@ TEST_F(ModuleTimeStampTest, FailedModuleDoesNotStopThePass)
     source->behaviour.throwShared = true;
     RunPass();
     EXPECT_EQ(VoModule::ModuleFailed, source->GetStatus());
-    EXPECT_EQ(1, consumer->executions);
+    EXPECT_EQ(1, consumer->executions) << "a failed module does not stop the pass";
     EXPECT_EQ((std::vector<std::string>{"Source failed"}), proxy->Errors());
-    EXPECT_EQ(1, proxy->afterUpdates);
     RunPass();
     EXPECT_EQ(1, source->executions) << "a failed module waits for a change";
-}
 
-TEST_F(ModuleTimeStampTest, StandardExceptionEndsThePassButNotTheThread)
-{
+    // A standard exception ends the pass, but not the thread.
+    proxy->Clear();
+    const int completed = proxy->afterUpdates;
     TestModule* broken = Add("Broken", 0);
     broken->behaviour.throwStd = true;
     RunPass();
     EXPECT_EQ(VoModule::ModuleFailed, broken->GetStatus());
     EXPECT_EQ((std::vector<std::string>{"Unhandled STL exception: broken"}), proxy->Errors());
-    EXPECT_EQ(0, proxy->afterUpdates);
+    EXPECT_EQ(completed, proxy->afterUpdates);
     broken->behaviour.throwStd = false;
     broken->SetModified();
     RunPass();
     EXPECT_EQ(VoModule::ModuleOk, broken->GetStatus());
-    EXPECT_EQ(1, proxy->afterUpdates);
+    EXPECT_EQ(completed + 1, proxy->afterUpdates);
 }
 
-using ModuleLinkTest = NetworkTest;
+using ModuleLinkTest = ScriptedNetworkTest;
 
 TEST_F(ModuleLinkTest, ConnectReplacesTheLinkOfAnInput)
 {
@@ -134,7 +115,6 @@ TEST_F(ModuleLinkTest, ConnectReplacesTheLinkOfAnInput)
     EXPECT_TRUE(first->GetOutput(0)->empty());
     EXPECT_TRUE(second->Connected(0, *consumer, 0));
     EXPECT_EQ(1u, consumer->GetInput(0)->size());
-    EXPECT_EQ(second, consumer->GetInputConnection(0, 0));
     EXPECT_EQ(second->GetOutputData(0), consumer->GetInputData(0));
 
     Link(consumer, nullptr);
@@ -143,7 +123,7 @@ TEST_F(ModuleLinkTest, ConnectReplacesTheLinkOfAnInput)
     EXPECT_EQ(nullptr, consumer->GetInputData(0));
 }
 
-TEST_F(ModuleLinkTest, DisconnectOfAMiddleModuleMarksOnlyDownstreamModified)
+TEST_F(ModuleLinkTest, DeletingAMiddleModuleMarksOnlyDownstreamModified)
 {
     TestModule* source = Add("Source", 0, Output::Data);
     TestModule* middle = Add("Middle", 1, Output::Data);
@@ -158,23 +138,20 @@ TEST_F(ModuleLinkTest, DisconnectOfAMiddleModuleMarksOnlyDownstreamModified)
     EXPECT_TRUE(source->GetOutput(0)->empty());
     EXPECT_TRUE(sink->GetInput(0)->empty());
     EXPECT_TRUE(middle->GetInput(0)->empty());
-    EXPECT_TRUE(middle->GetOutput(0)->empty());
     EXPECT_EQ((std::vector<int>{0}), sink->inputChanges);
     EXPECT_EQ(VoModule::ModuleStale, sink->GetStatus());
     EXPECT_EQ(VoModule::ModuleOk, source->GetStatus());
     EXPECT_EQ(VoModule::ModuleOk, middle->GetStatus()) << "Disconnect does not mark the module itself";
-}
 
-TEST_F(ModuleLinkTest, EnumerateConnectionsListsBothSides)
-{
-    TestModule* source = Add("Source", 0, Output::Data);
+    // Connections are listed from both sides.
     TestModule* math = Add("Math", 2);
     Link(math, source, 1);
+    const std::list<VbModuleConnection> link{{source->Id(), 0, math->Id(), 1}};
     std::list<VbModuleConnection> links;
     math->EnumerateConnections(links, true, true);
-    EXPECT_EQ((std::list<VbModuleConnection>{{source->Id(), 0, math->Id(), 1}}), links);
+    EXPECT_EQ(link, links);
     source->EnumerateConnections(links, false, true);
-    EXPECT_EQ((std::list<VbModuleConnection>{{source->Id(), 0, math->Id(), 1}}), links);
+    EXPECT_EQ(link, links);
     source->EnumerateConnections(links, true, false);
     EXPECT_TRUE(links.empty());
 }
@@ -222,15 +199,8 @@ TEST(ModuleDataTest, TypedAccessAndOutputGeometry)
     EXPECT_EQ(source.GetOutputData(0), source.GetOutputData(0, VdGeometry::GetClassTypeId()))
         << "the output's type argument is ignored";
     EXPECT_EQ(nullptr, consumer.GetInputData(3));
-    for (size_t output : {0, 5}) {
-        try {
-            source.OutputGeometry(output);
-            ADD_FAILURE() << "output " << output;
-        } catch (const shr::Exception& e) {
-            EXPECT_STREQ("Invalid output geometry.", e.what());
-            EXPECT_EQ("Core", e.Component());
-        }
-    }
+    for (size_t output : {0, 5})
+        EXPECT_EQ("Core: Invalid output geometry.", RaisedText([&] { source.OutputGeometry(output); })) << output;
     EXPECT_THROW(consumer.Connect(&source, 4, false), shr::Exception);
 }
 
@@ -257,8 +227,7 @@ TEST(PortTest, DataReferencesAndConnectionLists)
     data->DecRef(); // the last reference: gone (checked by the address sanitizer)
 }
 
-// Stores a module with links and reads it back into fresh modules.
-TEST(ModulePersistenceTest, RoundTripWithLinks)
+TEST(ModulePersistenceTest, RoundTripWithAndWithoutLinks)
 {
     TestModule source("Source", 0, Output::Data);
     TestModule consumer("Consumer", 1, Output::Geometry);
@@ -281,29 +250,20 @@ TEST(ModulePersistenceTest, RoundTripWithLinks)
     EXPECT_EQ("Source", loadedSource->Name());
     EXPECT_FALSE(loaded->IsGeometryVisible());
     EXPECT_EQ(VoModule::ModuleStale, loaded->GetStatus());
-    EXPECT_EQ(0, loaded->GetInput(0)->GetConnection(0)->port);
     EXPECT_TRUE(loadedSource->Connected(0, *loaded, 0));
-    EXPECT_EQ(1u, loadedSource->GetOutput(0)->size());
-}
 
-TEST(ModulePersistenceTest, WithoutConnectionsFlagNoLinksAreStored)
-{
-    TestModule source("Source", 0, Output::Data);
-    TestModule consumer("Consumer", 1, Output::None);
-    consumer.Connect(&source, 0, false);
-    std::vector<unsigned char> bytes;
+    // Without the connections flag no links are stored.
     bool links = false;
+    bytes.clear();
     {
         shr::Archive out(bytes);
         out.ConnectionsFlag = &links;
         consumer.Serialize(out);
     }
-    TestModule loaded("", 1, Output::None);
-    shr::Archive in(bytes.data(), bytes.size());
-    loaded.Serialize(in);
-    EXPECT_EQ("Consumer", loaded.Name());
-    EXPECT_TRUE(loaded.GetInput(0)->empty());
-    EXPECT_EQ(0u, in.BytesRemaining());
+    TestModule alone("", 1, Output::Geometry);
+    EXPECT_EQ(0u, Load(alone, bytes));
+    EXPECT_EQ("Consumer", alone.Name());
+    EXPECT_TRUE(alone.GetInput(0)->empty());
 }
 
 // Documents before version 113 have no port counts: the module's own ports
@@ -321,8 +281,7 @@ TEST(ModulePersistenceTest, Version112HasNoPortCounts)
         bool show = true, filter = false;
         out.Transfer(show);
         out.Transfer(filter);
-        const uint32_t inputLinks[] = {0, 1};
-        for (uint32_t count : inputLinks) {
+        for (uint32_t count : {0u, 1u}) { // input links
             out.Transfer(count);
             if (count) {
                 shr::CTypedObject* none = nullptr;
@@ -333,38 +292,21 @@ TEST(ModulePersistenceTest, Version112HasNoPortCounts)
         }
         uint32_t outputLinks = 0;
         out.Transfer(outputLinks);
-        int32_t sentinel = 0x5eed;
-        out.Transfer(sentinel);
     }
     TestModule loaded("", 2, Output::Data);
-    shr::Archive in(bytes.data(), bytes.size());
-    loaded.Serialize(in);
-    int32_t sentinel = 0;
-    in.Transfer(sentinel);
-    EXPECT_EQ(0x5eed, sentinel);
+    EXPECT_EQ(0u, Load(loaded, bytes));
     EXPECT_EQ("Old", loaded.Name());
     EXPECT_EQ(VoModule::ModuleOk, loaded.GetStatus());
     EXPECT_FALSE(loaded.IsGeomFilter());
     ASSERT_EQ(1u, loaded.GetInput(1)->size());
     EXPECT_EQ(7, loaded.GetInput(1)->GetConnection(0)->port);
     EXPECT_EQ(nullptr, loaded.GetInputData(1));
-}
 
-TEST(ModulePersistenceTest, MorePortsThanTheModuleHasIsAnError)
-{
-    TestModule wide("", 3, Output::None);
-    std::vector<unsigned char> bytes;
-    {
-        shr::Archive out(bytes);
-        wide.Serialize(out);
-    }
-    TestModule narrow("", 1, Output::None);
-    shr::Archive in(bytes.data(), bytes.size());
-    EXPECT_THROW(narrow.Serialize(in), shr::Exception);
-    bytes.resize(bytes.size() - 3);
-    shr::Archive truncated(bytes.data(), bytes.size());
-    EXPECT_THROW(wide.Serialize(truncated), shr::Exception);
+    // More ports than the module has, or a truncated stream, is an error.
+    TestModule wide("", 3, Output::None), narrow("", 1, Output::None);
+    bytes = Store(wide);
+    EXPECT_THROW(Load(narrow, bytes), shr::Exception);
+    EXPECT_THROW(Load(wide, bytes, 3), shr::Exception);
 }
 
 } // namespace
-} // namespace nettest

@@ -1,54 +1,31 @@
-#include "NetworkTestSupport.h"
+#include "ScriptedModule.h"
 
-#include "shr/Archive.h"
-#include "shr/Logger.h"
+#include "core/network/VbProgress.h"
+#include "core/data/VdGeometry.h"
+#include "core/properties/VbPropertyEvent.h"
 
-#include <Inventor/nodes/SoCube.h>
 #include <Inventor/nodes/SoSeparator.h>
 #include <Inventor/nodes/SoSwitch.h>
 
 #include <thread>
 
 using namespace core;
+using namespace testsupport;
 
-namespace nettest {
 namespace {
-
-// Collects the log lines of one level while alive.
-class LogCapture {
-public:
-    LogCapture()
-    {
-        shr::g_Logger.SetSink([this](int, const shr::GString& text) {
-            std::lock_guard<std::mutex> lock(m_Mutex);
-            m_Lines.push_back(text);
-        });
-    }
-    ~LogCapture() { shr::g_Logger.SetSink(nullptr); }
-    bool Contains(const std::string& text)
-    {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        return std::find(m_Lines.begin(), m_Lines.end(), text) != m_Lines.end();
-    }
-
-private:
-    std::mutex m_Mutex;
-    std::vector<std::string> m_Lines;
-};
 
 SoNode* RootOf(TestModule* module) { return module->OutputGeometry(0).GetRoot().get(); }
 
-using PassTest = NetworkTest;
+using PassTest = ScriptedNetworkTest;
 
 TEST_F(PassTest, SinksRunInListOrderAndUpstreamInPortOrder)
 {
     TestModule* sinkA = Add("SinkA", 2);
     TestModule* left = Add("Left", 0, Output::Data);
     TestModule* right = Add("Right", 0, Output::Data);
-    TestModule* sinkB = Add("SinkB", 1);
     Link(sinkA, right, 0);
     Link(sinkA, left, 1);
-    Link(sinkB, left, 0);
+    Link(Add("SinkB", 1), left, 0);
     RunPass();
     EXPECT_EQ((std::vector<std::string>{"Right", "Left", "SinkA", "SinkB"}), ExecutionLog());
 }
@@ -124,30 +101,18 @@ TEST_F(PassTest, AbortMidPassKeepsTheOldRootAndSkipsAfterUpdate)
     EXPECT_EQ(VoModule::ModuleOk, slow->GetStatus());
     EXPECT_NE(before.get(), network().SceneRoot().get());
     EXPECT_EQ(2, proxy->afterUpdates);
-}
 
-TEST_F(PassTest, TransformFromAStoppedPassIsKept)
-{
+    // The transform of a stopped pass is kept.
     network().SetTransformOnlyUseIfYouAreAUnitTest(SceneTransform(3.0, 4.0, true));
-    TestModule* stopper = Add("Stopper", 0);
-    stopper->behaviour.result = VoModule::ModuleAborted;
+    slow->behaviour.result = VoModule::ModuleAborted;
+    slow->SetModified();
     RunPass();
-    EXPECT_TRUE(network().Transform().Valid());
     EXPECT_EQ(3.0, network().Transform().XTransform());
-}
-
-TEST_F(PassTest, WaitUntilDoneOnTheUpdateThreadReturnsAtOnce)
-{
-    LogCapture log;
-    TestModule* waiter = Add("Waiter", 0);
-    waiter->behaviour.waitInPass = true;
-    RunPass(); // would never end if the wait blocked
-    EXPECT_EQ(VoModule::ModuleOk, waiter->GetStatus());
-    EXPECT_TRUE(log.Contains("Wrong thread in WaitUntilDone"));
 }
 
 TEST_F(PassTest, IdleTasksStartAPassOnlyWhenModified)
 {
+    LogCapture log;
     network().DoIdleTasks();
     network().WaitUntilDone(2000);
     EXPECT_EQ(0, proxy->beforeUpdates);
@@ -162,9 +127,16 @@ TEST_F(PassTest, IdleTasksStartAPassOnlyWhenModified)
     network().WaitUntilDone(2000);
     EXPECT_EQ(1, module->executions);
     EXPECT_FALSE(network().IsModified());
+
+    // WaitUntilDone on the update thread returns at once.
+    module->behaviour.waitInPass = true;
+    module->SetModified();
+    RunPass(); // would never end if the wait blocked
+    EXPECT_EQ(VoModule::ModuleOk, module->GetStatus());
+    EXPECT_TRUE(log.Contains("Wrong thread in WaitUntilDone"));
 }
 
-using NodeTest = NetworkTest;
+using NodeTest = ScriptedNetworkTest;
 
 TEST_F(NodeTest, CycleIsRefusedWithoutChange)
 {
@@ -202,6 +174,9 @@ TEST_F(NodeTest, IdsGoOnAfterTheCurrentId)
     EXPECT_EQ(3u, network().GetNodeCount());
     EXPECT_THROW(network().AddNode(nullptr, true), shr::Exception);
     EXPECT_THROW(network().AddNode(first, true), shr::Exception) << "a module is added once";
+    TestModule stranger("Stranger", 0);
+    EXPECT_EQ(nullptr, network().DeleteNode(&stranger, true));
+    EXPECT_FALSE(network().IsValid(&stranger));
 
     network().DeleteAllNodes();
     EXPECT_TRUE(network().CurrentModuleId().IsBad());
@@ -231,13 +206,6 @@ TEST_F(NodeTest, FindNodeForms)
     EXPECT_EQ(nullptr, network().FindNode(picked->getChild(0))) << "hidden modules are skipped";
 }
 
-TEST_F(NodeTest, DeleteNodeOfAStrangerReturnsNull)
-{
-    TestModule stranger("Stranger", 0);
-    EXPECT_EQ(nullptr, network().DeleteNode(&stranger, true));
-    EXPECT_FALSE(network().IsValid(&stranger));
-}
-
 TEST_F(NodeTest, ModifyNodeRoutesTheEventAndSignals)
 {
     TestModule* module = Add("Module", 0);
@@ -250,7 +218,6 @@ TEST_F(NodeTest, ModifyNodeRoutesTheEventAndSignals)
             EXPECT_TRUE(rebuild);
             ++signals;
         });
-    TestPropList list;
     network().ModifyNode(*module, list, VbPropertyEvent(12, 3.5), true, false);
     EXPECT_EQ(12, module->lastPropertyId);
     EXPECT_EQ(VoModule::ModuleStale, module->GetStatus());
@@ -260,34 +227,26 @@ TEST_F(NodeTest, ModifyNodeRoutesTheEventAndSignals)
     EXPECT_EQ(1, signals);
 }
 
-TEST_F(NodeTest, SettingsDoNotMarkTheNetworkModified)
+TEST_F(NodeTest, SettingsDoNotMarkTheNetworkModifiedAndTheTransformIsStored)
 {
     network().SetBackgroundColor(shr::Color4b(1, 2, 3));
     network().VerticalExaggeration(2.5);
     EXPECT_FALSE(network().IsModified());
     network().VerticalExaggeration(1.0);
     network().SetBackgroundColor(shr::Color4b::Black);
-}
 
-TEST_F(NodeTest, TransformPersistenceByVersion)
-{
     network().SetTransformOnlyUseIfYouAreAUnitTest(SceneTransform(-12.5, 40.0, true));
-    const std::vector<unsigned char> bytes = testsupport::Store(network());
+    const std::vector<unsigned char> bytes = Store(network());
     network().SetTransformOnlyUseIfYouAreAUnitTest(SceneTransform());
-    testsupport::Load(network(), bytes);
+    Load(network(), bytes);
     EXPECT_TRUE(network().Transform().Valid());
     EXPECT_EQ(-12.5, network().Transform().XTransform());
     EXPECT_EQ(40.0, network().Transform().YTransform());
 
-    std::vector<unsigned char> old;
-    {
-        shr::Archive out(old, "", 113);
-    }
+    const std::vector<unsigned char> old = Store(network(), 113);
     network().SetTransformOnlyUseIfYouAreAUnitTest(SceneTransform(1.0, 2.0, true));
-    shr::Archive in(old.data(), old.size());
-    network().Serialize(in);
+    Load(network(), old);
     EXPECT_EQ(1.0, network().Transform().XTransform()) << "version 113 carries no transform";
 }
 
 } // namespace
-} // namespace nettest

@@ -1,7 +1,7 @@
-#include "RenderTestScenes.h"
+#include "tests/support/PictureSupport.h"
+#include "tests/support/TestSupport.h"
 
 #include "render/Framebuffer.h"
-#include "render/SceneRenderer.h"
 #include "shr/Exception.h"
 
 #include <gtest/gtest.h>
@@ -10,23 +10,14 @@
 #include <string>
 #include <thread>
 
-using namespace render_test;
+using namespace testsupport;
 using render::Framebuffer;
 using render::OffscreenContext;
 using render::SceneRenderer;
 
 namespace {
 
-TEST(OffscreenContext, AnyPlatformGivesACurrentCompatibilityContext)
-{
-    OffscreenContext& context = Context();
-    context.MakeCurrent();
-    EXPECT_TRUE(context.IsCurrent());
-    EXPECT_NE(context.UsedPlatform(), OffscreenContext::Platform::Any);
-    const std::string description = context.Description();
-    std::cout << "[ context  ] " << description << "\n";
-    EXPECT_NE(description.find("OpenGL"), std::string::npos);
-}
+const shr::Color4b kRed = shr::Color4b::Red, kBlue = shr::Color4b::Blue;
 
 // Each platform, with and without a pbuffer, either draws correctly or refuses
 // with an error naming the EGL call; a second context on a shared display
@@ -41,7 +32,8 @@ TEST(OffscreenContext, EveryPlatformDrawsOrRefusesCleanly)
             SCOPED_TRACE(testing::Message() << OffscreenContext::PlatformName(platform)
                                             << (surface == Surface::Pbuffer ? " pbuffer" : ""));
             std::unique_ptr<OffscreenContext> first, second;
-            const std::string error = ErrorOf([&] { first = std::make_unique<OffscreenContext>(platform, surface); });
+            const std::string error =
+                RaisedText([&] { first = std::make_unique<OffscreenContext>(platform, surface); });
             if (!first) {
                 EXPECT_NE(error.find("EGL"), std::string::npos) << error;
                 continue;
@@ -56,17 +48,22 @@ TEST(OffscreenContext, EveryPlatformDrawsOrRefusesCleanly)
             EXPECT_EQ(image.At(0, 0), kBlue);
         }
     }
-    Context().MakeCurrent();
+    PictureContext().MakeCurrent();
 }
 
-TEST(OffscreenContext, GlWorkWithoutAContextThrows)
+TEST(OffscreenContext, GlWorkNeedsACurrentCompatibilityContext)
 {
-    Context().MakeCurrent();
+    OffscreenContext& context = PictureContext();
+    context.MakeCurrent();
+    EXPECT_TRUE(context.IsCurrent());
+    EXPECT_NE(context.UsedPlatform(), OffscreenContext::Platform::Any);
+    std::cout << "[ context  ] " << context.Description() << "\n";
+    EXPECT_NE(context.Description().find("OpenGL"), std::string::npos);
     Framebuffer framebuffer(8, 8);
     std::string orphan, reading;
     std::thread bare([&] {
-        orphan = ErrorOf([] { Framebuffer(8, 8); });
-        reading = ErrorOf([&] { framebuffer.ReadPixels(); });
+        orphan = RaisedBy([] { Framebuffer(8, 8); }).message;
+        reading = RaisedBy([&] { framebuffer.ReadPixels(); }).message;
     });
     bare.join();
     EXPECT_EQ(orphan, "No OpenGL context is current on this thread: a framebuffer needs one.");

@@ -51,6 +51,7 @@ TEST(Color4b, MidpointsOfEachMethod)
         {Color4b::HsvDecreasing, red, blue, 0.5, Color4b(255, 0, 255)},
         // Grey takes the hue of the other end: no detour through other colours.
         {Color4b::HsvShortest, Color4b::Black, red, 0.5, Color4b(128, 64, 64)},
+        {Color4b::HsvShortest, Color4b::White, blue, 0.5, Color4b(128, 128, 255)},
         {Color4b::Nearest, red, blue, 0.49, red},
         {Color4b::Nearest, red, blue, 0.5, blue},
         {Color4b::StepFirst, red, blue, 0.99, red},

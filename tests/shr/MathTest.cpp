@@ -38,15 +38,7 @@ TEST(Vec3d, NormalizeAndOrdering)
     std::sort(sorted.begin(), sorted.end());
     const std::vector<Vec3d> want = {Vec3d(0, 5, 5), Vec3d(1, 1, 9), Vec3d(1, 2, -1), Vec3d(1, 2, 3)};
     EXPECT_EQ(sorted, want);
-
-    Vec3f f;
-    f = Vec3d(0.5, 1.5, 2.5);
-    EXPECT_EQ(f, Vec3f(0.5f, 1.5f, 2.5f));
-    EXPECT_EQ(Vec4d(Vec3d(1, 2, 3), 4).w, 4.0);
     EXPECT_EQ(Vec3d::UNIT_X.Cross(Vec3d::UNIT_Y), Vec3d::UNIT_Z);
-    using P4 = Point4<double, double>;
-    EXPECT_EQ(P4(1, 2, 3, 4), P4(1, 2, 3, 4));
-    EXPECT_NE(P4(1, 2, 3, 4), P4(1, 2, 3, 5));
 }
 
 TEST(MathUtil, ScalarHelpers)
@@ -83,24 +75,18 @@ TEST(MathUtil, CalcAutoIncOnAwkwardRanges)
         int count;
         double step, first, last;
     } rows[] = {
-        {0, 10, 5, 2, 0, 10},
-        {0, 10, 7, 2, 0, 10},
-        {0.3, 2.1, 6, 0.5, 0.5, 2.0},
+        {0, 10, 5, 2, 0, 10}, {0, 10, 7, 2, 0, 10}, {0.3, 2.1, 6, 0.5, 0.5, 2.0}, {-7, 13, 4, 5, -5, 10},
         {0.1, 0.7, 6, 0.1, 0.1, 0.7},   // multiples read as written
-        {-7, 13, 4, 5, -5, 10},
         {-0.5, 0.5, 1, 1, 0, 0},        // no "-0"
         {10, 0, 5, 2, 0, 10},           // reversed
         {0, 10, 0, 10, 0, 10},          // count 0 counts as 1
-        {0, 10, -3, 10, 0, 10},
+        {0, 10, -3, 10, 0, 10}, {0, 0.9, 4, 0.25, 0, 0.75},
         {0, 1, 3, 0.5, 0, 1},           // 1/3 rounds up to 0.5
-        {0, 0.9, 4, 0.25, 0, 0.75},
         {5, 5, 7, 1, 5, 5},             // zero width
-        {0, 0, 5, 0.2, 0, 0},
-        {1e20, 1e20 + 1e6, 5, 2e5, 1e20, 1e20 + 1e6},
-        {1e-300, 2e-300, 4, 2.5e-301, 1e-300, 2e-300},
-        {nan, 1, 5, 0, 0, 0},
-        {0, INFINITY, 5, 0, 0, 0},
+        {0, 0, 5, 0.2, 0, 0}, {1e20, 1e20 + 1e6, 5, 2e5, 1e20, 1e20 + 1e6}, {1e-300, 2e-300, 4, 2.5e-301, 1e-300, 2e-300},
+        {nan, 1, 5, 0, 0, 0}, {0, INFINITY, 5, 0, 0, 0},
         {0, 1e-310, 5, 0, 0, 1e-310},   // step below the normal range
+        {0, 2.0000000000000004, 1, 2, 0, 2}, // a hair above a nice step keeps it
     };
     for (const Row& row : rows) {
         double first = -1, last = -1;
@@ -155,7 +141,7 @@ TEST(MathUtil, LeastSquaresFitsAnOverdeterminedSystem)
     EXPECT_NEAR(coef[2] + 2 * 1e6 - 3 * 2e6, 2 * 1e6 - 3 * 2e6 + 5, 1e-3); // the fit at the first point
 }
 
-TEST(MathUtil, LeastSquaresRefusesWhatItCannotSolve)
+TEST(MathUtil, LeastSquaresRefusesWhatItCannotSolveAndAccessIsChecked)
 {
     struct Row {
         const char* what;
@@ -179,32 +165,20 @@ TEST(MathUtil, LeastSquaresRefusesWhatItCannotSolve)
         EXPECT_EQ(x.Size(), 1u) << row.what;
         EXPECT_EQ(x[0], 42) << row.what;
     }
-}
-
-TEST(RMatrix, CheckedAccessThrows)
-{
+    // Checked access.
     RMatrix a(2, 3);
-    a.At(1, 2) = 5;
-    EXPECT_EQ(a[1][2], 5);
     EXPECT_THROW(a.At(2, 0), Exception);
     EXPECT_THROW(a.At(0, 3), Exception);
-    RVector v(3);
-    EXPECT_THROW(v.At(3), Exception);
+    EXPECT_THROW(RVector(3).At(3), Exception);
     EXPECT_THROW(a * RVector(2), Exception);
-    a.Resize(3, 1);
-    EXPECT_EQ(a.Rows() * a.Cols(), 3u);
-    EXPECT_EQ(a(2, 0), 0.0);
 }
 
-TEST(Box3d, EmptyExtendAndQueries)
+TEST(Box3d, EmptyExtendQueriesAndCorners)
 {
     Box3d box;
-    EXPECT_TRUE(box.IsEmpty());
-    EXPECT_EQ(box.min, Vec3d(DBL_MAX, DBL_MAX, DBL_MAX));
-    EXPECT_EQ(box.max, -Vec3d(DBL_MAX, DBL_MAX, DBL_MAX));
-    EXPECT_TRUE(box.IsDegenerate());
+    EXPECT_TRUE(box.IsEmpty() && box.IsDegenerate());
     EXPECT_EQ(box.Size(), Vec3d::ZERO);
-    EXPECT_EQ(box.Diagonal(), 0.0);
+    EXPECT_EQ(box.Center(), Vec3d::ZERO);
 
     box.ExtendBy(Box3d()); // nothing
     EXPECT_TRUE(box.IsEmpty());
@@ -215,7 +189,6 @@ TEST(Box3d, EmptyExtendAndQueries)
     EXPECT_EQ(box, Box3d(-1, 0, 0, 1, 5, 7));
     EXPECT_FALSE(box.IsDegenerate());
     EXPECT_EQ(box.Center(), Vec3d(0, 2.5, 3.5));
-    EXPECT_EQ(box.Size(), Vec3d(2, 5, 7));
     EXPECT_DOUBLE_EQ(box.Diagonal(), std::sqrt(4.0 + 25 + 49));
     EXPECT_TRUE(Box3d(0, 0, 0, 1, 1, 0).IsDegenerate()); // flat
 
@@ -224,10 +197,8 @@ TEST(Box3d, EmptyExtendAndQueries)
     EXPECT_EQ(box, Box3d(0, -1, -6, 3, 4, 2));
     box.BoundPoints(pts, 0);
     EXPECT_TRUE(box.IsEmpty());
-}
 
-TEST(Box3d, CornersRunRoundTheFaces)
-{
+    // Corners run round the faces.
     Vec3d c[8];
     Box3d(0, 0, 0, 1, 2, 3).GetCorners(c);
     const Vec3d want[8] = {Vec3d(0, 0, 0), Vec3d(1, 0, 0), Vec3d(1, 2, 0), Vec3d(0, 2, 0),
@@ -252,20 +223,15 @@ TEST(Box3d, Intersects)
         Box3d other;
         bool want;
     } rows[] = {
-        {Box3d(0.5, 0.5, 0.5, 2, 2, 2), true},
-        {Box3d(1, 0, 0, 2, 1, 1), true},          // shared face
-        {Box3d(1, 1, 1, 2, 2, 2), true},          // shared corner
-        {Box3d(-1, -1, -1, 3, 3, 3), true},       // contains
-        {Box3d(1.001, 0, 0, 2, 1, 1), false},
-        {Box3d(0, 0, -2, 1, 1, -0.5), false},
-        {Box3d(), false},                         // empty
-        {Box3d(0.5, 0.5, 0.5, 0.5, 0.5, 0.5), true}, // a point inside
+        {Box3d(0.5, 0.5, 0.5, 2, 2, 2), true}, {Box3d(-1, -1, -1, 3, 3, 3), true}, // overlaps, contains
+        {Box3d(1, 0, 0, 2, 1, 1), true}, {Box3d(1, 1, 1, 2, 2, 2), true},       // shared face, corner
+        {Box3d(1.001, 0, 0, 2, 1, 1), false}, {Box3d(0, 0, -2, 1, 1, -0.5), false},
+        {Box3d(), false}, {Box3d(0.5, 0.5, 0.5, 0.5, 0.5, 0.5), true}, // empty, a point inside
     };
     for (const Row& row : rows) {
         EXPECT_EQ(unit.Intersects(row.other), row.want) << row.other.min.x << " " << row.other.max.x;
         EXPECT_EQ(row.other.Intersects(unit), row.want);
     }
-    EXPECT_FALSE(Box3d().Intersects(Box3d()));
     EXPECT_TRUE(unit.Intersects(Vec3d(1, 0.5, 0)));
     EXPECT_FALSE(unit.Intersects(Vec3d(1, 0.5, -0.1)));
     EXPECT_FALSE(Box3d().Intersects(Vec3d::ZERO));

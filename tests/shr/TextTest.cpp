@@ -85,6 +85,8 @@ TEST(StringUtil, FormattingTokensAndTrimming)
     EXPECT_EQ(ParseString(rest, token), rest + 5);
     EXPECT_EQ(token, "tail");
     EXPECT_EQ(ParseString("\"open", token), nullptr);
+    ParseString(R"("c:\\dir")", token);
+    EXPECT_EQ(token, "c:\\dir");
 
     std::string s = " \t padded \n";
     TrimRight(s);

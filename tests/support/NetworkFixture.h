@@ -1,7 +1,7 @@
 #pragma once
 // What the module tests of several areas share: a data source, a host proxy
 // that records errors, a fixture that drives modules through the network as a
-// host does (add, link, edit rows, run a pass, wait), and stored-form helpers.
+// host does (add, link, edit rows, run a pass, wait).
 #include "core/data/VdData.h"
 #include "core/network/UiProxy.h"
 #include "core/network/VbModuleInfo.h"
@@ -10,8 +10,9 @@
 #include "core/network/VoNetwork.h"
 #include "core/processing/VoLatticeSrc.h"
 #include "core/properties/SimplePropertyCollection.h"
-#include "shr/Archive.h"
 #include "shr/Exception.h"
+
+#include "TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -88,24 +89,5 @@ protected:
     core::SimplePropertyCollection list;
     core::VoLatticeSrc* source = nullptr; // the latest made by Feed
 };
-
-// The stored form of `object`, written as `version` would write it.
-template <class T>
-std::vector<unsigned char> Store(T& object, int version = shr::Archive::CurrentVersion, const char* path = "")
-{
-    std::vector<unsigned char> bytes;
-    shr::Archive archive(bytes, path, version);
-    object.Serialize(archive);
-    return bytes;
-}
-
-// Reads all but the last `cut` bytes into `object`; returns the bytes left unread.
-template <class T>
-uint64_t Load(T& object, const std::vector<unsigned char>& bytes, size_t cut = 0, const char* path = "")
-{
-    shr::Archive archive(bytes.data(), bytes.size() - cut, path);
-    object.Serialize(archive);
-    return archive.BytesRemaining();
-}
 
 } // namespace testsupport

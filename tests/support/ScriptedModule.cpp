@@ -1,15 +1,34 @@
-#include "NetworkTestSupport.h"
+#include "ScriptedModule.h"
+
+#include "core/data/VdGeometry.h"
+#include "core/graphics/VgRenderer.h"
+#include "core/network/VbProgress.h"
+#include "core/properties/VbPropertyEvent.h"
 
 #include <Inventor/nodes/SoSeparator.h>
 
 #include <chrono>
+#include <stdexcept>
+#include <thread>
 
-namespace nettest {
+namespace testsupport {
 
 SHR_IMPLEMENT_CREATABLE_TYPE(TestData, core::VdData)
 SHR_IMPLEMENT_CREATABLE_TYPE(TestModule, core::VoModule)
 const core::VbModuleInfo TestModule::s_ModuleInfo("Test Modules\\TestModule", TestModule::GetClassTypeId(), 63, 63,
                                                   "A module for tests", -1);
+
+void RecordingProxy::Progress(double fraction)
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    fractions.push_back(fraction);
+}
+
+void RecordingProxy::Record(std::string event)
+{
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    events.push_back(std::move(event));
+}
 
 std::vector<std::string>& ExecutionLog()
 {
@@ -24,20 +43,11 @@ TestModule::TestModule(const char* name, int inputs, Output output, unsigned int
         Name(name);
     for (int i = 0; i < inputs; ++i)
         AddInput("Input Data", inputType);
-    switch (output) {
-    case Output::None:
-        break;
-    case Output::Geometry:
-    case Output::HeaderGeometry:
+    if (output == Output::Geometry || output == Output::HeaderGeometry)
         AddOutput("Output Geometry", core::PortGeometry)->Data(new core::VdGeometry(this, output == Output::HeaderGeometry));
-        break;
-    case Output::Data:
+    else if (output == Output::Data)
         AddOutput("Output Data", core::PortUniformLattice)->Data(new TestData(core::PortUniformLattice));
-        break;
-    }
 }
-
-void TestModule::OnInputChanged(int input, bool) { inputChanges.push_back(input); }
 
 void TestModule::PropertyEvent(core::VbPropList&, const core::VbPropertyEvent& event)
 {
@@ -45,7 +55,7 @@ void TestModule::PropertyEvent(core::VbPropList&, const core::VbPropertyEvent& e
     SetModified();
 }
 
-VoModule::ModuleStatus TestModule::ExecuteImpl(std::shared_ptr<core::VgRenderer> renderer)
+core::VoModule::ModuleStatus TestModule::ExecuteImpl(std::shared_ptr<core::VgRenderer> renderer)
 {
     ++executions;
     ExecutionLog().push_back(Name());
@@ -69,7 +79,23 @@ VoModule::ModuleStatus TestModule::ExecuteImpl(std::shared_ptr<core::VgRenderer>
     return behaviour.result;
 }
 
-void NetworkTest::SetUp()
+void ExpectConsistentLinks(const core::VoNetwork& network)
+{
+    for (core::VoModule* module : network) {
+        for (size_t i = 0; i < module->GetInputCount(); ++i)
+            for (const core::VbPort::Connection& link : module->GetInput(i)->GetConnections()) {
+                ASSERT_TRUE(network.IsValid(link.module));
+                EXPECT_TRUE(link.module->Connected(static_cast<size_t>(link.port), *module, i));
+            }
+        for (size_t o = 0; o < module->GetOutputCount(); ++o)
+            for (const core::VbPort::Connection& link : module->GetOutput(o)->GetConnections()) {
+                ASSERT_TRUE(network.IsValid(link.module));
+                EXPECT_EQ(module, link.module->GetInputConnection(static_cast<size_t>(link.port), 0));
+            }
+    }
+}
+
+void ScriptedNetworkTest::SetUp()
 {
     NetworkFixture::SetUp();
     // A pass over the empty network clears an abort left by an earlier test.
@@ -79,20 +105,19 @@ void NetworkTest::SetUp()
     proxy = std::make_unique<RecordingProxy>();
 }
 
-void NetworkTest::TearDown()
+void ScriptedNetworkTest::TearDown()
 {
     NetworkFixture::TearDown();
     proxy.reset();
 }
 
-std::vector<SoNode*> NetworkTest::RootChildren() const
+std::vector<SoNode*> ScriptedNetworkTest::RootChildren() const
 {
     std::vector<SoNode*> children;
     core::InvSmartPtr<SoSeparator> root = network().SceneRoot();
-    if (root)
-        for (int i = 0; i < root->getNumChildren(); ++i)
-            children.push_back(root->getChild(i));
+    for (int i = 0; root && i < root->getNumChildren(); ++i)
+        children.push_back(root->getChild(i));
     return children;
 }
 
-} // namespace nettest
+} // namespace testsupport

@@ -1,36 +1,23 @@
 #pragma once
-// Test modules, data and a recording host proxy for the network tests. Passes
-// run for real on the update thread; tests wait with WaitUntilDone before they
-// look, as a host does before it draws.
-#include "core/data/VdData.h"
-#include "core/data/VdGeometry.h"
-#include "core/graphics/VgRenderer.h"
-#include "core/network/UiProxy.h"
-#include "core/network/VbModuleInfo.h"
-#include "core/network/VbPort.h"
-#include "core/network/VbProgress.h"
-#include "core/network/VoModule.h"
-#include "core/network/VoNetwork.h"
-#include "core/properties/SimplePropertyCollection.h"
-#include "core/properties/VbPropertyEvent.h"
-#include "shr/Exception.h"
-
+// A module whose behaviour a test scripts (result, failure, slow progress,
+// abort), the data it offers, and a host proxy that records what the library
+// tells the host. Passes run for real on the update thread; tests wait with
+// WaitUntilDone before they look, as a host does before it draws.
 #include "NetworkFixture.h"
 
-#include <gtest/gtest.h>
+#include "core/data/VdData.h"
+#include "core/network/VoModule.h"
 
 #include <atomic>
-#include <mutex>
-#include <stdexcept>
+#include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
-namespace nettest {
+class SoNode;
 
-using core::VoModule;
+namespace testsupport {
 
-// A data object of any kind, for port-type tests.
+// A data object of any port kind.
 class TestData : public core::VdData {
     SHR_DECLARE_CREATABLE_TYPE(TestData)
 public:
@@ -42,19 +29,13 @@ private:
     unsigned int m_Type;
 };
 
-class TestPropList : public core::SimplePropertyCollection {};
-
-// Records what the library tells the host; calls come from both threads.
-class RecordingProxy : public testsupport::ErrorProxy {
+// Records progress, pass callbacks and errors; calls come from both threads.
+class RecordingProxy : public ErrorProxy {
 public:
     void PushProgress(const char* text, bool flag) override { Record(std::string("push:") + text + (flag ? ":1" : ":0")); }
     void PopProgress() override { Record("pop"); }
     void ProgressText(const char* text) override { Record(std::string("text:") + text); }
-    void Progress(double fraction) override
-    {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        fractions.push_back(fraction);
-    }
+    void Progress(double fraction) override;
     void BeforeUpdate() override { ++beforeUpdates; }
     void AfterUpdate() override { ++afterUpdates; }
 
@@ -64,16 +45,12 @@ public:
     std::atomic<int> afterUpdates{0};
 
 private:
-    void Record(std::string event)
-    {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        events.push_back(std::move(event));
-    }
+    void Record(std::string event);
 };
 
-// What a test module does when it runs.
+// What a scripted module does when it runs.
 struct Behaviour {
-    VoModule::ModuleStatus result = VoModule::ModuleOk;
+    core::VoModule::ModuleStatus result = core::VoModule::ModuleOk;
     bool throwShared = false;
     bool throwStd = false;
     bool runUntilAborted = false; // computes until VbProgress says stop
@@ -83,10 +60,10 @@ struct Behaviour {
 
 enum class Output { None, Geometry, HeaderGeometry, Data };
 
-// The order in which modules executed during the latest passes, by name.
+// The names of the modules executed in the latest passes, in order.
 std::vector<std::string>& ExecutionLog();
 
-class TestModule : public VoModule {
+class TestModule : public core::VoModule {
     SHR_DECLARE_CREATABLE_TYPE(TestModule)
 public:
     static const core::VbModuleInfo s_ModuleInfo;
@@ -97,13 +74,11 @@ public:
 
     using VoModule::AddOutput;
     using VoModule::Connect;
-    using VoModule::Disconnect;
     using VoModule::GetInputData;
     using VoModule::GetOutputData;
     using VoModule::SetGeomFilter;
-    using VoModule::Update;
 
-    void OnInputChanged(int input, bool recalc) override;
+    void OnInputChanged(int input, bool recalc) override { inputChanges.push_back(input); }
     void PropertyEvent(core::VbPropList& list, const core::VbPropertyEvent& event) override;
 
     Behaviour behaviour;
@@ -116,22 +91,24 @@ private:
     ModuleStatus ExecuteImpl(std::shared_ptr<core::VgRenderer> renderer) override;
 };
 
-// Installs a recording proxy, starts the network, and leaves it empty.
-class NetworkTest : public testsupport::NetworkFixture {
+// Checks that every link of the network's modules appears on both its ends.
+void ExpectConsistentLinks(const core::VoNetwork& network);
+
+// A started, empty network with a recording proxy installed.
+class ScriptedNetworkTest : public NetworkFixture {
 protected:
     void SetUp() override;
     void TearDown() override;
 
-    // Adds a module made with `args` and returns it (owned by the network).
     template <class... Args>
     TestModule* Add(Args&&... args)
     {
         return NetworkFixture::Add(new TestModule(std::forward<Args>(args)...));
     }
-    // Children of the scene root, as the switches they are.
+    // The children of the scene root.
     std::vector<SoNode*> RootChildren() const;
 
     std::unique_ptr<RecordingProxy> proxy;
 };
 
-} // namespace nettest
+} // namespace testsupport

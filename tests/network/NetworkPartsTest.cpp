@@ -1,0 +1,275 @@
+// The network's parts: progress display, the host proxy, core errors, events,
+// the module registry and module ids.
+#include "ScriptedModule.h"
+
+#include "core/network/ContextMenuOptions.h"
+#include "core/network/CoreError.h"
+#include "core/network/Event.h"
+#include "core/network/VbModuleRegistry.h"
+#include "core/network/VbProgress.h"
+
+#include <functional>
+#include <limits>
+#include <thread>
+
+using namespace core;
+using namespace testsupport;
+
+namespace {
+
+const VbModuleInfo s_Source("Test\\NetTestSource", TestModule::GetClassTypeId(), 0, 2, "", 3);
+const VbModuleInfo s_Filter("Test\\NetTestFilter", nullptr, 14, 2, "Filters", -1);
+const VbModuleInfo s_Geom("Test\\NetTestGeom", nullptr, 16, 16, nullptr, -1);
+const VbModuleInfo s_Info("Test\\NetTestInfo", nullptr, 63, 0, "Shows", -1);
+const VbModuleInfo s_Underscore("Other\\NetTest_b", nullptr, 1, 1, "Points", -1);
+const VbModuleInfo s_Lower("Other\\NetTesta", nullptr, 0, 1, "Points", -1);
+
+// The test infos among the results, in their order.
+std::vector<std::string> Ours(const std::vector<const VbModuleInfo*>& infos)
+{
+    std::vector<std::string> names;
+    for (const VbModuleInfo* info : infos)
+        if (info->UiName().compare(0, 7, "NetTest") == 0)
+            names.push_back(info->UiName());
+    return names;
+}
+
+using ProgressTest = ScriptedNetworkTest;
+
+TEST_F(ProgressTest, DisplayRules)
+{
+    struct Case {
+        const char* name;
+        long delay;
+        std::vector<double> updates;
+        const char* textBeforeDisplay;
+        std::vector<std::string> events;
+        std::vector<double> shown;
+    };
+    const long never = std::numeric_limits<int32_t>::max();
+    const Case cases[] = {
+        {"within the delay nothing shows", never, {0.1, 0.5, 0.9}, nullptr, {}, {}},
+        {"fractions are clamped", -1, {1.7, -0.2, 0.25}, nullptr, {"push:Work:1", "pop"}, {1.0, 0.0, 0.25}},
+        {"text set before the display is pushed", -1, {0.5}, "Renamed", {"push:Renamed:1", "pop"}, {0.5}},
+    };
+    for (const Case& c : cases) {
+        proxy->events.clear();
+        proxy->fractions.clear();
+        {
+            VbProgress progress("Work", 1, c.delay, c.delay);
+            if (c.textBeforeDisplay)
+                progress.SetText(c.textBeforeDisplay);
+            for (double fraction : c.updates)
+                EXPECT_TRUE(progress.Update(fraction)) << c.name;
+        }
+        EXPECT_EQ(c.events, proxy->events) << c.name;
+        EXPECT_EQ(c.shown, proxy->fractions) << c.name;
+    }
+}
+
+TEST_F(ProgressTest, TextAfterTheDisplayGoesToTheHost)
+{
+    {
+        VbProgress progress("Work", 0, -1, std::numeric_limits<int32_t>::max());
+        EXPECT_TRUE(progress.Update(size_t(1), size_t(4)));
+        progress.SetText("Phase two");
+        EXPECT_TRUE(progress.Update(0.5)); // within the new interval: not shown
+    }
+    EXPECT_EQ((std::vector<std::string>{"push:Work:0", "text:Phase two", "pop"}), proxy->events);
+    EXPECT_EQ((std::vector<double>{0.25}), proxy->fractions);
+}
+
+TEST(UiProxyTest, TheLatestProxyIsActiveUntilAnyIsDestroyed)
+{
+    UiProxy* fallback = UiProxy::Instance();
+    {
+        RecordingProxy older;
+        {
+            RecordingProxy newer;
+            EXPECT_EQ(&newer, UiProxy::Instance());
+        }
+        EXPECT_EQ(fallback, UiProxy::Instance()) << "destroying any proxy leaves the default";
+    }
+    // The default does nothing and does not fail.
+    fallback->StatusMsg("%s", "quiet");
+    fallback->ErrorMsg(__FILE__, __LINE__, "quiet");
+    fallback->Progress(0.5);
+
+    // An error with a call site reaches the host as a Core error of code 0.
+    struct Capture : RecordingProxy {
+        void ErrorMsg(const shr::Exception& error) override { texts.push_back(error.Describe()); }
+        std::vector<std::string> texts;
+    } capture;
+    capture.UiProxy::ErrorMsg("Module.cpp", 17, "Went wrong");
+    EXPECT_EQ(std::vector<std::string>{"Core error 0 (Module.cpp:17): Went wrong"}, capture.texts);
+}
+
+// A worksheet request takes a reference for the view; with no host view to
+// hold it, the default gives it back, so the data can still be freed.
+TEST(UiProxyTest, TheDefaultDataViewGivesItsReferenceBack)
+{
+    static int live = 0;
+    struct Counted : VdData {
+        Counted() { ++live; }
+        ~Counted() override { --live; }
+        unsigned int GetType() const override { return 1; }
+        const char* GetTypeName() const override { return "counted"; }
+    };
+    const VdData* data = new Counted;
+    data->AddRef(); // the module's port
+    data->AddRef(); // the request, as a source module makes it
+    UiProxy::Instance()->CreateDataView(data, "Points");
+    data->DecRef();
+    EXPECT_EQ(live, 0);
+}
+
+TEST(ContextMenuTest, KeepsOrderAndRefusesEmptyLabels)
+{
+    ContextMenuOptions options;
+    options.Add({"Import", shr::CommandOptions("Import Kind=1")});
+    options.Add({"Reload", shr::CommandOptions("Reload")});
+    EXPECT_THROW(options.Add({"", shr::CommandOptions("Nothing")}), shr::Exception);
+    ASSERT_EQ(2u, options.size());
+    EXPECT_EQ("Import", options.begin()->first);
+    EXPECT_EQ("Import", options.begin()->second.Command());
+    EXPECT_EQ("Reload", options.rbegin()->first);
+}
+
+TEST(CoreErrorTest, CodesGiveTheirTextsAndTheCallSite)
+{
+    const std::pair<std::function<void()>, std::string> cases[] = {
+        {[] { CORE_THROW(0, "Free text %d", 3); }, "Free text 3"},
+        {[] { CORE_THROW(2, 'X'); }, "The minimum X limit must be less than the maximum."},
+        {[] { CORE_THROW(5, "Isosurface", "lattice"); }, "Type mismatch: Isosurface requires a lattice for input."},
+        {[] { CORE_THROW(31, 'Z', 250.0, 0.5); },
+         "Too many labels for the Z axis (250).\nIncrease the label increment to at least 0.5"},
+        {[] { CORE_THROW(43, 12u, "map.txt"); }, "Line 12 in file 'map.txt' is out of order."},
+        {[] { CORE_THROW(46); }, "Insufficient memory to perform operation"},
+        {[] { CORE_THROW(1); }, std::string("Internal Error.  An internal inconsistency has been detected.\nPlease "
+                                            "report this to Corvant at ") + kSupportAddress},
+    };
+    const int codes[] = {0, 2, 5, 31, 43, 46, 1};
+    for (size_t n = 0; n < std::size(cases); ++n) {
+        try {
+            cases[n].first();
+            ADD_FAILURE() << "code " << codes[n] << " did not throw";
+        } catch (const shr::Exception& e) {
+            EXPECT_EQ(cases[n].second, e.Message()) << codes[n];
+            EXPECT_EQ(codes[n], e.Code());
+            EXPECT_EQ("Core", e.Component());
+            EXPECT_NE(std::string::npos, e.File().find("NetworkPartsTest.cpp")) << "the call site's file";
+        }
+    }
+    EXPECT_NO_THROW(CORE_THROW(47));
+    EXPECT_NO_THROW(CORE_THROW(-1));
+    for (int code = 2; code <= kLastCoreErrorCode; ++code)
+        EXPECT_NE(nullptr, CoreErrorFormat(code)) << code;
+}
+
+TEST(EventTest, AutoResetLetsOneWaiterThroughManualResetAll)
+{
+    Event automatic(Event::Mode::AutoReset, true), manual(Event::Mode::ManualReset, true);
+    EXPECT_TRUE(automatic.Wait(0));
+    EXPECT_FALSE(automatic.Wait(0)) << "consumed by the first wait";
+    EXPECT_TRUE(manual.Wait(0) && manual.Wait(0));
+    manual.Reset();
+    EXPECT_FALSE(manual.Wait(0));
+    std::thread waiter([&] { automatic.Wait(); });
+    automatic.Set();
+    waiter.join();
+    EXPECT_FALSE(automatic.Wait(0));
+}
+
+TEST(RegistryTest, LookupByLastPathComponentInByteOrder)
+{
+    const VbModuleRegistry& registry = VbModuleRegistry::Instance();
+    EXPECT_EQ(&s_Filter, registry.Construct("NetTestFilter"));
+    EXPECT_EQ(nullptr, registry.Construct("Test\\NetTestFilter"));
+    EXPECT_EQ(nullptr, registry.Construct("nettestfilter")) << "names are case-sensitive";
+    EXPECT_TRUE(registry.CanConstruct("NetTestGeom"));
+    EXPECT_FALSE(registry.CanConstruct("NetTestNothing"));
+    EXPECT_THROW(registry.Construct(""), shr::Exception);
+    EXPECT_THROW(registry.CanConstruct(""), shr::Exception);
+    const std::vector<const VbModuleInfo*> all(registry.begin(), registry.end());
+    EXPECT_EQ((std::vector<std::string>{"NetTestFilter", "NetTestGeom", "NetTestInfo", "NetTestSource", "NetTest_b",
+                                        "NetTesta"}),
+              Ours(all));
+
+    // Bad registrations change nothing.
+    const size_t before = registry.size();
+    EXPECT_THROW((void)new VbModuleInfo("", nullptr, 0, 0, "", -1), shr::Exception);
+    EXPECT_THROW((void)new VbModuleInfo("Elsewhere\\NetTestGeom", nullptr, 0, 0, "", -1), shr::Exception)
+        << "the last component is the key, whatever the category";
+    EXPECT_THROW(VbModuleRegistry::Instance().Register(nullptr), shr::Exception);
+    EXPECT_EQ(before, registry.size());
+}
+
+TEST(RegistryTest, MatchSourceTypeAppendsInNameOrder)
+{
+    struct Case {
+        unsigned int mask;
+        std::vector<std::string> expected;
+    };
+    const Case cases[] = {
+        {0, {"NetTestSource", "NetTesta"}},
+        {16, {"NetTestGeom", "NetTestInfo"}},
+        {2, {"NetTestFilter", "NetTestInfo"}},
+        {1, {"NetTestInfo", "NetTest_b"}},
+    };
+    for (const Case& c : cases) {
+        std::vector<const VbModuleInfo*> result{&s_Geom};
+        VbModuleRegistry::Instance().MatchSourceType(c.mask, result);
+        EXPECT_EQ(&s_Geom, result.front()) << "the result is appended to, not cleared";
+        result.erase(result.begin());
+        EXPECT_EQ(c.expected, Ours(result)) << "mask " << c.mask;
+    }
+}
+
+TEST(RegistryTest, ClassLevelCompatibility)
+{
+    EXPECT_TRUE(VbModuleRegistry::IsCompatible(&s_Source, &s_Filter));
+    EXPECT_FALSE(VbModuleRegistry::IsCompatible(&s_Filter, &s_Geom));
+    EXPECT_FALSE(VbModuleRegistry::IsCompatible(&s_Info, &s_Info)) << "no outputs: compatible with nothing";
+    EXPECT_FALSE(VbModuleRegistry::IsCompatible(nullptr, &s_Info));
+    EXPECT_FALSE(VbModuleRegistry::IsCompatible(&s_Source, nullptr));
+}
+
+TEST(RegistryTest, InfoFieldsAndCreation)
+{
+    EXPECT_EQ("No help available", s_Source.HelpString());
+    EXPECT_EQ("No help available", s_Geom.HelpString());
+    EXPECT_NE(nullptr, s_Source.Module());
+    EXPECT_EQ(s_Source.Module(), TestModule::s_ModuleInfo.Module()) << "same binary, same handle";
+
+    std::unique_ptr<VoModule> made = s_Source.CreateInstance();
+    ASSERT_TRUE(made);
+    EXPECT_EQ(TestModule::GetClassTypeId(), made->GetTypeId());
+    EXPECT_TRUE(made->Id().IsBad());
+    EXPECT_THROW(s_Filter.CreateInstance(), shr::Exception);
+}
+
+TEST(ModuleIdTest, ArithmeticAndText)
+{
+    VbModuleId id(VbModuleId::Maximum());
+    EXPECT_THROW(++id, shr::Exception);
+    EXPECT_EQ(VbModuleId::Maximum(), id);
+    VbModuleId below(VbModuleId::Maximum().Value() - 1);
+    EXPECT_EQ(VbModuleId::Maximum(), ++below);
+    EXPECT_EQ(INT64_MAX - 1, VbModuleId::Maximum().Value());
+    EXPECT_TRUE(VbModuleId().IsBad());
+    EXPECT_TRUE(VbModuleId(-1) < VbModuleId::Bad());
+
+    const struct {
+        const char* text;
+        bool accepted;
+        int64_t value;
+    } cases[] = {{"42", true, 42}, {" -7 ", true, -7}, {"", false, 9}, {"4x", false, 9}, {"99999999999999999999", false, 9}};
+    for (const auto& c : cases) {
+        VbModuleId parsed(9);
+        EXPECT_EQ(c.accepted, parsed.FromString(c.text)) << c.text;
+        EXPECT_EQ(c.value, parsed.Value()) << c.text;
+    }
+    EXPECT_EQ("-1234567", VbModuleId(-1234567).ToString());
+}
+
+} // namespace
