@@ -226,6 +226,8 @@ TEST_F(WellRenderModuleTest, LogRangesOverAllWells)
 
 TEST_F(WellRenderModuleTest, StoredFormThroughItsVersions)
 {
+    // Unlinked, so that the stored form holds the module alone, not its source.
+    ASSERT_TRUE(network().ConnectNodes(*module, nullptr, 0, true));
     VoWellRender::Fields& f = module->Settings();
     f.m_ShowPath = false;
     f.m_PathStyle = Lines;
