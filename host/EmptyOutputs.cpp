@@ -1,10 +1,10 @@
 #include "host/EmptyOutputs.h"
 
 #include "core/data/VdGeometry.h"
+#include "core/graphics/InvText3.h"
 #include "core/network/VbPort.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
-#include "core/graphics/InvText3.h"
 #include "core/visual/VoAnnotation.h"
 
 #include <Inventor/SoPath.h>
