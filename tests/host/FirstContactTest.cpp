@@ -133,7 +133,7 @@ TEST(FirstContact, SinksThatDrawNothingAreNamedWithTheLikelyCause)
         {"name": "Shell", "type": "Isosurface", "inputs": ["Grid"]},
         {"name": "Lonely", "type": "OrthoImage"},
         {"name": "Sun", "type": "Light"}, {"name": "Settings", "type": "GlobalSettings"},
-        {"name": "Label", "type": "Text", "properties": {"TextText": "seam"}}]})");
+        {"name": "Label", "type": "Text", "properties": {"TextText": "seam", "TextXPos": "600", "TextZPos": "-1250"}}]})");
     const CommandResult result = Render({scene, "--stats"});
     EXPECT_EQ(result.status, 0) << result.err;
     for (const char* drawing : {"\"Sun\"", "\"Settings\"", "\"Label\""})
