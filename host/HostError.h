@@ -26,3 +26,8 @@ inline bool IsUserError(const shr::Exception& error)
 // Throws a user error with a printf-formatted message (pass C strings).
 #define HOST_USER_ERROR(...) \
     throw ::shr::Exception("Host", __FILE__, __LINE__, ::host::kUserErrorCode, ::shr::ToString(__VA_ARGS__))
+
+// Throws a failure of the system (a disk that refuses a write), printf-formatted;
+// its message names the file, never a source path.
+#define HOST_SYSTEM_ERROR(...) \
+    throw ::shr::Exception("Host", __FILE__, __LINE__, 3, ::shr::ToString(__VA_ARGS__))

@@ -34,6 +34,7 @@ void HostPropertyList::Remove(int id)
 {
     SimplePropertyCollection::Remove(id);
     m_Rows.erase(id);
+    m_ReadOnly.erase(id);
     m_Order.erase(std::remove(m_Order.begin(), m_Order.end(), id), m_Order.end());
 }
 
@@ -41,6 +42,7 @@ void HostPropertyList::RemoveAll()
 {
     SimplePropertyCollection::RemoveAll();
     m_Rows.clear();
+    m_ReadOnly.clear();
     m_Order.clear();
 }
 
@@ -50,6 +52,14 @@ void HostPropertyList::Describe(int id, const std::string& key, const char* labe
     if (!m_Rows.count(id))
         m_Order.push_back(id);
     m_Rows[id] = RowInfo{key, label ? label : "", kind, std::move(choices)};
+}
+
+void HostPropertyList::ReadOnly(int id, bool readOnly)
+{
+    if (readOnly)
+        m_ReadOnly.insert(id);
+    else
+        m_ReadOnly.erase(id);
 }
 
 void HostPropertyList::AddStatic(const core::VbModuleId& module, int id, const char* label, const char* help,

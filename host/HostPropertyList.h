@@ -6,6 +6,7 @@
 #include "core/properties/SimplePropertyCollection.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,9 @@ public:
 
     void AddStatic(const core::VbModuleId& module, int id, const char* label, const char* help,
                    const char* text) override;
+    // Rows the module shows but does not let the user edit (computed results).
+    bool ReadOnly(int id) const override { return m_ReadOnly.count(id) != 0; }
+    void ReadOnly(int id, bool readOnly) override;
     void Remove(int id) override;
     void RemoveAll() override;
 
@@ -80,6 +84,7 @@ private:
                   std::vector<std::string> choices = {});
 
     std::map<int, RowInfo> m_Rows;
+    std::set<int> m_ReadOnly;
     std::vector<int> m_Order;
 };
 

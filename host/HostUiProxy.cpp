@@ -1,6 +1,8 @@
 #include "host/HostUiProxy.h"
 
 #include "core/network/VoModule.h"
+#include "core/network/VoNetwork.h"
+#include "host/LatticeFile.h"
 #include "host/PointSetLoader.h"
 #include "shr/Exception.h"
 #include "shr/Logger.h"
@@ -17,10 +19,11 @@ namespace {
 
 constexpr int kBarWidth = 30;
 
-// The module whose failure the update thread is reporting: a module's status
-// turns to failed just before its error is sent, on the same thread.
+// The module whose status this thread changed last, and whether it failed: a
+// module's status turns to failed just before its error is sent, and its
+// status lines follow its status, on the same thread.
 thread_local bool t_ModuleFailed = false;
-thread_local core::VbModuleId t_FailingModule;
+thread_local core::VbModuleId t_LastModule;
 
 } // namespace
 
@@ -53,18 +56,25 @@ void HostUiProxy::ModuleStatusChanged(const core::VoModule* module, int status)
     report.name = module->Name();
     const auto started = m_Started.find(module->Id());
     if (started != m_Started.end()) {
-        report.executeSeconds += std::chrono::duration<double>(now - started->second).count();
+        report.lastSeconds = std::chrono::duration<double>(now - started->second).count();
+        report.executeSeconds += report.lastSeconds;
         m_Started.erase(started);
     }
-    if (status == core::VoModule::ModuleExecuting)
+    if (status == core::VoModule::ModuleExecuting) {
         m_Started[module->Id()] = now;
+        report.messages.clear();
+    }
     t_ModuleFailed = status == core::VoModule::ModuleFailed;
-    t_FailingModule = module->Id();
+    t_LastModule = module->Id();
 }
 
 void HostUiProxy::StatusMsg(const char* format, ...)
 {
-    if (shr::g_Logger.GetMaxLevel() < kStatusLevel)
+    // A line from a pass belongs to the module whose status the pass changed
+    // last, and is kept with it whatever the log level.
+    const bool fromModule = core::VoNetwork::Instance().IsUpdateThread() && !t_LastModule.IsBad();
+    const bool shown = shr::g_Logger.GetMaxLevel() >= kStatusLevel;
+    if (!fromModule && !shown)
         return;
     std::string text;
     va_list args;
@@ -72,7 +82,10 @@ void HostUiProxy::StatusMsg(const char* format, ...)
     shr::FormatStringVA(text, format, args);
     va_end(args);
     std::lock_guard<std::mutex> lock(m_Mutex);
-    WriteLine(text);
+    if (fromModule)
+        m_Reports[t_LastModule].messages.push_back(text);
+    if (shown)
+        WriteLine(text);
 }
 
 void HostUiProxy::ErrorMsg(const shr::Exception& error)
@@ -81,10 +94,13 @@ void HostUiProxy::ErrorMsg(const shr::Exception& error)
     t_ModuleFailed = false;
     std::lock_guard<std::mutex> lock(m_Mutex);
     const std::string message = error.Message();
-    if (fromModule)
-        m_Reports[t_FailingModule].errors.push_back(message);
-    else
+    if (!fromModule) {
         m_PassErrors.push_back(message);
+        return;
+    }
+    ModuleReport& report = m_Reports[t_LastModule];
+    report.errors.push_back(message);
+    report.messages.push_back(message);
 }
 
 void HostUiProxy::MessageBoxA(const char* text, const char* caption)
@@ -138,7 +154,10 @@ void HostUiProxy::Progress(double fraction)
 void HostUiProxy::ReloadDataFile(core::VoModule& module, const shr::GString& path)
 {
     try {
-        PointSetLoader::Reload(module, path);
+        if (LatticeFileLoader::IsLatticeSource(module))
+            LatticeFileLoader::Reload(module, path);
+        else
+            PointSetLoader::Reload(module, path);
         StatusMsg("reloaded %s", path.c_str());
     } catch (const shr::Exception& error) {
         std::lock_guard<std::mutex> lock(m_Mutex);

@@ -25,9 +25,12 @@ class HostUiProxy : public core::UiProxy {
 public:
     struct ModuleReport {
         std::string name;
-        double executeSeconds = 0.0;
+        double executeSeconds = 0.0;         // every execution together
+        double lastSeconds = 0.0;            // the latest execution
         std::vector<std::string> errors;     // raised by its executions
         std::vector<std::string> loadErrors; // its data file could not be read
+        // Status lines and errors of the latest execution, in order.
+        std::vector<std::string> messages;
     };
     // The log level from which status lines are shown.
     static constexpr int kStatusLevel = 4;
@@ -49,8 +52,8 @@ public:
     void PopProgress() override;
     void ProgressText(const char* text) override;
     void Progress(double fraction) override;
-    // Reads the point file again into the point-set module; a failure is kept
-    // as the module's load error.
+    // Reads the file again into the point-set or lattice source; a failure
+    // is kept as the module's load error.
     void ReloadDataFile(core::VoModule& module, const shr::GString& path) override;
     // Answers a well data module's "Import" (see WellImport).
     void DoCommand(const shr::CommandOptions& command) override;

@@ -8,7 +8,7 @@
 
 namespace host {
 
-shr::GString ModuleCatalogue::DataKinds(unsigned int mask)
+std::vector<shr::GString> ModuleCatalogue::DataKindList(unsigned int mask)
 {
     static const struct {
         unsigned int bit;
@@ -18,14 +18,19 @@ shr::GString ModuleCatalogue::DataKinds(unsigned int mask)
         {core::PortRectilinearLattice, "Rectilinear lattice"}, {core::PortCurvilinearLattice, "Curvilinear lattice"},
         {core::PortGeometry, "Geometry"},          {core::PortWellData, "Well data"},
     };
-    shr::GString text;
+    std::vector<shr::GString> names;
     for (const auto& kind : kinds) {
-        if (!(mask & kind.bit))
-            continue;
-        if (!text.empty())
-            text += ", ";
-        text += kind.name;
+        if (mask & kind.bit)
+            names.emplace_back(kind.name);
     }
+    return names;
+}
+
+shr::GString ModuleCatalogue::DataKinds(unsigned int mask)
+{
+    shr::GString text;
+    for (const shr::GString& name : DataKindList(mask))
+        text += (text.empty() ? "" : ", ") + name;
     return text.empty() ? shr::GString("none") : text;
 }
 

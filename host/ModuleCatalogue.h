@@ -4,6 +4,7 @@
 #include "shr/GString.h"
 
 #include <iosfwd>
+#include <vector>
 
 namespace host {
 
@@ -11,6 +12,8 @@ class ModuleCatalogue {
 public:
     // "Point set, Uniform lattice" for a port mask; "none" for 0.
     static shr::GString DataKinds(unsigned int mask);
+    // The same kinds one by one; empty for 0.
+    static std::vector<shr::GString> DataKindList(unsigned int mask);
     // Writes the whole registry; a note when it is empty.
     static void Print(std::ostream& out);
 };

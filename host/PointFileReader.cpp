@@ -319,6 +319,7 @@ private:
         if (count > std::numeric_limits<unsigned int>::max())
             HOST_USER_ERROR("%s: too many points", m_Name.c_str());
         PointFile result;
+        result.pointCount = count;
         result.censored.assign(components, 0);
         std::vector<double> coords(count * 3, 0.0);
         std::vector<double> values(count * components);
@@ -401,7 +402,7 @@ const char* PointFileOptions::RuleName(BelowDetection rule)
     }
 }
 
-std::string PointFile::Describe() const
+std::string PointFileReading::Describe() const
 {
     std::string text;
     for (int axis = 0; axis < 3; ++axis) {
@@ -432,14 +433,18 @@ std::string PointFile::Describe() const
     return text;
 }
 
+std::string PointFileReading::Summary() const
+{
+    return std::to_string(pointCount) + " points; " + Describe();
+}
+
 PointFile PointFileReader::Read(const shr::GString& path, const shr::GString& displayName,
                                 const PointFileOptions& options)
 {
     const shr::GString name = displayName.empty() ? path : displayName;
     const std::string text = ReadTextFile(path, name, "point file");
     PointFile points = Parse(text, name, options);
-    shr::g_Logger.Send(kInfoLevel, name + ": " + std::to_string(points.points->VertexCount()) + " points; " +
-                                       points.Describe());
+    shr::g_Logger.Send(kInfoLevel, name + ": " + points.Summary());
     return points;
 }
 

@@ -46,9 +46,10 @@
 
 namespace host {
 
-struct PointFile {
-    // Values are doubles in file order, coordinates doubles.
-    std::unique_ptr<core::VdPoints> points;
+// What was read from a point file: the points, and the columns taken for
+// each axis, value and label.
+struct PointFileReading {
+    size_t pointCount = 0;
     // Header names of the value columns, one per component.
     std::vector<std::string> valueNames;
     // Below-detection cells read in each value column.
@@ -67,6 +68,13 @@ struct PointFile {
     // "X = Xloc, Y = Yloc, Z = 0 (2-D); values: Cd, Zn; labels: Id; ...": what
     // was taken for each axis and value, and the below-detection cells.
     std::string Describe() const;
+    // "120 points; " and the above.
+    std::string Summary() const;
+};
+
+struct PointFile : PointFileReading {
+    // Values are doubles in file order, coordinates doubles.
+    std::unique_ptr<core::VdPoints> points;
 };
 
 class PointFileReader {

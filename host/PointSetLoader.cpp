@@ -17,11 +17,11 @@ bool PointSetLoader::IsPointSet(const core::VoModule& module)
 }
 
 std::unique_ptr<core::VoModule> PointSetLoader::Create(const shr::GString& path, const shr::GString& displayName,
-                                                       const PointFileOptions& options, std::string* reading)
+                                                       const PointFileOptions& options, PointFileReading* reading)
 {
     PointFile file = PointFileReader::Read(path, displayName, options);
     if (reading)
-        *reading = std::to_string(file.points->VertexCount()) + " points; " + file.Describe();
+        *reading = static_cast<const PointFileReading&>(file);
     return std::make_unique<core::VoPointsSrc>(file.points.release(), path.c_str());
 }
 

@@ -13,6 +13,8 @@ class VoModule;
 
 namespace host {
 
+struct PointFileReading;
+
 class PointSetLoader {
 public:
     // The registry type of the point-set source.
@@ -24,7 +26,7 @@ public:
     // each axis and value goes to `reading` when given.
     static std::unique_ptr<core::VoModule> Create(const shr::GString& path, const shr::GString& displayName,
                                                   const PointFileOptions& options = PointFileOptions(),
-                                                  std::string* reading = nullptr);
+                                                  PointFileReading* reading = nullptr);
     // Replaces the points of a point-set source by those of `path`.
     static void Reload(core::VoModule& module, const shr::GString& path);
 };

@@ -1,7 +1,8 @@
 #pragma once
 // RenderCommand: `fenrak render [SCENE] [-o out.png] [--iv out.iv] [--size WxH]
-// [--save DOC] [--stats]`. Builds the network from a scene file or a document
-// (told apart by content), runs the passes on the update thread, waits, and
+// [--save DOC] [--stats] [--report out.json]`. Builds the network from a scene
+// file, a document or a point file (told apart by content; ScenePass), runs
+// the passes on the update thread, waits, and
 // writes what was asked for. Any error (in the scene, a module's execution,
 // the drawing) is reported before anything is written, with exit status 1 for
 // the user's mistakes and 3 for failures of the system. Outputs are checked
@@ -23,6 +24,7 @@ struct RenderOptions {
     std::string picture; // PNG path; empty: none
     std::string inventor;
     std::string document;
+    std::string report; // JSON path; empty: none
     bool stats = false;
     bool sizeGiven = false;
     int width = 0;

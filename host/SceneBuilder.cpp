@@ -9,6 +9,7 @@
 #include "core/wells/VoWellData.h"
 #include "host/HostError.h"
 #include "host/HostUiProxy.h"
+#include "host/LatticeFile.h"
 #include "host/ModuleCatalogue.h"
 #include "host/PropertyCatalogue.h"
 #include "host/PointSetLoader.h"
@@ -148,9 +149,16 @@ void SceneBuilder::CreateModule(const ModuleSpec& spec)
     std::unique_ptr<core::VoModule> module;
     if (spec.type == PointSetLoader::TypeName && !spec.file.empty()) {
         module = CreatePointSet(spec);
+    } else if (spec.type == LatticeFileLoader::TypeName && !spec.file.empty()) {
+        module = CreateFromFile(spec, [&](const std::string& path) {
+            return LatticeFileLoader::Create(path, spec.file, FileOptions(spec.fileOptions, spec.file));
+        });
     } else {
         if (!spec.file.empty())
-            Fail(spec, "\"file\" is only for a " + std::string(PointSetLoader::TypeName) + " module");
+            Fail(spec, "\"file\" is only for a " + std::string(PointSetLoader::TypeName) + " or a " +
+                           LatticeFileLoader::TypeName + " module");
+        if (!spec.fileOptions.empty())
+            Fail(spec, "\"fileOptions\" go with a \"file\"");
         if (spec.pointOptionsGiven)
             Fail(spec, "\"columns\" and \"below_detection\" are only for a " +
                            std::string(PointSetLoader::TypeName) + " module with a \"file\"");
@@ -179,11 +187,9 @@ void SceneBuilder::ImportWells(const ModuleSpec& spec, core::VoModule& module)
     std::vector<shr::GString> paths;
     for (const std::string& file : spec.files)
         paths.push_back(ResolveFile(spec, file, "well file"));
-    proxy->WellImports().Expect(*wells, paths);
     WellLoadReport report;
     try {
-        PropertyEditor(module).Set("WellDataAddData", "1");
-        report = proxy->WellImports().Finish(spec.name);
+        report = proxy->WellImports().Import(*wells, paths);
     } catch (const shr::Exception& error) {
         if (!IsUserError(error))
             throw;
@@ -195,9 +201,19 @@ void SceneBuilder::ImportWells(const ModuleSpec& spec, core::VoModule& module)
 
 std::unique_ptr<core::VoModule> SceneBuilder::CreatePointSet(const ModuleSpec& spec)
 {
+    return CreateFromFile(spec, [&](const std::string& path) {
+        return PointSetLoader::Create(path, spec.file, spec.pointOptions, &m_Readings[spec.name]);
+    });
+}
+
+std::unique_ptr<core::VoModule> SceneBuilder::CreateFromFile(
+    const ModuleSpec& spec, const std::function<std::unique_ptr<core::VoModule>(const std::string&)>& create) const
+{
+    if (!spec.fileOptions.empty() && spec.type != LatticeFileLoader::TypeName)
+        Fail(spec, "\"fileOptions\" are only for a " + std::string(LatticeFileLoader::TypeName) + " module");
     const std::string path = ResolveFile(spec);
     try {
-        return PointSetLoader::Create(path, spec.file, spec.pointOptions, &m_Readings[spec.name]);
+        return create(path);
     } catch (const shr::Exception& error) {
         if (!IsUserError(error))
             throw;
@@ -209,7 +225,7 @@ std::unique_ptr<core::VoModule> SceneBuilder::CreatePointSet(const ModuleSpec& s
 // folder, then in the data folders.
 std::string SceneBuilder::ResolveFile(const ModuleSpec& spec) const
 {
-    return ResolveFile(spec, spec.file, "point file");
+    return ResolveFile(spec, spec.file, spec.type == LatticeFileLoader::TypeName ? "lattice file" : "point file");
 }
 
 std::string SceneBuilder::ResolveFile(const ModuleSpec& spec, const std::string& file, const char* kind) const

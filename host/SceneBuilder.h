@@ -4,8 +4,10 @@
 // sets the properties by key (links first, since a new input may reset a
 // module's settings from the data). Every error names the scene file, the
 // module and the key or input at fault.
+#include "host/PointFileReader.h"
 #include "host/SceneFile.h"
 
+#include <functional>
 #include <map>
 #include <set>
 #include <memory>
@@ -39,12 +41,16 @@ public:
     // naming the file and the module.
     const std::vector<std::string>& Warnings() const { return m_Warnings; }
     // Per point-set module name, what its file gave: points, axes, values.
-    const std::map<std::string, std::string>& Readings() const { return m_Readings; }
+    const std::map<std::string, PointFileReading>& Readings() const { return m_Readings; }
 
 private:
     [[noreturn]] void Fail(const ModuleSpec& spec, const std::string& message) const;
     void CreateModule(const ModuleSpec& spec);
     std::unique_ptr<core::VoModule> CreatePointSet(const ModuleSpec& spec);
+    // Resolves the entry's file and makes the module from it; a bad file is the scene's error.
+    std::unique_ptr<core::VoModule> CreateFromFile(
+        const ModuleSpec& spec,
+        const std::function<std::unique_ptr<core::VoModule>(const std::string&)>& create) const;
     std::string ResolveFile(const ModuleSpec& spec) const;
     std::string ResolveFile(const ModuleSpec& spec, const std::string& file, const char* kind) const;
     // Reads the scene's well files into a well data module through its
@@ -65,7 +71,7 @@ private:
     // Module name -> key -> the row's text right after the scene set it.
     std::map<std::string, std::map<std::string, std::string>> m_SetValues;
     std::vector<std::string> m_Warnings;
-    std::map<std::string, std::string> m_Readings;
+    std::map<std::string, PointFileReading> m_Readings;
     // Modules whose compute button the builder presses, and those of them
     // waiting for their data.
     std::set<std::string> m_Computing;

@@ -126,6 +126,8 @@ private:
                 spec.inputs = Inputs(item.value(), spec.name);
             else if (key == "properties")
                 spec.properties = Properties(item.value(), spec.name);
+            else if (key == "fileOptions")
+                spec.fileOptions = Properties(item.value(), spec.name);
             else if (key != "name" && key != "type")
                 FailModule(spec.name, "unknown key \"" + key + "\"");
         }

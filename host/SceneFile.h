@@ -18,10 +18,12 @@
 // (relative to the scene file's folder, the working folder or the data
 // folders), with optionally its "columns" ({"x": "Xloc", "y": 2, "z": null,
 // "values": ["Cd"], "label": "Id"}: header names or 1-based numbers, null for
-// none) and "below_detection" ("blank", "half" or "limit"). "compute": false
-// keeps a module that computes only when asked (the gridder) from computing.
-// Property values are strings; numbers and booleans are taken as their text.
-// Unknown keys are errors, so that a misspelt key is not ignored.
+// none) and "below_detection" ("blank", "half" or "limit"). A lattice read
+// from a file may take reader settings in "fileOptions" (SEG-Y header bytes,
+// a NetCDF variable). "compute": false keeps a module that computes only when
+// asked (the gridder) from computing. Property values are strings; numbers
+// and booleans are taken as their text. Unknown keys are errors, so that a
+// misspelt key is not ignored.
 #include "host/PointFileOptions.h"
 #include "shr/Color4b.h"
 #include "shr/GString.h"
@@ -50,6 +52,7 @@ struct ModuleSpec {
     std::vector<std::string> files;
     std::vector<std::string> inputs;
     std::vector<std::pair<std::string, std::string>> properties;
+    std::vector<std::pair<std::string, std::string>> fileOptions;
     // A point set's "columns" and "below_detection"; whether either was given.
     PointFileOptions pointOptions;
     bool pointOptionsGiven = false;

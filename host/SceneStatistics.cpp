@@ -34,7 +34,7 @@ core::VdGeometry::Statistics GeometryOf(const core::VoModule& module)
 } // namespace
 
 void SceneStatistics::Print(std::ostream& out, const HostUiProxy& proxy,
-                            const std::map<std::string, std::string>& readings)
+                            const std::map<std::string, PointFileReading>& readings)
 {
     out << shr::ToString("%-20s %-16s %-9s %9s %10s %8s %8s\n", "module", "type", "status", "time (s)", "triangles",
                          "lines", "points");
@@ -49,7 +49,7 @@ void SceneStatistics::Print(std::ostream& out, const HostUiProxy& proxy,
     if (!readings.empty())
         out << "\n";
     for (const auto& reading : readings)
-        out << "point set \"" << reading.first << "\": " << reading.second << "\n";
+        out << "point set \"" << reading.first << "\": " << reading.second.Summary() << "\n";
 }
 
 } // namespace host

@@ -3,6 +3,8 @@
 // name, type, status, execution time, and the triangles, lines and points of
 // the geometry it puts into the scene; then, per point set read from a file,
 // what was taken for each axis and value.
+#include "host/PointFileReader.h"
+
 #include <iosfwd>
 #include <map>
 #include <string>
@@ -16,7 +18,7 @@ public:
     // Reads the network between passes; times come from the proxy's records.
     // `readings`: per point-set module name, what its file gave.
     static void Print(std::ostream& out, const HostUiProxy& proxy,
-                      const std::map<std::string, std::string>& readings = {});
+                      const std::map<std::string, PointFileReading>& readings = {});
 };
 
 } // namespace host

@@ -2,6 +2,7 @@
 
 #include "core/wells/VoWellData.h"
 #include "host/HostError.h"
+#include "host/PropertyEditor.h"
 #include "shr/CommandOptions.h"
 
 #include <algorithm>
@@ -69,6 +70,13 @@ WellLoadReport WellImport::Finish(const std::string& moduleName)
     if (!request.error.empty())
         HOST_USER_ERROR("%s", request.error.c_str());
     return request.report;
+}
+
+WellLoadReport WellImport::Import(core::VoWellData& module, const std::vector<shr::GString>& paths)
+{
+    Expect(module, paths);
+    PropertyEditor(module).Set("WellDataAddData", "1");
+    return Finish(module.Name());
 }
 
 } // namespace host

@@ -39,6 +39,9 @@ public:
     // The outcome for the module of that name, which is forgotten: the
     // report of the load, or a user error if it failed or never came.
     WellLoadReport Finish(const std::string& moduleName);
+    // Expect, the module's "Add Data" button pressed, then Finish: how a
+    // host fills a well data module from files.
+    WellLoadReport Import(core::VoWellData& module, const std::vector<shr::GString>& paths);
 
 private:
     struct Request {

@@ -1,11 +1,13 @@
 // fenrak: the reference host of Fenrak Core.
 #include "core/data/MemoryBudget.h"
 #include "core/network/VoNetwork.h"
+#include "host/ExportCommand.h"
 #include "host/HostError.h"
 #include "host/HostUiProxy.h"
 #include "host/ModuleCatalogue.h"
 #include "host/PropertiesCommand.h"
 #include "host/RenderCommand.h"
+#include "host/ViewCommand.h"
 
 #include "shr/Exception.h"
 #include "shr/Logger.h"
@@ -23,7 +25,13 @@ const char* const kUsage =
     "\n"
     "commands:\n"
     "  render [SCENE] [-o out.png] [--iv out.iv] [--size WxH] [--save DOC] [--stats]\n"
-    "               draw a scene file or a saved document (the demo scene without one)\n"
+    "               [--report out.json]\n"
+    "               draw a scene file, a saved document or a point file (the demo scene\n"
+    "               without one)\n"
+    "  export SCENE --module NAME -o FILE\n"
+    "               write a module's output: .nc, .vti/.vtr/.vts, .csv, .iv\n"
+    "  view [SCENE] [--screenshot out.png --quit-after SECONDS]\n"
+    "               turn, pan and zoom a scene, drag its slices (a window on X)\n"
     "  modules      list the module registry: type, path, input and output kinds, help\n"
     "  properties TYPE\n"
     "               list a module type's property keys with their current values\n"
@@ -75,6 +83,10 @@ int Run(int argc, char** argv)
     }
     if (command == "render")
         return host::RenderCommand::Run(args, std::cout, std::cerr, host::HostUiProxy::StderrIsTerminal());
+    if (command == "view")
+        return host::ViewCommand::Run(args, std::cerr);
+    if (command == "export")
+        return host::ExportCommand::Run(args, std::cout, std::cerr, host::HostUiProxy::StderrIsTerminal());
     if (command == "properties")
         return host::PropertiesCommand::Run(args, std::cout, std::cerr);
     std::cerr << "fenrak: unknown command '" << command << "'\n\n" << kUsage;

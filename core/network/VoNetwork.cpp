@@ -194,6 +194,11 @@ void VoNetwork::WaitUntilDone(unsigned long milliseconds) const
         shr::g_Logger.Send(4, "Timeout in WaitUntilDone");
 }
 
+bool VoNetwork::WaitUntilDoneFor(unsigned long milliseconds) const
+{
+    return IsUpdateThread() || s_UpdateDone.Wait(milliseconds);
+}
+
 void VoNetwork::AbortIfBusy(bool wait)
 {
     UpdateThreadAborted(true);

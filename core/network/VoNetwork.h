@@ -78,6 +78,10 @@ public:
     // Returns once no pass runs; `milliseconds` only paces a log line. On the
     // update thread it returns at once.
     void WaitUntilDone(unsigned long milliseconds) const;
+    // Waits at most `milliseconds` for the pass to end: whether none runs now,
+    // so that a host can do other work (show progress, take an interrupt) while
+    // it waits. On the update thread it answers true at once.
+    bool WaitUntilDoneFor(unsigned long milliseconds) const;
     // Asks a running pass to stop; with `wait`, waits for it to end.
     void AbortIfBusy(bool wait);
     bool Aborted() const { return m_Aborted; }
