@@ -1,6 +1,7 @@
 // The gridder module in a running network: defaults from its input, the
 // property rows and their rules, the button that starts a run, validation,
 // abort and persistence through every version gate.
+#include "core/data/MemoryBudget.h"
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/gridding/VoGridder3.h"
@@ -423,6 +424,12 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
         {"negative power", [](GridderModuleTest& t) { t.Edit(65, -1.0); }, internal},
         {"order 4", [](GridderModuleTest& t) { t.Edit(IdMethod, 2u); t.Edit(IdPolyOrder, 4); }, internal},
         {"metric 21", [](GridderModuleTest& t) { t.Edit(IdMethod, 0u); t.Edit(IdMetric, 21u); }, internal},
+        {"memory budget",
+         [](GridderModuleTest& t) {
+             core::MemoryBudget::SetBytes(4096);
+             t.Edit(IdXNum, 1000u);
+         },
+         "Insufficient memory to perform operation"},
     };
     for (const Case& c : cases) {
         TearDown();
@@ -440,6 +447,7 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
         EXPECT_EQ(gridder->GetStatus(), VoModule::ModuleFailed) << c.what;
         EXPECT_EQ(Output(), nullptr) << c.what;
         EXPECT_FALSE(gridder->RunRequested()) << c.what;
+        core::MemoryBudget::SetBytes(0);
     }
 }
 
