@@ -1,6 +1,7 @@
 #include "host/EmptyOutputs.h"
 
 #include "core/data/VdGeometry.h"
+#include "core/graphics/InvText3.h"
 #include "core/network/VbPort.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
@@ -11,14 +12,40 @@
 #include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoCallback.h>
 #include <Inventor/nodes/SoSwitch.h>
+#include <Inventor/nodes/SoText2.h>
 
 namespace host {
 
 namespace {
 
+// Whether a node of `type` (or a type derived from it) under `root` passes `test`.
+template <class Test>
+bool Holds(SoNode* root, SoType type, Test test)
+{
+    SoSearchAction search;
+    search.setType(type);
+    search.setInterest(SoSearchAction::ALL);
+    search.apply(root);
+    for (int p = 0; p < search.getPaths().getLength(); ++p) {
+        if (test(search.getPaths()[p]->getTail()))
+            return true;
+    }
+    return false;
+}
+
+bool HasText(const SoMFString& text)
+{
+    for (int i = 0; i < text.getNum(); ++i) {
+        if (text[i].getLength() > 0)
+            return true;
+    }
+    return false;
+}
+
 // Whether a geometry holds something to see: triangles, lines or points,
-// anything else with an extent (a volume drawn through textures), or text
-// fixed to the view. A legend alone is not enough.
+// anything else with an extent (a volume drawn through textures), text in the
+// scene (whose extent depends on the view) or text fixed to the view. A
+// legend alone is not enough.
 bool HasContent(const core::VdGeometry& geometry)
 {
     core::VdGeometry::Statistics statistics;
@@ -32,15 +59,12 @@ bool HasContent(const core::VdGeometry& geometry)
     measure.apply(root.get());
     if (!measure.getBoundingBox().isEmpty())
         return true;
-    SoSearchAction search;
-    search.setType(SoCallback::getClassTypeId());
-    search.setInterest(SoSearchAction::ALL);
-    search.apply(root.get());
-    for (int p = 0; p < search.getPaths().getLength(); ++p) {
-        if (core::VoAnnotation::DrawnBy(search.getPaths()[p]->getTail()))
-            return true;
-    }
-    return false;
+    return Holds(root.get(), SoText2::getClassTypeId(),
+                 [](SoNode* node) { return HasText(static_cast<SoText2*>(node)->string); }) ||
+           Holds(root.get(), core::InvText3::getClassTypeId(),
+                 [](SoNode* node) { return HasText(static_cast<core::InvText3*>(node)->string); }) ||
+           Holds(root.get(), SoCallback::getClassTypeId(),
+                 [](SoNode* node) { return core::VoAnnotation::DrawnBy(node) != nullptr; });
 }
 
 // Whether the module has a shown geometry output that nothing takes, and
@@ -51,7 +75,9 @@ bool IsEmptySink(const core::VoModule& module)
     for (size_t o = 0; o < module.GetOutputCount(); ++o) {
         const core::VbPort& output = *module.GetOutput(o);
         const auto* geometry = dynamic_cast<const core::VdGeometry*>(output.Data());
-        if (!geometry)
+        // Header geometry (lights, global settings) sets state for the
+        // scene after it and draws nothing of its own.
+        if (!geometry || geometry->IsHeaderNode())
             continue;
         if (HasContent(*geometry))
             return false;

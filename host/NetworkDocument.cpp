@@ -93,14 +93,16 @@ public:
 
     // Disposes of what the archive made and nobody took: a load that failed part
     // way leaves modules outside the network and data objects that no port
-    // holds. Every object a document makes is a module or a data object. Data
-    // objects are counted: each is held while the modules go, so that a
-    // module's port never frees one this loop still has to look at, and is let
-    // go afterwards, which frees the ones no port took.
+    // holds. Data objects are counted: each is held while the modules go, so
+    // that a module's port never frees one this loop still has to look at, and
+    // is let go afterwards, which frees the ones no port took. A document's
+    // objects are modules and data: one of any other class stood where those
+    // belong and was refused, so nothing took it.
     ~DocumentLoader()
     {
         std::vector<const core::VdData*> data;
         std::vector<core::VoModule*> orphans;
+        std::vector<std::unique_ptr<shr::CTypedObject>> strays;
         for (shr::CTypedObject* object : m_Archive.CreatedObjects()) {
             if (const auto* held = dynamic_cast<const core::VdData*>(object)) {
                 held->AddRef();
@@ -108,6 +110,8 @@ public:
             } else if (auto* module = dynamic_cast<core::VoModule*>(object)) {
                 if (!m_Adopted.count(module))
                     orphans.push_back(module);
+            } else {
+                strays.emplace_back(object);
             }
         }
         for (core::VoModule* module : orphans) {

@@ -8,6 +8,9 @@
 #include "core/network/VoNetwork.h"
 #include "core/processing/VoLatticeSrc.h"
 #include "core/processing/VoPointsSrc.h"
+#include "core/wells/VdWellData.h"
+#include "core/wells/VoWellData.h"
+#include "core/wells/Well.h"
 #include "host/HostError.h"
 #include "host/PropertyEditor.h"
 
@@ -35,13 +38,10 @@ core::VoNetwork& Network()
     return core::VoNetwork::Instance();
 }
 
-// A small source of what the module's first input takes, or null: eight
-// points, or 3 x 3 x 3 nodes, with two components that vary.
-std::unique_ptr<core::VoModule> SampleSource(const core::VoModule& module)
+// A small source of data of a kind `type` names, or null: eight points,
+// 3 x 3 x 3 nodes with two components that vary, or one well.
+std::unique_ptr<core::VoModule> SampleOf(unsigned int type)
 {
-    if (module.GetInputCount() == 0)
-        return nullptr;
-    const unsigned int type = module.GetInput(0)->Type();
     if (type & core::PortPoints) {
         std::vector<double> coords, values;
         for (int corner = 0; corner < 8; ++corner) {
@@ -58,7 +58,41 @@ std::unique_ptr<core::VoModule> SampleSource(const core::VoModule& module)
             values.insert(values.end(), {float(node % 3 + node / 9), float(node % 5)});
         return std::make_unique<core::VoLatticeSrc>(shr::Float, dims, values.data(), 2, "");
     }
+    if (type & core::PortWellData) {
+        auto wells = std::make_unique<core::VdWellData>();
+        auto well = std::make_shared<core::Well>("Sample");
+        well->Top(shr::Point3<double>(0.0, 0.0, 0.0));
+        wells->AddWell(well);
+        return std::make_unique<core::VoWellData>(wells.release());
+    }
     return nullptr;
+}
+
+// A module of `info`, and when `withData` the data it shows its rows for: the
+// source that feeds its first input, or, for a source that holds data of its
+// own kind (a lattice, points, wells), the module made holding a sample.
+struct TrialModules {
+    std::unique_ptr<core::VoModule> module;
+    std::unique_ptr<core::VoModule> source;
+    bool hasData = false;
+};
+
+TrialModules MakeModules(const core::VbModuleInfo& info, bool withData)
+{
+    TrialModules made;
+    made.module = info.CreateInstance();
+    if (!withData)
+        return made;
+    if (made.module->GetInputCount() > 0) {
+        made.source = SampleOf(made.module->GetInput(0)->Type());
+        made.hasData = made.source != nullptr;
+    } else if (made.module->GetOutputCount() > 0) {
+        std::unique_ptr<core::VoModule> holder = SampleOf(made.module->GetOutput(0)->Type());
+        made.hasData = holder && holder->GetTypeId() == made.module->GetTypeId();
+        if (made.hasData)
+            made.module = std::move(holder);
+    }
+    return made;
 }
 
 // A module of `info` in the network, fed when asked, then removed with its source.
@@ -66,14 +100,14 @@ class Trial {
 public:
     Trial(const core::VbModuleInfo& info, bool withData)
     {
-        std::unique_ptr<core::VoModule> module = info.CreateInstance();
-        module->Name(info.UiName());
-        std::unique_ptr<core::VoModule> source = withData ? SampleSource(*module) : nullptr;
-        m_Module = module.get();
-        Network().AddNode(module.release(), true);
-        if (source) {
-            m_Source = source.get();
-            Network().AddNode(source.release(), true);
+        TrialModules made = MakeModules(info, withData);
+        made.module->Name(info.UiName());
+        m_HasData = made.hasData;
+        m_Module = made.module.get();
+        Network().AddNode(made.module.release(), true);
+        if (made.source) {
+            m_Source = made.source.get();
+            Network().AddNode(made.source.release(), true);
             Network().ConnectNodes(*m_Module, m_Source, 0, true);
         }
     }
@@ -86,12 +120,13 @@ public:
     Trial(const Trial&) = delete;
     Trial& operator=(const Trial&) = delete;
 
-    bool HasData() const { return m_Source != nullptr; }
+    bool HasData() const { return m_HasData; }
     core::VoModule& Module() { return *m_Module; }
 
 private:
     core::VoModule* m_Module = nullptr;
     core::VoModule* m_Source = nullptr;
+    bool m_HasData = false;
 };
 
 class Explorer {

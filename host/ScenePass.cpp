@@ -29,13 +29,15 @@ core::VoNetwork& Network()
 }
 
 // Each command starts from the network a fresh process has: no modules, and
-// the background that a scene's global settings may have changed put back.
+// the background and vertical exaggeration that a scene's global settings
+// may have changed put back.
 void Clear()
 {
     Network().WaitUntilDone(2000);
     Network().DeleteAllNodes();
     Network().SetModified(false);
-    Network().SetBackgroundColor(shr::Color4b::Black); // the network starts with it
+    Network().SetBackgroundColor(shr::Color4b::Black); // the network starts with them
+    Network().VerticalExaggeration(1.0);
 }
 
 LoadedScene BuildAndRun(const SceneDescription& scene)

@@ -32,7 +32,17 @@ render::Image ScenePicture::Draw(const SceneView& view)
     render::OffscreenContext context;
     render::SceneRenderer renderer(context, view.width, view.height, background);
     renderer.SetFraming(render::CameraFraming(view.azimuth, view.elevation, view.zoom));
-    return renderer.Render(root.get());
+    render::Image picture = renderer.Render(root.get());
+    // Blending leaves translucent geometry's own alpha in the framebuffer; a
+    // picture file shows what the screen shows, so every pixel is opaque.
+    for (int y = 0; y < picture.Height(); ++y) {
+        for (int x = 0; x < picture.Width(); ++x) {
+            shr::Color4b pixel = picture.At(x, y);
+            pixel.a = 255;
+            picture.Set(x, y, pixel);
+        }
+    }
+    return picture;
 }
 
 namespace {

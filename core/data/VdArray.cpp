@@ -484,6 +484,10 @@ void VdArray::Serialize(shr::Archive& archive)
         archive.ThrowFormatError("an array has the unknown element type %d", type);
     CheckElementLimit(tupleCount, componentCount, __LINE__);
     archive.CheckCount(uint64_t(tupleCount) * componentCount, shr::CPrimType::Size(shr::PrimType(type)));
+    // Each component takes memory (its statistics) even without tuples, when
+    // the stream holds nothing of it: the count is held to the bytes left as
+    // if each component took one.
+    archive.CheckCount(componentCount, 1);
     VdArray loaded(shr::PrimType(type), tupleCount, componentCount);
     loaded.m_Modified.store(modified, std::memory_order_release);
     loaded.LoadBlanks(archive);

@@ -653,6 +653,17 @@ void VoAxes::Serialize(shr::Archive& archive)
         info.Serialize(archive);
     if (archive.IsStoring())
         return;
+    archive.CheckRange(axisScale, 0.0, kMaxAxisScale, "the axes' thickness");
+    archive.CheckRange(gridWidth, 0.0, kMaxGridLineWidth, "the grid line width");
+    for (const AxisInfo& info : axes) {
+        archive.CheckRange(info.labelScale, 0.0, kMaxTextScale, "an axis's label size");
+        archive.CheckRange(info.titleScale, 0.0, kMaxTextScale, "an axis's title size");
+        archive.CheckRange(info.plane, -180.0, 180.0, "an axis's plane");
+        archive.CheckRange(info.labelAngle, -360.0, 360.0, "an axis's label angle");
+        // Only a positive increment steps from one label to the next.
+        archive.CheckRange(info.labelIncrement, std::numeric_limits<double>::min(),
+                           std::numeric_limits<double>::max(), "an axis's label increment");
+    }
     m_ShowGrid = showGrid;
     m_ShowArrows = showArrows;
     m_FitNextInput = reserved;

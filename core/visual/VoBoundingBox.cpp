@@ -185,6 +185,8 @@ void VoBoundingBox::Serialize(shr::Archive& archive)
     format.Serialize(archive);
     if (archive.IsStoring())
         return;
+    archive.CheckRange(width, 0.0f, float(kMaxLineWidth), "the bounding box's line width");
+    archive.CheckRange(text.m_Height, 1.0, kMaxLabelSize, "the bounding box's label size");
     m_Color = color;
     m_LineWidth = width;
     m_ShowLabels = labels;

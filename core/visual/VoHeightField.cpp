@@ -515,6 +515,9 @@ void VoHeightField::Serialize(shr::Archive& archive)
     // The row shows the slice plus one: the largest int has no row.
     archive.CheckRange(slice, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max() - 1,
                        "the height field's slice");
+    archive.CheckRange(scale, -1.0, 1.0, "the height field's scale");
+    archive.CheckRange(opacity, 0.0, 1.0, "the height field's opacity");
+    archive.CheckRange(quality, 0.0, 1.0, "the height field's overlay quality");
     InputComponentSafe(component);
     m_DrawStyle = drawStyle;
     m_Orientation = orientation;

@@ -725,6 +725,13 @@ void VoScatterPlot::Serialize(shr::Archive& archive)
         f.labelColorMethod > ByData)
         archive.ThrowFormatError("scatter plot symbol %u, marker size %u or colour method %u/%u out of range",
                                  f.symbol, f.markerSize, f.colorMethod, f.labelColorMethod);
+    archive.CheckRange(f.density, 0u, kDensityCount - 1u, "the scatter plot's density");
+    archive.CheckRange(f.pointSize, 0.0f, float(kMaxPointSize), "the scatter plot's point size");
+    archive.CheckRange(f.lineWidth, 0.0f, float(kMaxLineWidth), "the scatter plot's line width");
+    archive.CheckRange(f.text.m_Height, 1.0, kMaxLabelSize, "the scatter plot's label size");
+    archive.CheckRange(f.text.m_Floats[XOffsetFloat], -kMaxOffset, kMaxOffset, "the scatter plot's label offset");
+    archive.CheckRange(f.text.m_Floats[YOffsetFloat], -kMaxOffset, kMaxOffset, "the scatter plot's label offset");
+    archive.CheckRange(f.text.m_Floats[LeaderWidthFloat], 0.0, kMaxLineWidth, "the scatter plot's leader width");
     m_Symbol = f.symbol;
     m_PointSize = f.pointSize;
     m_MarkerSize = f.markerSize;

@@ -387,6 +387,9 @@ void VoVolRender::Serialize(shr::Archive& archive)
     if (f.method > Textures3D || f.composition > AlphaBlending || f.interpolation > Trilinear)
         archive.ThrowFormatError("volume render settings %u, %u, %u are out of range", f.method, f.composition,
                                  f.interpolation);
+    // Each slice is drawn: a count beyond the row's limit would hold up every frame.
+    archive.CheckRange(f.slices, 0u, uint32_t(kMaxSlices), "the volume's slice count");
+    archive.CheckRange(f.opacity, 0.0, 1.0, "the volume's opacity");
     m_UsePalette = f.usePalette;
     InputComponentSafe(f.component);
     m_NumSlices = std::max(f.slices, 1u);

@@ -360,6 +360,11 @@ TEST(VdArrayTest, StoredLayoutAndBadArchives)
     VdArray target;
     EXPECT_NE(RaisedText([&] { testsupport::Load(target, tooManyBlanks); }).find("of 6 elements claims 7 blanks"),
               std::string::npos);
+    // Components of no tuples are in no byte of the stream, yet each takes memory.
+    VdArray tupleless(shr::Int16, 0, 2);
+    Bytes countless = testsupport::Store(tupleless);
+    countless[typeAt + 6] = 0x10; // a million components
+    EXPECT_THROW(testsupport::Load(target, countless), shr::Exception);
 }
 
 // Readers of statistics on several threads, while a writer keeps declaring

@@ -3,6 +3,7 @@
 // abort and persistence through every version gate.
 #include "NetworkFixture.h"
 
+#include "core/data/MemoryBudget.h"
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/gridding/VoGridder3.h"
@@ -196,6 +197,7 @@ TEST_F(GridderModuleTest, OnlyTheButtonRunsTheGridding)
 TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
 {
     using Rows = std::vector<std::pair<int, boost::any>>;
+    const int kBudget = -1; // not a row: the memory budget in bytes
     const std::string internal = "Internal Error.";
     const std::pair<Rows, std::string> cases[] = {
         {{{IdXMax, 0.0}, {IdXNum, 1u}}, "The minimum X limit must be less than the maximum."},
@@ -212,6 +214,7 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
         {{{IdAniso, 2u}, {IdAnisoSecondAxisX, 0.0}, {IdAnisoSecondAxisX + 1, 0.0}, {IdAnisoSecondAxisX + 2, 1e-20}},
          "Anisotropy ellipse axes are coplanar.  Specify three non-coplanar axes."},
         {{{IdMethod, 0u}, {IdMetric, 21u}}, internal},
+        {{{kBudget, size_t(4096)}, {IdXNum, 1000u}}, "Insufficient memory to perform operation"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.second);
@@ -223,10 +226,15 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
         Grid();
         ASSERT_NE(Output(), nullptr);
         for (const auto& row : c.first) {
+            if (row.first == kBudget) {
+                core::MemoryBudget::SetBytes(boost::any_cast<size_t>(row.second));
+                continue;
+            }
             list.AnyValue(row.first, row.second, true);
             Send(*gridder, list, row.first);
         }
         Grid();
+        core::MemoryBudget::SetBytes(0);
         const std::vector<std::string> errors = proxy.Errors();
         ASSERT_EQ(errors.size(), 1u);
         EXPECT_EQ(errors[0].substr(0, c.second.size()), c.second);

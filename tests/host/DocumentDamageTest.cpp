@@ -4,6 +4,7 @@
 #include "HostTestSupport.h"
 
 #include "core/network/VoNetwork.h"
+#include "core/wells/Well.h"
 #include "host/HostError.h"
 #include "host/NetworkDocument.h"
 
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
 
 using hosttest::CommandResult;
 using hosttest::ReadText;
@@ -33,6 +35,23 @@ const char* const kScene = R"({"modules": [
 
 const char* const kPoints = "x,y,z,cu\n0,0,0,1\n1,0,0,2\n0,1,0,3\n1,1,1,4\n";
 
+// Loads `bytes`; true when the load succeeded. A failed load must be a user
+// error naming the document and leave the network empty.
+bool Load(const std::string& bytes)
+{
+    core::VoNetwork& network = core::VoNetwork::Instance();
+    try {
+        host::NetworkDocument::Load(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), "doc");
+    } catch (const shr::Exception& error) {
+        EXPECT_TRUE(host::IsUserError(error)) << error.Describe();
+        EXPECT_EQ(std::string(error.Message()).rfind("doc: ", 0), 0u) << error.Message();
+        EXPECT_EQ(network.size(), 0u);
+        return false;
+    }
+    network.DeleteAllNodes();
+    return true;
+}
+
 class DamagedDocument : public ::testing::Test {
 protected:
     void SetUp() override
@@ -43,23 +62,6 @@ protected:
         ASSERT_EQ(saved.status, 0) << saved.err;
         m_Bytes = ReadText(m_Folder.Path("doc.fkd"));
         core::VoNetwork::Instance().Init();
-    }
-
-    // Loads `bytes`; true when the load succeeded. A failed load must be a
-    // user error naming the document and leave the network empty.
-    static bool Load(const std::string& bytes)
-    {
-        core::VoNetwork& network = core::VoNetwork::Instance();
-        try {
-            host::NetworkDocument::Load(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), "doc");
-        } catch (const shr::Exception& error) {
-            EXPECT_TRUE(host::IsUserError(error)) << error.Describe();
-            EXPECT_EQ(std::string(error.Message()).rfind("doc: ", 0), 0u) << error.Message();
-            EXPECT_EQ(network.size(), 0u);
-            return false;
-        }
-        network.DeleteAllNodes();
-        return true;
     }
 
     ScratchFolder m_Folder;
@@ -73,6 +75,25 @@ TEST_F(DamagedDocument, EveryTruncationIsRefused)
         SCOPED_TRACE(size);
         EXPECT_FALSE(Load(m_Bytes.substr(0, size)));
     }
+}
+
+// A saved document of each module family (the fuzz seeds), cut at points
+// spread over it: every class's stored form fails whole, and what it made is
+// freed (the address-sanitizer build checks that).
+TEST(DamagedDocuments, EveryModuleFamilyRefusesACutDocument)
+{
+    const std::string folder = std::string(FENRAK_SOURCE_DATA_DIR) + "/../fuzz/corpus/document/";
+    core::VoNetwork::Instance().Init();
+    int documents = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        SCOPED_TRACE(entry.path().filename());
+        const std::string bytes = ReadText(entry.path());
+        ASSERT_TRUE(Load(bytes));
+        for (size_t cut = 1; cut < bytes.size(); cut += 1 + bytes.size() / 256)
+            EXPECT_FALSE(Load(bytes.substr(0, bytes.size() - cut))) << cut;
+        ++documents;
+    }
+    EXPECT_GE(documents, 15);
 }
 
 // The document keeps its links apart from the modules: a module's link count,
@@ -92,6 +113,23 @@ TEST_F(DamagedDocument, CorruptedZeroWordsLoadOrAreRefused)
             Load(bytes);
         }
     }
+}
+
+// An object of a class that is neither a module nor data, standing where a
+// module belongs, is refused and freed (the address-sanitizer build sees it).
+TEST_F(DamagedDocument, AnObjectOfAnotherClassIsFreedWithTheRest)
+{
+    std::vector<unsigned char> bytes;
+    shr::Archive archive(bytes);
+    core::Well well("KV-1");
+    shr::CTypedObject* object = &well;
+    int32_t count = 1;
+    int64_t id = 1;
+    archive.SyncCheck();
+    archive.Transfer(count);
+    archive.Transfer(id);
+    archive.TransferObject(object);
+    EXPECT_FALSE(Load(std::string(bytes.begin(), bytes.end())));
 }
 
 // The view is the last section: width, height, azimuth, elevation, zoom, the

@@ -131,9 +131,13 @@ TEST(FirstContact, SinksThatDrawNothingAreNamedWithTheLikelyCause)
         {"name": "Coal", "type": "PointSet", "file": ")" + File("coal.csv") + R"("},
         {"name": "Grid", "type": "Gridder", "inputs": ["Coal"], "compute": false},
         {"name": "Shell", "type": "Isosurface", "inputs": ["Grid"]},
-        {"name": "Lonely", "type": "OrthoImage"}]})");
+        {"name": "Lonely", "type": "OrthoImage"},
+        {"name": "Sun", "type": "Light"}, {"name": "Settings", "type": "GlobalSettings"},
+        {"name": "Label", "type": "Text", "properties": {"TextText": "seam", "TextXPos": "600", "TextZPos": "-1250"}}]})");
     const CommandResult result = Render({scene, "--stats"});
     EXPECT_EQ(result.status, 0) << result.err;
+    for (const char* drawing : {"\"Sun\"", "\"Settings\"", "\"Label\""})
+        EXPECT_THAT(result.err, Not(HasSubstr(drawing))) << "lights and settings set state, text draws";
     EXPECT_THAT(result.err, HasSubstr("fenrak: warning: " + scene + ": module \"Shell\" draws nothing: its input "
                                       "\"Grid\" gives no data (it has not computed"));
     EXPECT_THAT(result.err, HasSubstr("module \"Lonely\" draws nothing: nothing is linked to its input"));

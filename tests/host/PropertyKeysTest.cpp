@@ -47,6 +47,17 @@ TEST(PropertyKeys, ListingShowsEveryKeyUnderItsHeaderAndWhenItShows)
     EXPECT_LT(At(listing, "Gridder3ZNum"), At(listing, "[Spacing]"));
     EXPECT_LT(At(listing, "[Method]"), At(listing, "Gridder3Method "));
     EXPECT_LT(At(listing, "Gridder3DistanceSmooth"), At(listing, "[Geometry]"));
+
+    // Rows of the data a source holds, and of each well that arrives.
+    const std::pair<const char*, const char*> held[] = {
+        {"Lattice", "LatticeSrcXNum +.*\\(with data\\)"},
+        {"WellData", "WellDataXTop +.*\\(with data\\)"},
+        {"WellRender", "WellRenderShowWell +check .*\\(with data\\)"},
+    };
+    for (const auto& type : held) {
+        const CommandResult rows = hosttest::Properties({type.first});
+        EXPECT_THAT(rows.out, ContainsRegex(type.second)) << type.first;
+    }
 }
 
 // Local polynomial hides the anisotropy: in either order the scene is taken,

@@ -232,6 +232,24 @@ TEST(PropertiesCommand, ListsKeysKindsAndValues)
 }
 
 // The sample scene of the source tree, drawn by the library's own modules.
+// The background a global settings module gives the network ends with its
+// scene: the next scene in the same process starts from the default.
+TEST(RenderCommand, GlobalSettingsEndWithTheirScene)
+{
+    ScratchFolder folder;
+    const std::pair<std::string, shr::Color4b> cases[] = {
+        {R"({"modules": [{"name": "Settings", "type": "GlobalSettings",
+                          "properties": {"EnvironmentBackgroundColor": "255 255 255 255"}}]})",
+         shr::Color4b(255, 255, 255, 255)},
+        {R"({"modules": []})", shr::Color4b(0, 0, 0, 255)},
+    };
+    for (const auto& c : cases) {
+        const std::string scene = folder.Write("scene.json", c.first);
+        ASSERT_EQ(Render({scene, "-o", folder.Path("out.png"), "--size", "8x6"}).status, 0);
+        EXPECT_EQ(ReadPng(folder.Path("out.png")).At(4, 3), c.second);
+    }
+}
+
 TEST(RenderCommand, SampleSceneDrawsSurfaces)
 {
     ScratchFolder folder;
@@ -241,12 +259,15 @@ TEST(RenderCommand, SampleSceneDrawsSurfaces)
     ASSERT_EQ(result.status, 0) << result.err;
     const render::Image image = ReadPng(picture);
     const shr::Color4b background = image.At(0, 0);
-    int drawn = 0;
+    int drawn = 0, seeThrough = 0;
     for (int y = 0; y < image.Height(); ++y) {
-        for (int x = 0; x < image.Width(); ++x)
+        for (int x = 0; x < image.Width(); ++x) {
             drawn += image.At(x, y) != background;
+            seeThrough += image.At(x, y).a != 255;
+        }
     }
     EXPECT_GT(drawn, 80 * 60 / 20); // the surfaces cover a good part of the view
+    EXPECT_EQ(seeThrough, 0) << "the translucent shell leaves the picture opaque";
 }
 
 // The built-in scene: a translucent shell with a core inside, a vertical

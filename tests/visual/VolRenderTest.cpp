@@ -241,7 +241,7 @@ TEST_F(VolRenderTest, RowsKeepTheirLimitsAndTheStoredFormRoundTrips)
     EXPECT_TRUE(list.Visible(VoVolRender::IdNumSlices)) << "3-D textures show their slice count";
     // Stored and loaded alone: a module with links would store its sources too.
     VoVolRender original;
-    original.NumSlices(0x5a17c3); // a count the stored bytes hold nowhere else
+    original.NumSlices(0x017c3b); // a count the stored bytes hold nowhere else
     original.Method(VoVolRender::Textures3D);
     original.CompositionMethod(VoVolRender::MaximumIntensity);
     original.InterpolationMethod(VoVolRender::NearestNeighbor);
@@ -251,7 +251,7 @@ TEST_F(VolRenderTest, RowsKeepTheirLimitsAndTheStoredFormRoundTrips)
     std::vector<unsigned char> bytes = testsupport::Store(original);
     VoVolRender copy;
     EXPECT_EQ(testsupport::Load(copy, bytes), 0u);
-    EXPECT_EQ(copy.NumSlices(), 0x5a17c3u);
+    EXPECT_EQ(copy.NumSlices(), 0x017c3bu);
     EXPECT_EQ(copy.Method(), VoVolRender::Textures3D);
     EXPECT_EQ(copy.CompositionMethod(), VoVolRender::MaximumIntensity);
     EXPECT_EQ(copy.InterpolationMethod(), VoVolRender::NearestNeighbor);
@@ -266,13 +266,15 @@ TEST_F(VolRenderTest, RowsKeepTheirLimitsAndTheStoredFormRoundTrips)
         EXPECT_EQ(target.NumSlices(), 200u);
     }
     // The method is stored right after the slice count.
-    const unsigned char slices[4] = {0xc3, 0x17, 0x5a, 0};
+    const unsigned char slices[4] = {0x3b, 0x7c, 0x01, 0};
     const auto at = std::search(bytes.begin(), bytes.end(), slices, slices + 4);
     ASSERT_NE(at, bytes.end());
     at[4] = 7;
     VoVolRender target;
     EXPECT_THROW(testsupport::Load(target, bytes), shr::Exception);
     at[4] = 1;
+    at[2] = 0x77; // beyond the row's limit: every frame would draw them all
+    EXPECT_THROW(testsupport::Load(target, bytes), shr::Exception);
     std::fill(at, at + 4, 0); // a stored slice count of 0 loads as 1
     EXPECT_EQ(testsupport::Load(target, bytes), 0u);
     EXPECT_EQ(target.NumSlices(), 1u);
