@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -98,6 +99,35 @@ std::vector<unsigned char> ExpectRoundTrip(T& object, std::initializer_list<size
         EXPECT_EQ(Store(target), fresh) << "a failed load changes nothing; cut " << cut;
     }
     return bytes;
+}
+
+// Each damage of `cases`, done to a fresh T (after `prepare`, when given),
+// stored and loaded into another, is refused, and that one still stores as a
+// fresh T does: what the rows would not take, a document may not hold.
+template <class T>
+void ExpectDamageRefused(std::initializer_list<std::pair<const char*, void (*)(T&)>> cases,
+                         void (*prepare)(T&) = nullptr)
+{
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.first);
+        T damaged, target, fresh;
+        if (prepare)
+            prepare(damaged);
+        c.second(damaged);
+        EXPECT_THROW(Load(target, Store(damaged)), shr::Exception);
+        EXPECT_EQ(Store(target), Store(fresh));
+    }
+}
+
+// Replaces the one occurrence of `marker`'s bytes in `bytes` by those of `bad`.
+template <class T>
+void ReplaceUnique(std::vector<unsigned char>& bytes, T marker, T bad)
+{
+    const auto* pattern = reinterpret_cast<const unsigned char*>(&marker);
+    const auto at = std::search(bytes.begin(), bytes.end(), pattern, pattern + sizeof marker);
+    ASSERT_NE(at, bytes.end());
+    ASSERT_EQ(std::search(at + 1, bytes.end(), pattern, pattern + sizeof marker), bytes.end()) << "a unique marker";
+    std::memcpy(&*at, &bad, sizeof bad);
 }
 
 // Replaces the first run `from` in `bytes` by `to`; false when there is none.

@@ -65,17 +65,6 @@ TEST(LatticeModuleTest, ColorMapTakesTheComponentLimitsAndClipsTheComponent)
     EXPECT_EQ(map.GetDataMin(), -8.0);
 }
 
-TEST(LatticeModuleTest, FixedWindowStaysWhenTheDataChange)
-{
-    const core::VdUniformLattice lattice = MakeLattice();
-    ProbeModule module;
-    module.GetColorMap().SetScalingLimits(10.0, 20.0);
-    module.UpdateColorMapDataLimits(&lattice);
-    EXPECT_EQ(module.GetColorMap().GetDataMin(), 1.0);
-    EXPECT_EQ(module.GetColorMap().GetScaleMin(), 10.0);
-    EXPECT_FALSE(module.GetColorMap().GetAutoScale());
-}
-
 TEST(LatticeModuleTest, RoundTripsComponentMapAndLegend)
 {
     ProbeModule stored;
