@@ -1,7 +1,7 @@
 #pragma once
 // What the drawing benchmarks share: where their pictures go, the CPU time of
 // the whole process, and the summary of a picture that the peer compares.
-#include "bench/BenchFiles.h"
+#include "bench/BenchSupport.h"
 #include "render/Image.h"
 
 #include <benchmark/benchmark.h>
@@ -16,7 +16,7 @@ namespace benchpictures {
 inline std::string PictureFolder()
 {
     const char* folder = std::getenv("FENRAK_BENCH_PICTURES");
-    return folder && *folder ? folder : benchfiles::OutputFolder();
+    return folder && *folder ? folder : bench::OutputFolder();
 }
 
 // CPU time of the whole process: the drawing threads of the rasteriser included.

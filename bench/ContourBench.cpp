@@ -16,7 +16,7 @@
 // distinct vertices, and the distinct vertices that lie on lattice edges (the
 // points of contouring the image's squares), exact and narrowed to float. The height field's heights and normals
 // are written for the peer to compare.
-#include "bench/BenchFiles.h"
+#include "bench/BenchSupport.h"
 #include "core/data/VdGeometry.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/network/VoNetwork.h"
@@ -43,7 +43,7 @@
 
 namespace {
 
-using benchfiles::WriteRaw;
+using bench::WriteRaw;
 using core::VoNetwork;
 
 constexpr int kLevels = 20;
@@ -253,12 +253,5 @@ BENCHMARK(BM_HeightField)->Arg(2048)->ArgName("n")->Unit(benchmark::kMillisecond
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    VoNetwork::Instance().Init(); // modules make their scene geometry when built
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    VoNetwork::Instance().Release();
-    return 0;
+    return bench::RunNetworkBenchmarks(argc, argv);
 }

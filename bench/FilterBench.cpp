@@ -7,7 +7,7 @@
 // (bench/peers/filter_peer.py) to compare with VTK's and scipy's before it
 // times them. The thread count is a benchmark argument: 2 against VTK, 1
 // against scipy, whose filters run on one thread.
-#include "BenchFiles.h"
+#include "bench/BenchSupport.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/processing/filters/CLatticeFilter.h"
 
@@ -65,23 +65,23 @@ std::vector<float> Field(const unsigned int* dims)
     return values;
 }
 
-const VdUniformLattice& Input(unsigned int shape)
+std::unique_ptr<VdUniformLattice> MakeInput(unsigned int shape)
 {
-    static std::map<unsigned int, std::unique_ptr<VdUniformLattice>> made;
-    auto& slot = made[shape];
-    if (slot)
-        return *slot;
     unsigned int dims[3];
     Dims(shape, dims);
     const std::string name = "filter_in_" + std::to_string(shape) + ".raw";
     std::vector<float> values(size_t(dims[0]) * dims[1] * dims[2]);
-    std::ifstream file(benchfiles::OutputFolder() + "/" + name, std::ios::binary);
+    std::ifstream file(bench::OutputFolder() + "/" + name, std::ios::binary);
     if (!file.read(reinterpret_cast<char*>(values.data()), std::streamsize(values.size() * sizeof(float)))) {
         values = Field(dims);
-        benchfiles::WriteRaw(name, values);
+        bench::WriteRaw(name, values);
     }
-    slot = std::make_unique<VdUniformLattice>(shr::Float, dims, values.data(), 1);
-    return *slot;
+    return std::make_unique<VdUniformLattice>(shr::Float, dims, values.data(), 1);
+}
+
+const VdUniformLattice& Input(unsigned int shape)
+{
+    return *bench::Cached(shape, [shape] { return MakeInput(shape); });
 }
 
 CLatticeFilter::Params Settings(const Case& c, const VdUniformLattice& input)
@@ -119,7 +119,7 @@ void BM_Filter(benchmark::State& state)
     const std::string name = std::string("filter_out_") + c.name + "_" + std::to_string(shape) + ".raw";
     if (written.insert(name).second) {
         const float* result = static_cast<const float*>(output.DataPtr());
-        benchfiles::WriteRaw(name, std::vector<float>(result, result + output.VertexCount()));
+        bench::WriteRaw(name, std::vector<float>(result, result + output.VertexCount()));
     }
     for (auto _ : state) {
         if (!CLatticeFilter::Execute(p))

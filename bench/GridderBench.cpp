@@ -15,6 +15,7 @@
 // point) and our lattice values as little-endian doubles, and one line per
 // case and thread count with its name, N, n, k, the threads and our best
 // real and CPU times.
+#include "bench/BenchSupport.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/gridding/CInverseDistanceRules.h"
 #include "core/gridding/CPointData.h"
@@ -22,8 +23,6 @@
 #include "core/gridding/VoGridder3Private.h"
 
 #include <benchmark/benchmark.h>
-
-#include <unistd.h>
 
 #include <tbb/info.h>
 #include <tbb/task_arena.h>
@@ -72,11 +71,7 @@ std::vector<double> MakePoints(size_t count)
 
 const std::vector<double>& Points(size_t count)
 {
-    static std::map<size_t, std::vector<double>> cache;
-    auto it = cache.find(count);
-    if (it == cache.end())
-        it = cache.emplace(count, MakePoints(count)).first;
-    return it->second;
+    return bench::Cached(count, [count] { return MakePoints(count); });
 }
 
 std::unique_ptr<core::CPointData> MakeTable(const std::vector<double>& points)
@@ -133,35 +128,16 @@ double Least(const std::vector<double>& values)
 
 // ---- files for the peer -----------------------------------------------------------
 
-std::string ProgramDirectory()
-{
-    char path[4096];
-    const ssize_t n = readlink("/proc/self/exe", path, sizeof(path) - 1);
-    if (n <= 0)
-        return ".";
-    std::string full(path, static_cast<size_t>(n));
-    return full.substr(0, full.rfind('/'));
-}
-
-bool WriteRaw(const std::string& path, const double* values, size_t count)
-{
-    FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file)
-        return false;
-    const bool ok = std::fwrite(values, sizeof(double), count, file) == count;
-    return std::fclose(file) == 0 && ok;
-}
-
 // Our lattice values of a case, for the peer to compare with before it times.
-bool WriteOurValues(const Case& c, const std::string& directory)
+bool WriteOurValues(const Case& c)
 {
     const auto table = MakeTable(Points(c.count));
     auto lattice = MakeLattice(c.nodes);
     Grid(*table, *lattice);
     const size_t nodes = size_t(c.nodes) * c.nodes * c.nodes;
     const auto* values = static_cast<const double*>(lattice->DataPtr());
-    return WriteRaw(directory + "/gridder_values_" + std::to_string(c.count) + "_" + std::to_string(c.nodes) + ".raw",
-                    values, nodes);
+    return bench::WriteRaw("gridder_values_" + std::to_string(c.count) + "_" + std::to_string(c.nodes) + ".raw",
+                           values, nodes * sizeof(double));
 }
 
 // One thread, and every core of the machine.
@@ -196,7 +172,7 @@ public:
         ConsoleReporter::Finalize();
         // A run of one case, for the peer, leaves the list of all cases alone.
         const char* name = std::getenv("FENRAK_BENCH_CASE") ? "/gridder_case.txt" : "/gridder_ours.txt";
-        FILE* file = std::fopen((ProgramDirectory() + name).c_str(), "w");
+        FILE* file = std::fopen((bench::OutputFolder() + name).c_str(), "w");
         if (!file)
             return;
         for (const Case& c : m_Cases)
@@ -236,18 +212,17 @@ int main(int argc, char** argv)
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
-    const std::string directory = ProgramDirectory();
     const std::vector<Case> cases = Cases();
     for (const Case& c : cases) {
         const size_t count = c.count;
         const std::vector<double>& points = Points(count);
-        if (!WriteRaw(directory + "/gridder_points_" + std::to_string(count) + ".raw", points.data(), points.size())) {
+        if (!bench::WriteRaw("gridder_points_" + std::to_string(count) + ".raw", points)) {
             std::fprintf(stderr, "bench_gridder: cannot write the points beside the program\n");
             return 1;
         }
     }
     for (const Case& c : cases) {
-        if (!WriteOurValues(c, directory)) {
+        if (!WriteOurValues(c)) {
             std::fprintf(stderr, "bench_gridder: cannot write the values of %s\n", c.name.c_str());
             return 1;
         }

@@ -6,7 +6,7 @@
 //   isovalue: a new isovalue, only the sweep runs;
 //   input:    new data, the float copy and the gradients are made first.
 // Triangle and vertex counts go out as counters for the peer to compare.
-#include "bench/BenchFiles.h"
+#include "bench/BenchSupport.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/visual/VoIsoSurfacePrivate.h"
 #include "shr/Box3d.h"
@@ -24,7 +24,7 @@
 
 namespace {
 
-using benchfiles::WriteRaw;
+using bench::WriteRaw;
 using namespace core::VoIsoSurfacePrivate;
 
 constexpr double kPi = 3.14159265358979323846;
@@ -66,11 +66,8 @@ struct BenchLattice {
 // Lattices are kept between the benchmarks of the same size and field.
 const core::VdUniformLattice& Lattice(int field, unsigned int n)
 {
-    static std::map<std::pair<int, unsigned int>, std::unique_ptr<BenchLattice>> made;
-    auto& slot = made[{field, n}];
-    if (!slot)
-        slot = std::make_unique<BenchLattice>(field, n);
-    return *slot->lattice;
+    return *bench::Cached(std::make_pair(field, n), [field, n] { return std::make_unique<BenchLattice>(field, n); })
+                ->lattice;
 }
 
 struct Extractor {

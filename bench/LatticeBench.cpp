@@ -4,7 +4,7 @@
 // raw little-endian doubles beside this program, with our answers, so that the
 // peer script (bench/peers/lattice.py) reads the same input and checks that
 // both sides agree before it compares times.
-#include "bench/BenchFiles.h"
+#include "bench/BenchSupport.h"
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdLattice.h"
 
@@ -20,7 +20,7 @@
 
 namespace {
 
-using benchfiles::WriteRaw;
+using bench::WriteRaw;
 constexpr size_t kQueries = 1000000;
 constexpr double kWarp = 0.02;
 constexpr double kTwoPi = 6.283185307179586;

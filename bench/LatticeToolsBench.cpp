@@ -11,7 +11,7 @@
 // program: each input (lattice_tools_in_<n>.raw) and each of our outputs
 // (lattice_tools_<case>.raw), little-endian, i fastest, and the cast's offset
 // and scale (lattice_tools_cast.txt).
-#include "bench/BenchFiles.h"
+#include "bench/BenchSupport.h"
 #include "core/data/LatticeUtility.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/processing/LatticeGeometry.h"
@@ -36,7 +36,7 @@ const tbb::global_control s_Threads(tbb::global_control::max_allowed_parallelism
 
 void WriteRaw(const std::string& name, const core::VdVertexData& data)
 {
-    benchfiles::WriteRaw("lattice_tools_" + name + ".raw", data.DataPtr(), data.DataTotalSize());
+    bench::WriteRaw("lattice_tools_" + name + ".raw", data.DataPtr(), data.DataTotalSize());
 }
 
 // n^3 float nodes, spacing 1: waves of a few wavelengths and a little noise.
@@ -61,11 +61,7 @@ std::unique_ptr<core::VdUniformLattice> MakeInput(unsigned int n)
 
 const core::VdUniformLattice& Input(unsigned int n)
 {
-    static std::map<unsigned int, std::unique_ptr<core::VdUniformLattice>> made;
-    auto& slot = made[n];
-    if (!slot)
-        slot = MakeInput(n);
-    return *slot;
+    return *bench::Cached(n, [n] { return MakeInput(n); });
 }
 
 // What VoLatticeResample does once its settings are known.
@@ -111,7 +107,7 @@ void BM_CastStretch(benchmark::State& state)
     const std::pair<double, double> range = input.DataMinMax(0);
     double offset = 0.0, scale = 1.0;
     core::VoCast::StretchParameters(shr::UInt8, range.first, range.second, offset, scale);
-    if (FILE* file = std::fopen((benchfiles::OutputFolder() + "/lattice_tools_cast.txt").c_str(), "w")) {
+    if (FILE* file = std::fopen((bench::OutputFolder() + "/lattice_tools_cast.txt").c_str(), "w")) {
         std::fprintf(file, "%.17g %.17g\n", offset, scale);
         std::fclose(file);
     }

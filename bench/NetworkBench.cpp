@@ -9,6 +9,7 @@
 #include "core/network/VbModuleInfo.h"
 #include "core/network/VbPort.h"
 #include "core/network/VoModule.h"
+#include "bench/BenchSupport.h"
 #include "core/network/VoNetwork.h"
 
 #include <benchmark/benchmark.h>
@@ -78,7 +79,6 @@ void RunPass()
 
 void BM_UnchangedPass(benchmark::State& state, Shape shape)
 {
-    VoNetwork::Instance().Init();
     Build(shape);
     RunPass(); // every module runs once here
     const int settled = g_Executions;
@@ -98,11 +98,5 @@ BENCHMARK_CAPTURE(BM_UnchangedPass, fan, Shape::Fan)->Unit(benchmark::kMicroseco
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    VoNetwork::Instance().Release();
-    return 0;
+    return bench::RunNetworkBenchmarks(argc, argv);
 }

@@ -14,6 +14,7 @@
 // Inputs, the colour tables and our point colours are written as raw files
 // beside this program for bench/peers/scatter_peer.py, which runs VTK on the
 // same data and compares the outputs before timing.
+#include "bench/BenchSupport.h"
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/graphics/VgRenderer.h"
@@ -24,7 +25,6 @@
 #include "core/visual/VoFaceRender.h"
 #include "core/visual/VoScatterPlot.h"
 #include "shr/Box3d.h"
-#include "BenchFiles.h"
 
 #include <benchmark/benchmark.h>
 
@@ -41,7 +41,7 @@ using namespace core;
 
 constexpr unsigned int kPoints = 1000000;
 
-using benchfiles::WriteRaw;
+using bench::WriteRaw;
 
 void WriteTable(const std::string& name, const VbColorMap& map)
 {
@@ -91,13 +91,9 @@ void BM_PointSymbols(benchmark::State& state)
     state.SetLabel(state.range(0) == 0 ? "points" : "squares");
 }
 
-// Node value: distance from node (0, 0, 0) in cells, over n - 1. One module
-// per size, kept for the benchmark's repetitions.
-VoFaceRender& Blocks(unsigned int n)
+// Node value: distance from node (0, 0, 0) in cells, over n - 1.
+VoFaceRender* MakeBlocks(unsigned int n)
 {
-    static std::map<unsigned int, VoFaceRender*> made;
-    if (VoFaceRender* module = made[n])
-        return *module;
     VoNetwork& network = VoNetwork::Instance();
     std::vector<float> values(size_t(n) * n * n);
     size_t at = 0;
@@ -120,8 +116,13 @@ VoFaceRender& Blocks(unsigned int n)
     for (const auto& [pos, opacity] : {std::pair<double, double>{0.0, 0.0}, {cut, 0.0}, {cut + 0.001, 1.0}, {1.0, 1.0}})
         map.AddOpacityNode(pos, opacity);
     WriteTable("face_table.raw", map);
-    made[n] = module;
-    return *module;
+    return module;
+}
+
+// One module per size, kept for the benchmark's repetitions.
+VoFaceRender& Blocks(unsigned int n)
+{
+    return *bench::Cached(n, [n] { return MakeBlocks(n); });
 }
 
 void BM_FaceRender(benchmark::State& state)
@@ -167,13 +168,5 @@ BENCHMARK(BM_FaceRender)
 
 int main(int argc, char** argv)
 {
-    VoNetwork::Instance().Init();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    VoNetwork::Instance().DeleteAllNodes();
-    VoNetwork::Instance().Release();
-    return 0;
+    return bench::RunNetworkBenchmarks(argc, argv);
 }

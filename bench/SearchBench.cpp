@@ -10,14 +10,13 @@
 // The raw inputs (points and queries as little-endian doubles) and our times
 // with a checksum are written beside the program, for peers/search.py
 // (scipy's cKDTree) to run the same workloads.
+#include "bench/BenchSupport.h"
 #include "core/gridding/CPointData.h"
 #include "core/gridding/CSearchEngine.h"
 #include "core/gridding/CSearchRules.h"
 
 #include <benchmark/benchmark.h>
 #include <nanoflann.hpp>
-
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -73,11 +72,7 @@ std::vector<double> MakeQueries()
 
 const std::vector<double>& Points(size_t count)
 {
-    static std::map<size_t, std::vector<double>> cache;
-    auto it = cache.find(count);
-    if (it == cache.end())
-        it = cache.emplace(count, MakePoints(count)).first;
-    return it->second;
+    return bench::Cached(count, [count] { return MakePoints(count); });
 }
 
 const std::vector<double>& Queries()
@@ -271,25 +266,6 @@ void FlannQuery(benchmark::State& state, Workload w)
 
 // ---- files for the peer script -------------------------------------------------
 
-std::string ProgramDirectory()
-{
-    char path[4096];
-    const ssize_t n = readlink("/proc/self/exe", path, sizeof(path) - 1);
-    if (n <= 0)
-        return ".";
-    std::string full(path, static_cast<size_t>(n));
-    return full.substr(0, full.rfind('/'));
-}
-
-void WriteRaw(const std::string& path, const std::vector<double>& values)
-{
-    FILE* file = std::fopen(path.c_str(), "wb");
-    if (!file)
-        return;
-    std::fwrite(values.data(), sizeof(double), values.size(), file);
-    std::fclose(file);
-}
-
 // ---- registration and the ratio report -------------------------------------------
 
 class RatioReporter : public benchmark::ConsoleReporter {
@@ -334,7 +310,7 @@ private:
     // One line per query workload: name count k radius seconds neighbours checksum.
     void WriteOurTimes() const
     {
-        FILE* file = std::fopen((ProgramDirectory() + "/search_ours.txt").c_str(), "w");
+        FILE* file = std::fopen((bench::OutputFolder() + "/search_ours.txt").c_str(), "w");
         if (!file)
             return;
         for (const Workload& w : m_Workloads) {
@@ -397,10 +373,9 @@ int main(int argc, char** argv)
         }
         sums[w.name] = {total, checksum};
     }
-    const std::string directory = ProgramDirectory();
-    WriteRaw(directory + "/search_queries.raw", Queries());
+    bench::WriteRaw("search_queries.raw", Queries());
     for (size_t count : {size_t(10000), size_t(100000), size_t(1000000)})
-        WriteRaw(directory + "/search_points_" + std::to_string(count) + ".raw", Points(count));
+        bench::WriteRaw("search_points_" + std::to_string(count) + ".raw", Points(count));
 
     for (const Workload& w : workloads) {
         if (w.name.compare(0, 4, "knn/") == 0) {

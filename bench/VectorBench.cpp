@@ -17,7 +17,7 @@
 // Arrows: style "Arrow solid" on every second node along each axis, lengths
 // proportional to magnitude (the peer's scale-by-vector). Stream lines:
 // forward, a fixed number of fourth-order Runge-Kutta steps from each seed.
-#include "bench/BenchFiles.h"
+#include "bench/BenchSupport.h"
 #include "core/data/VdGeometry.h"
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
@@ -42,7 +42,7 @@
 
 namespace {
 
-using benchfiles::WriteRaw;
+using bench::WriteRaw;
 using core::VoNetwork;
 using shr::Vec3d;
 
@@ -123,11 +123,7 @@ struct Bench {
 
 Bench& Modules(unsigned int n)
 {
-    static std::map<unsigned int, std::unique_ptr<Bench>> made;
-    auto& slot = made[n];
-    if (!slot)
-        slot = std::make_unique<Bench>(n);
-    return *slot;
+    return *bench::Cached(n, [n] { return std::make_unique<Bench>(n); });
 }
 
 // One run as a pass makes it: a fresh renderer, the module's whole execution.
@@ -198,13 +194,5 @@ BENCHMARK(BM_Arrows)->Arg(64)->Arg(128)->ArgName("n")->Unit(benchmark::kMillisec
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    VoNetwork::Instance().Init();
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    VoNetwork::Instance().DeleteAllNodes();
-    VoNetwork::Instance().Release();
-    return 0;
+    return bench::RunNetworkBenchmarks(argc, argv);
 }

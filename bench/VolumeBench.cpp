@@ -14,7 +14,7 @@
 // picture of each mode goes to the folder named by FENRAK_BENCH_PICTURES
 // (beside this program by default); the covered share of the picture and its
 // mean brightness go out as counters for the peer to compare.
-#include "bench/BenchFiles.h"
+#include "bench/BenchSupport.h"
 #include "bench/BenchPictures.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/graphics/InvSmartPtr.h"
@@ -68,7 +68,7 @@ struct Scene {
         render::EnsureCoinInit();
         core::InvVolume::initClass();
         const std::vector<float> values = Field();
-        benchfiles::WriteRaw("volume_256.raw", values);
+        bench::WriteRaw("volume_256.raw", values);
         const unsigned int dims[3] = {kSide, kSide, kSide};
         lattice = new core::VdUniformLattice(shr::Float, dims, values.data(), 1);
         lattice->AddRef();

@@ -21,7 +21,7 @@
 // quarter-size picture goes to FENRAK_BENCH_PICTURES (beside this program by
 // default); the covered share of the picture and its mean brightness go out
 // as counters for the peer to compare.
-#include "bench/BenchFiles.h"
+#include "bench/BenchSupport.h"
 #include "bench/BenchPictures.h"
 #include "core/data/VdGeometry.h"
 #include "core/graphics/InvSmartPtr.h"
@@ -128,12 +128,12 @@ void WriteTubes(const core::VdWellData& wells, const core::VoWellRender& render)
                                 : 1.0);
         }
     }
-    benchfiles::WriteRaw("wellrender_counts.raw", counts);
-    benchfiles::WriteRaw("wellrender_points.raw", points);
-    benchfiles::WriteRaw("wellrender_gr.raw", gamma);
-    benchfiles::WriteRaw("wellrender_radius.raw", radii);
+    bench::WriteRaw("wellrender_counts.raw", counts);
+    bench::WriteRaw("wellrender_points.raw", points);
+    bench::WriteRaw("wellrender_gr.raw", gamma);
+    bench::WriteRaw("wellrender_radius.raw", radii);
     const std::vector<double> limits = {f.m_PathColorMap.GetDataMin(), f.m_PathColorMap.GetDataMax()};
-    benchfiles::WriteRaw("wellrender_limits.raw", limits);
+    bench::WriteRaw("wellrender_limits.raw", limits);
 }
 
 struct Scene {
@@ -338,12 +338,5 @@ BENCHMARK(BM_GleFrame)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    core::VoNetwork::Instance().DeleteAllNodes();
-    core::VoNetwork::Instance().Release();
-    return 0;
+    return bench::RunNetworkBenchmarks(argc, argv);
 }

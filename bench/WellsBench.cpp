@@ -15,7 +15,7 @@
 // Written beside the program for the peer (peers/wells_peer.py): the stations
 // (azimuth, plunge, MD per station) and the tops, and our minimum curvature
 // paths (x, y, z, MD per point), as little-endian doubles.
-#include "BenchFiles.h"
+#include "bench/BenchSupport.h"
 #include "core/wells/VdWellData.h"
 #include "core/wells/WellPathGenerator.h"
 #include "host/DelimitedText.h"
@@ -36,7 +36,7 @@
 
 namespace {
 
-using benchfiles::WriteRaw;
+using bench::WriteRaw;
 
 constexpr int kWells = 10000;
 constexpr int kStations = 1000;

@@ -1,7 +1,6 @@
 """What the drawing peers share: our benchmark's runs, the drawing under
 xvfb-run, a frame drawn and read back with its times, the summary of a picture
 that is compared with ours, and a shrunk copy."""
-import json
 import os
 import shutil
 import subprocess
@@ -10,17 +9,33 @@ import time
 
 import numpy as np
 from vtkmodules.util.numpy_support import numpy_to_vtk, vtk_to_numpy
-from vtkmodules.vtkCommonCore import vtkUnsignedCharArray
+from vtkmodules.vtkCommonCore import vtkSMPTools, vtkUnsignedCharArray
 from vtkmodules.vtkCommonDataModel import vtkImageData
 from vtkmodules.vtkIOImage import vtkPNGWriter
+
+import _peer
 
 
 def benchmark_runs(program, pictures, threads):
     """The runs (not the aggregates) of one of our drawing benchmarks, its pictures going to `pictures`."""
     env = dict(os.environ, FENRAK_BENCH_PICTURES=pictures, LP_NUM_THREADS=str(threads))
-    output = subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True, text=True,
-                            env=env).stdout
-    return [run for run in json.loads(output)["benchmarks"] if run.get("run_type") != "aggregate"]
+    return [run for run in _peer.benchmark_runs(program, env=env) if run.get("run_type") != "aggregate"]
+
+
+# Where the drawing peers leave their pictures, beside the figures.
+RESULTS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "results")
+
+
+def start_drawing(script, build_dir, threads):
+    """Readies a drawing peer. With no display, runs `script` again under xvfb-run and gives its exit
+    status; otherwise sets the thread count of llvmpipe and of VTK, makes the results folder and gives None."""
+    status = run_under_xvfb(script, build_dir)
+    if status is not None:
+        return status
+    os.environ["LP_NUM_THREADS"] = str(threads)
+    vtkSMPTools.Initialize(threads)
+    os.makedirs(RESULTS, exist_ok=True)
+    return None
 
 
 def run_under_xvfb(script, build_dir):

@@ -32,20 +32,19 @@ best of several filter updates on VTK's. Our contour module is timed twice:
 run again (new levels or colours: it keeps the memory of its triangulation)
 and on its first run (a new module, which allocates it).
 """
-import json
 import math
 import os
-import subprocess
 import sys
-import time
 
 import numpy as np
 from vtkmodules.util.numpy_support import numpy_to_vtk, numpy_to_vtkIdTypeArray, vtk_to_numpy
 from vtkmodules.vtkCommonCore import vtkPoints, vtkSMPTools
-from vtkmodules.vtkCommonDataModel import vtkCellArray, vtkImageData, vtkPolyData
+from vtkmodules.vtkCommonDataModel import vtkCellArray, vtkPolyData
 from vtkmodules.vtkFiltersCore import vtkContourFilter, vtkMarchingSquares, vtkPolyDataNormals
 from vtkmodules.vtkFiltersGeneral import vtkWarpScalar
 from vtkmodules.vtkFiltersGeometry import vtkImageDataGeometryFilter
+
+from _peer import benchmark_runs, best_of, image_data, program
 
 THREADS = 2
 SIZES = (1024, 4096)
@@ -56,11 +55,8 @@ REPEATS = {1024: 5, 2048: 3, 4096: 2}
 
 
 def ours(build_dir):
-    program = os.path.join(build_dir, "bench", "bench_contour")
-    output = subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True,
-                            text=True).stdout
     results = {}
-    for run in json.loads(output)["benchmarks"]:
+    for run in benchmark_runs(program(build_dir, "bench_contour", "contour")):
         parts = run["name"].replace("BM_", "").split("/")
         kind = parts[0] if parts[1].startswith("n:") else parts[0] + "_" + parts[1]
         n = int(run["name"].split("n:")[1].split("/")[0])
@@ -70,14 +66,7 @@ def ours(build_dir):
 
 def image(path, n):
     values = np.fromfile(path, dtype="<f4")
-    data = vtkImageData()
-    data.SetDimensions(n, n, 1)
-    data.SetOrigin(0.0, 0.0, 0.0)
-    data.SetSpacing(1.0, 1.0, 1.0)
-    scalars = numpy_to_vtk(values, deep=True)
-    scalars.SetName("value")
-    data.GetPointData().SetScalars(scalars)
-    return data, values
+    return image_data(values, (n, n, 1)), values
 
 
 def mesh_triangles(data, n):
@@ -100,14 +89,9 @@ def mesh_triangles(data, n):
     return poly
 
 
-def best_update(f, repeats):
-    best = float("inf")
-    for _ in range(repeats):
-        f.Modified()
-        start = time.perf_counter()
-        f.Update()
-        best = min(best, time.perf_counter() - start)
-    return best
+def best_update(f, repeats, modified=None):
+    """The best wall time of `repeats` updates of `f`, `modified` (or `f`) marked modified before each."""
+    return best_of(f.Update, repeats, (modified or f).Modified)[0]
 
 
 def contour(kind, data, levels, repeats):
@@ -175,12 +159,7 @@ def height_rows(bench_dir, mine):
     normals.AutoOrientNormalsOff()
     normals.ComputePointNormalsOn()
     normals.ComputeCellNormalsOff()
-    best = float("inf")
-    for _ in range(REPEATS[n]):
-        warp.Modified()
-        start = time.perf_counter()
-        normals.Update()
-        best = min(best, time.perf_counter() - start)
+    best = best_update(normals, REPEATS[n], warp)
     out = normals.GetOutput()
     peer_z = vtk_to_numpy(out.GetPoints().GetData())[:, 2] - low * factor
     peer_normals = vtk_to_numpy(out.GetPointData().GetNormals())
@@ -206,8 +185,7 @@ def height_rows(bench_dir, mine):
 
 def main(build_dir):
     bench_dir = os.path.join(build_dir, "bench")
-    if not os.path.exists(os.path.join(bench_dir, "bench_contour")):
-        print("contour peer: skipped, bench_contour is not built in %s" % build_dir)
+    if not program(build_dir, "bench_contour", "contour"):
         return 0
     vtkSMPTools.Initialize(THREADS)
     mine = ours(build_dir)

@@ -26,21 +26,20 @@ with other work makes single runs unreliable, so each row takes turns: ours
 (a run of bench_filter, both thread counts), VTK, scipy, again and again, and
 each side's best run counts.
 """
-import json
 import os
-import subprocess
 import sys
 import time
 
 import numpy as np
 import scipy.ndimage as ndimage
-from vtkmodules.util.numpy_support import numpy_to_vtk, vtk_to_numpy
+from vtkmodules.util.numpy_support import vtk_to_numpy
 from vtkmodules.vtkCommonCore import vtkSMPTools
-from vtkmodules.vtkCommonDataModel import vtkImageData
 from vtkmodules.vtkImagingGeneral import (vtkImageGaussianSmooth, vtkImageMedian3D, vtkImageSobel2D,
                                           vtkImageSobel3D)
 from vtkmodules.vtkImagingGeneral import vtkImageConvolve
 from vtkmodules.vtkImagingMath import vtkImageMagnitude
+
+from _peer import benchmark_runs, image_data, program
 
 CASES = ("average3", "gauss3", "median3", "median5", "sobel")
 SHAPES = (128, 256, 4096)
@@ -57,12 +56,9 @@ def repeats(shape, case):
 
 def ours(build_dir, case, shape):
     """One run of ours: seconds by thread count, for one case and shape."""
-    program = os.path.join(build_dir, "bench", "bench_filter")
-    output = subprocess.run([program, "--benchmark_format=json",
-                             "--benchmark_filter=BM_Filter/case:%d/shape:%d/" % (CASES.index(case), shape)],
-                            check=True, capture_output=True, text=True).stdout
     times = {}
-    for run in json.loads(output)["benchmarks"]:
+    for run in benchmark_runs(os.path.join(build_dir, "bench", "bench_filter"),
+                              "--benchmark_filter=BM_Filter/case:%d/shape:%d/" % (CASES.index(case), shape)):
         fields = dict(part.split(":") for part in run["name"].split("/")[1:] if ":" in part)
         times[int(fields["threads"])] = run["real_time"] / 1000.0
     return times
@@ -77,13 +73,8 @@ def read(bench_dir, name, shape):
 
 
 def image(values):
-    data = vtkImageData()
     nz, ny, nx = values.shape
-    data.SetDimensions(nx, ny, nz)
-    scalars = numpy_to_vtk(values.ravel(), deep=True)
-    scalars.SetName("value")
-    data.GetPointData().SetScalars(scalars)
-    return data
+    return image_data(values.ravel(), (nx, ny, nz))
 
 
 def vtk_filter(case, flat):
@@ -186,8 +177,7 @@ def check(label, case, bench_dir, shape, values, vtk_values, scipy_values):
 
 def main(build_dir):
     bench_dir = os.path.join(build_dir, "bench")
-    if not os.path.exists(os.path.join(bench_dir, "bench_filter")):
-        print("filter peer: skipped, bench_filter is not built in %s" % build_dir)
+    if not program(build_dir, "bench_filter", "filter"):
         return 0
     vtkSMPTools.Initialize(THREADS)
     status = 0

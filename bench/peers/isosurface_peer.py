@@ -21,17 +21,14 @@ best single run on each side, real time and process CPU time; each lattice of
 ours is run just before VTK's. Ratios are ours / VTK, new isovalue / new
 data. `isosurface_peer.py BUILD PASSES` repeats the whole comparison.
 """
-import json
 import os
-import subprocess
 import sys
-import time
 
 import numpy as np
-from vtkmodules.util.numpy_support import numpy_to_vtk
 from vtkmodules.vtkCommonCore import vtkSMPTools
-from vtkmodules.vtkCommonDataModel import vtkImageData
 from vtkmodules.vtkFiltersCore import vtkContourFilter, vtkFlyingEdges3D, vtkMarchingCubes
+
+from _peer import benchmark_runs, best_of, image_data, program
 
 FIELDS = ("sphere", "waves")
 ISOVALUES = {"sphere": 0.4999, "waves": 0.0123}
@@ -43,13 +40,10 @@ REPEATS = {64: 7, 128: 5, 256: 3}
 def ours(build_dir, field, n):
     """Our best times (real and process CPU) of both workloads on one lattice,
     run just before VTK's so that both meet the same load."""
-    program = os.path.join(build_dir, "bench", "bench_isosurface")
     # Ours runs on TBB's default arena: one thread per core, THREADS on the bench machine.
     pattern = "/field:%d/n:%d/" % (FIELDS.index(field), n)
-    output = subprocess.run([program, "--benchmark_format=json", "--benchmark_filter=" + pattern], check=True,
-                            capture_output=True, text=True).stdout
     results = {}
-    for run in json.loads(output)["benchmarks"]:
+    for run in benchmark_runs(os.path.join(build_dir, "bench", "bench_isosurface"), "--benchmark_filter=" + pattern):
         # The best of the repetitions, as the peer's best of its runs.
         if run.get("aggregate_name") != "min":
             continue
@@ -60,15 +54,8 @@ def ours(build_dir, field, n):
 
 def image(bench_dir, field, n, sign):
     values = np.fromfile(os.path.join(bench_dir, "iso_%s_%d.raw" % (field, n)), dtype="<f4")
-    data = vtkImageData()
-    data.SetDimensions(n, n, n)
-    data.SetOrigin(-1.0, -1.0, -1.0)
     step = 2.0 / (n - 1)
-    data.SetSpacing(step, step, step)
-    scalars = numpy_to_vtk(sign * values, deep=True)
-    scalars.SetName("value")
-    data.GetPointData().SetScalars(scalars)
-    return data
+    return image_data(sign * values, (n, n, n), (-1.0, -1.0, -1.0), (step, step, step))
 
 
 def make_filter(kind):
@@ -93,21 +80,14 @@ def contour(kind, data, isovalue, repeats):
     f = make_filter(kind)
     f.SetInputData(data)
     f.SetValue(0, isovalue)
-    best, best_cpu = float("inf"), float("inf")
-    for _ in range(repeats):
-        f.Modified()
-        start, cpu = time.perf_counter(), time.process_time()
-        f.Update()
-        best = min(best, time.perf_counter() - start)
-        best_cpu = min(best_cpu, time.process_time() - cpu)
+    best, best_cpu = best_of(f.Update, repeats, f.Modified)
     out = f.GetOutput()
     return best, out.GetNumberOfPolys(), out.GetNumberOfPoints(), best_cpu
 
 
 def main(build_dir, passes):
     bench_dir = os.path.join(build_dir, "bench")
-    if not os.path.exists(os.path.join(bench_dir, "bench_isosurface")):
-        print("isosurface peer: skipped, bench_isosurface is not built in %s" % build_dir)
+    if not program(build_dir, "bench_isosurface", "isosurface"):
         return 0
     vtkSMPTools.Initialize(THREADS)
     status = 0

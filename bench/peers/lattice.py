@@ -8,9 +8,7 @@ inside the probe, as our first pass builds its cell locator), checks that both
 sides found the same points inside and the same values, and prints points per
 second for both and the ratio.
 """
-import json
 import os
-import subprocess
 import sys
 import time
 
@@ -21,6 +19,8 @@ from vtkmodules.vtkCommonCore import vtkSMPTools
 from vtkmodules.vtkCommonDataModel import vtkPolyData, vtkStructuredGrid
 from vtkmodules.vtkFiltersCore import vtkProbeFilter
 
+from _peer import benchmark_runs, program
+
 SIZES = (65, 129)
 BLANK = 1.7976931348623157e308
 # Both sides invert each cell by Newton iteration, which stops at its own
@@ -29,11 +29,8 @@ TOLERANCE = 1e-7
 
 
 def ours(build_dir):
-    program = os.path.join(build_dir, "bench", "bench_lattice")
-    output = subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True,
-                            text=True).stdout
     results = {}
-    for run in json.loads(output)["benchmarks"]:
+    for run in benchmark_runs(os.path.join(build_dir, "bench", "bench_lattice")):
         n = int(run["name"].split("/")[1])
         results[n] = (run["points_per_s"], run["first_pass_s"])
     return results
@@ -68,8 +65,7 @@ def probe(bench_dir, n, queries):
 
 def main(build_dir):
     bench_dir = os.path.join(build_dir, "bench")
-    if not os.path.exists(os.path.join(bench_dir, "bench_lattice")):
-        print("lattice peer: skipped, bench_lattice is not built in %s" % build_dir)
+    if not program(build_dir, "bench_lattice", "lattice"):
         return 0
     vtkSMPTools.Initialize(1)
     mine = ours(build_dir)

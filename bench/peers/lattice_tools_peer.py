@@ -26,20 +26,18 @@ Rows:
   cast of 256^3 to 8 bits with the stretch's offset and scale:
       vtkImageShiftScale (clamped to the type, as ours).
 """
-import json
 import os
-import subprocess
 import sys
-import time
 
 import numpy as np
-from vtkmodules.util.numpy_support import numpy_to_vtk, vtk_to_numpy
+from vtkmodules.util.numpy_support import vtk_to_numpy
 from vtkmodules.vtkCommonCore import vtkSMPTools
-from vtkmodules.vtkCommonDataModel import vtkImageData
 from vtkmodules.vtkCommonExecutionModel import vtkThreadedImageAlgorithm
 from vtkmodules.vtkFiltersCore import vtkResampleToImage
 from vtkmodules.vtkImagingCore import vtkImageReslice, vtkImageShiftScale
 from vtkmodules.vtkImagingGeneral import vtkImageGradient
+
+from _peer import benchmark_runs, best_of, image_data, program
 
 THREADS = 2
 REPEATS = 5
@@ -51,12 +49,10 @@ GRADIENT_TOLERANCE = 1e-6
 
 
 def ours(build_dir):
-    program = os.path.join(build_dir, "bench", "bench_lattice_tools")
     # Ours runs TBB with at most THREADS workers (tbb::global_control in the program).
-    output = subprocess.run([program, "--benchmark_format=json", "--benchmark_repetitions=%d" % REPEATS],
-                            check=True, capture_output=True, text=True).stdout
     times = {}
-    for run in json.loads(output)["benchmarks"]:
+    for run in benchmark_runs(os.path.join(build_dir, "bench", "bench_lattice_tools"),
+                              "--benchmark_repetitions=%d" % REPEATS):
         if run.get("run_type") != "iteration":
             continue
         # "BM_Resample/256/200/process_time/real_time" -> ("Resample", "256", "200")
@@ -72,25 +68,7 @@ def raw(bench_dir, name, dtype):
 
 
 def image(values, n):
-    data = vtkImageData()
-    data.SetDimensions(n, n, n)
-    data.SetOrigin(0.0, 0.0, 0.0)
-    data.SetSpacing(1.0, 1.0, 1.0)
-    scalars = numpy_to_vtk(values, deep=True)
-    scalars.SetName("value")
-    data.GetPointData().SetScalars(scalars)
-    return data
-
-
-def best_of(run, repeats=REPEATS):
-    """(wall, cpu): the best of each over the runs."""
-    wall = cpu = float("inf")
-    for _ in range(repeats):
-        start, start_cpu = time.perf_counter(), time.process_time()
-        run()
-        wall = min(wall, time.perf_counter() - start)
-        cpu = min(cpu, time.process_time() - start_cpu)
-    return wall, cpu
+    return image_data(values, (n, n, n))
 
 
 def vtk_times(f, repeats=REPEATS):
@@ -193,8 +171,8 @@ def gradient_rows(bench_dir, times):
     peer = np.stack((gx, gy, gz), axis=-1)
     diff, bad = compare(row + " numpy.gradient", mine, peer, GRADIENT_TOLERANCE)
     status |= bad
-    report(row, "numpy.gradient (1 thr)", times[("Gradient", str(n))], best_of(lambda: np.gradient(cube)), None,
-           diff)
+    report(row, "numpy.gradient (1 thr)", times[("Gradient", str(n))], best_of(lambda: np.gradient(cube), REPEATS),
+           None, diff)
     return status
 
 
@@ -218,8 +196,7 @@ def cast_rows(bench_dir, times):
 
 def main(build_dir):
     bench_dir = os.path.join(build_dir, "bench")
-    if not os.path.exists(os.path.join(bench_dir, "bench_lattice_tools")):
-        print("lattice tools peer: skipped, bench_lattice_tools is not built in %s" % build_dir)
+    if not program(build_dir, "bench_lattice_tools", "lattice tools"):
         return 0
     vtkSMPTools.Initialize(THREADS)
     vtkThreadedImageAlgorithm.SetGlobalDefaultEnableSMP(False)

@@ -8,15 +8,15 @@ trivial producer and times an Update of every sink of the unchanged pipeline
 nothing is out of date. Ours includes waking the update thread and waiting for
 it; VTK's Update runs on the calling thread.
 """
-import json
 import os
-import subprocess
 import sys
 import time
 
 from vtkmodules.vtkCommonDataModel import vtkImageData
 from vtkmodules.vtkCommonExecutionModel import vtkTrivialProducer
 from vtkmodules.vtkFiltersCore import vtkPassThrough
+
+from _peer import benchmark_runs, program
 
 MODULES = 1000
 PASSES = 200
@@ -53,11 +53,8 @@ def time_unchanged_pass(shape):
 
 
 def ours(build_dir):
-    program = os.path.join(build_dir, "bench", "bench_network")
-    output = subprocess.run([program, "--benchmark_format=json", "--benchmark_min_time=0.5"],
-                            check=True, capture_output=True, text=True).stdout
     times = {}
-    for run in json.loads(output)["benchmarks"]:
+    for run in benchmark_runs(os.path.join(build_dir, "bench", "bench_network"), "--benchmark_min_time=0.5"):
         shape = run["name"].split("/")[1] if "/" in run["name"] else run["name"]
         scale = {"us": 1e-6, "ms": 1e-3, "ns": 1e-9}[run["time_unit"]]
         times[shape] = run["real_time"] * scale
@@ -65,8 +62,7 @@ def ours(build_dir):
 
 
 def main(build_dir):
-    if not os.path.exists(os.path.join(build_dir, "bench", "bench_network")):
-        print("network peer: skipped, bench_network is not built in %s" % build_dir)
+    if not program(build_dir, "bench_network", "network"):
         return 0
     mine = ours(build_dir)
     print("%-8s %14s %14s %8s" % ("shape", "ours (us)", "VTK (us)", "ratio"))

@@ -29,7 +29,6 @@ run of the peer, repeated; each side's best single run counts. Real time and CPU
 the whole process (worker threads included) are both given. 2 threads on each
 side (TBB's default arena on this machine, vtkSMPTools.Initialize(2)).
 """
-import json
 import os
 import subprocess
 import sys
@@ -44,6 +43,8 @@ from vtkmodules.vtkFiltersGeneral import vtkVertexGlyphFilter
 from vtkmodules.vtkFiltersGeometry import vtkDataSetSurfaceFilter
 from vtkmodules.vtkFiltersSources import vtkCubeSource, vtkSphereSource
 
+from _peer import benchmark_runs, program
+
 THREADS = 2
 SIZES = (64, 128, 256)
 REPEATS = {"vtkVertexGlyphFilter": 5, "vtkGlyph3D cube": 2, "vtkGlyph3D sphere": 1, 64: 5, 128: 3, 256: 3}
@@ -51,10 +52,9 @@ REPEATS = {"vtkVertexGlyphFilter": 5, "vtkGlyph3D cube": 2, "vtkGlyph3D sphere":
 
 def ours(build_dir, pattern):
     """A turn of our benchmark `pattern`: its repetitions' records (single runs, times in ms)."""
-    program = os.path.join(build_dir, "bench", "bench_scatter")
-    output = subprocess.run([program, "--benchmark_format=json", "--benchmark_filter=" + pattern,
-                             "--benchmark_repetitions=3"], check=True, capture_output=True, text=True).stdout
-    return [run for run in json.loads(output)["benchmarks"] if run.get("run_type") == "iteration"]
+    runs = benchmark_runs(os.path.join(build_dir, "bench", "bench_scatter"), "--benchmark_filter=" + pattern,
+                          "--benchmark_repetitions=3")
+    return [run for run in runs if run.get("run_type") == "iteration"]
 
 
 class Timing:
@@ -200,8 +200,7 @@ def faces(build_dir, bench_dir, n):
 
 def main(build_dir):
     bench_dir = os.path.join(build_dir, "bench")
-    if not os.path.exists(os.path.join(bench_dir, "bench_scatter")):
-        print("scatter peer: skipped, bench_scatter is not built in %s" % build_dir)
+    if not program(build_dir, "bench_scatter", "scatter"):
         return 0
     vtkSMPTools.Initialize(THREADS)
     # One run writes every input file.

@@ -22,20 +22,19 @@ and oriented by it. The tip of every glyph must be our arrow's tip.
 Same thread count (2) through vtkSMPTools; ours runs these modules on the
 update thread alone. Best of several runs on each side.
 """
-import json
 import os
-import subprocess
 import sys
-import time
 
 import numpy as np
-from vtkmodules.util.numpy_support import numpy_to_vtk, vtk_to_numpy
+from vtkmodules.util.numpy_support import vtk_to_numpy
 from vtkmodules.vtkCommonCore import vtkPoints, vtkSMPTools
-from vtkmodules.vtkCommonDataModel import vtkImageData, vtkPolyData
+from vtkmodules.vtkCommonDataModel import vtkPolyData
 from vtkmodules.vtkFiltersCore import vtkGlyph3D
 from vtkmodules.vtkFiltersFlowPaths import vtkStreamTracer
 from vtkmodules.vtkFiltersSources import vtkArrowSource
 from vtkmodules.vtkImagingCore import vtkExtractVOI
+
+from _peer import benchmark_runs, best_of, image_data, program
 
 SIZES = (64, 128)
 STEPS = 1000
@@ -48,11 +47,8 @@ LINE_TOLERANCE = 2e-3
 
 
 def ours(build_dir):
-    program = os.path.join(build_dir, "bench", "bench_vectors")
-    output = subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True,
-                            text=True).stdout
     results = {}
-    for run in json.loads(output)["benchmarks"]:
+    for run in benchmark_runs(os.path.join(build_dir, "bench", "bench_vectors")):
         workload = run["name"].split("/")[0].replace("BM_", "")
         n = int(run["name"].split("n:")[1].split("/")[0])
         results[(workload, n)] = run
@@ -61,24 +57,12 @@ def ours(build_dir):
 
 def field(bench_dir, name, n):
     values = np.fromfile(os.path.join(bench_dir, "vec_%s_%d.raw" % (name, n)), dtype="<f4").reshape(-1, 3)
-    data = vtkImageData()
-    data.SetDimensions(n, n, n)
-    data.SetOrigin(-1.0, -1.0, -1.0)
     step = 2.0 / (n - 1)
-    data.SetSpacing(step, step, step)
-    vectors = numpy_to_vtk(values, deep=True)
-    vectors.SetName("velocity")
-    data.GetPointData().SetVectors(vectors)
-    return data
+    return image_data(values, (n, n, n), (-1.0, -1.0, -1.0), (step, step, step), "velocity", vectors=True)
 
 
-def best_of(update, repeats=REPEATS):
-    best = float("inf")
-    for _ in range(repeats):
-        start = time.perf_counter()
-        update()
-        best = min(best, time.perf_counter() - start)
-    return best
+def best_wall(update, repeats=REPEATS):
+    return best_of(update, repeats)[0]
 
 
 def our_lines(bench_dir, n):
@@ -184,8 +168,7 @@ def compare_tips(bench_dir, n, glyph, tip, per_glyph):
 
 def main(build_dir):
     bench_dir = os.path.join(build_dir, "bench")
-    if not os.path.exists(os.path.join(bench_dir, "bench_vectors")):
-        print("vector peer: skipped, bench_vectors is not built in %s" % build_dir)
+    if not program(build_dir, "bench_vectors", "vector"):
         return 0
     vtkSMPTools.Initialize(THREADS)
     mine = ours(build_dir)
@@ -201,7 +184,7 @@ def main(build_dir):
         run = mine[("StreamLines", n)]
         tracer, update = stream_lines(bench_dir, n, seeds)
         problem, distance, length = compare_lines(bench_dir, n, tracer)
-        seconds = best_of(update)
+        seconds = best_wall(update)
         points = tracer.GetOutput().GetNumberOfPoints()
         print("%-22s %8.1fms %8.1fms %10.2f %8d   %s" % (
             "stream lines %d^3" % n, run["real_time"], seconds * 1e3, run["real_time"] / (seconds * 1e3),
@@ -212,7 +195,7 @@ def main(build_dir):
         run = mine[("Arrows", n)]
         glyph, update, tip, per_glyph = arrows(bench_dir, n, run["scale"])
         problem, worst = compare_tips(bench_dir, n, glyph, tip, per_glyph)
-        seconds = best_of(update)
+        seconds = best_wall(update)
         print("%-22s %8.1fms %8.1fms %10.2f %8d   %s" % (
             "arrows %d^3 / %d" % (n, SAMPLE_RATE), run["real_time"], seconds * 1e3,
             run["real_time"] / (seconds * 1e3), int(run["arrows"]),

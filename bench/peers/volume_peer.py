@@ -28,16 +28,15 @@ import os
 import sys
 
 import numpy as np
-from vtkmodules.util.numpy_support import numpy_to_vtk
-from vtkmodules.vtkCommonCore import vtkSMPTools
-from vtkmodules.vtkCommonDataModel import vtkImageData, vtkPiecewiseFunction
+from vtkmodules.vtkCommonDataModel import vtkPiecewiseFunction
 from vtkmodules.vtkRenderingCore import vtkColorTransferFunction, vtkRenderer, vtkRenderWindow, vtkVolume, \
     vtkVolumeProperty
 import vtkmodules.vtkRenderingOpenGL2  # noqa: F401  the OpenGL back end
 from vtkmodules.vtkRenderingVolume import vtkGPUVolumeRayCastMapper
 from vtkmodules.vtkRenderingVolumeOpenGL2 import vtkSmartVolumeMapper
 
-from _pictures import benchmark_runs, picture, run_under_xvfb, save, summary
+from _peer import image_data, program
+from _pictures import RESULTS, benchmark_runs, picture, save, start_drawing, summary
 
 SIDE = 256
 WIDTH, HEIGHT = 1024, 768
@@ -49,7 +48,6 @@ SMALL_WIDTH, SMALL_HEIGHT = 64, 48
 # Pictures agree when these differ by no more than this.
 COVERED_TOLERANCE = 0.05    # share of the picture
 BRIGHTNESS_TOLERANCE = 0.35  # relative
-RESULTS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "results")
 METHODS = {0: "2-D textures", 1: "3-D textures"}
 
 
@@ -73,14 +71,7 @@ def ours(build_dir):
 
 def volume_data(bench_dir):
     values = np.fromfile(os.path.join(bench_dir, "volume_256.raw"), dtype="<f4")
-    data = vtkImageData()
-    data.SetDimensions(SIDE, SIDE, SIDE)
-    data.SetOrigin(0.0, 0.0, 0.0)
-    data.SetSpacing(1.0, 1.0, 1.0)
-    scalars = numpy_to_vtk(values, deep=True)
-    scalars.SetName("value")
-    data.GetPointData().SetScalars(scalars)
-    return data, float(values.min()), float(values.max())
+    return image_data(values, (SIDE, SIDE, SIDE)), float(values.min()), float(values.max())
 
 
 def volume_property(low, high):
@@ -178,15 +169,11 @@ def peer(kind, data, prop):
 
 def main(build_dir):
     bench_dir = os.path.join(build_dir, "bench")
-    if not os.path.exists(os.path.join(bench_dir, "bench_volume")):
-        print("volume peer: skipped, bench_volume is not built in %s" % build_dir)
+    if not program(build_dir, "bench_volume", "volume"):
         return 0
-    status = run_under_xvfb(__file__, build_dir)
+    status = start_drawing(__file__, build_dir, THREADS)
     if status is not None:
         return status
-    os.environ["LP_NUM_THREADS"] = str(THREADS)
-    vtkSMPTools.Initialize(THREADS)
-    os.makedirs(RESULTS, exist_ok=True)
     mine = ours(build_dir)
     data, low, high = volume_data(bench_dir)
     prop = volume_property(low, high)

@@ -30,13 +30,14 @@ import sys
 
 import numpy as np
 from vtkmodules.util.numpy_support import numpy_to_vtk
-from vtkmodules.vtkCommonCore import vtkLookupTable, vtkPoints, vtkSMPTools
+from vtkmodules.vtkCommonCore import vtkLookupTable, vtkPoints
 from vtkmodules.vtkCommonDataModel import vtkCellArray, vtkPolyData
 from vtkmodules.vtkFiltersCore import vtkTubeFilter
 from vtkmodules.vtkRenderingCore import vtkActor, vtkPolyDataMapper, vtkRenderer, vtkRenderWindow
 import vtkmodules.vtkRenderingOpenGL2  # noqa: F401  the OpenGL back end
 
-from _pictures import benchmark_runs, picture, run_under_xvfb, save, summary
+from _peer import program
+from _pictures import RESULTS, benchmark_runs, picture, save, start_drawing, summary
 
 WIDTH, HEIGHT = 1024, 768
 SHRINK = 4
@@ -45,7 +46,6 @@ FRAMES = 5
 SIDES = 20
 COVERED_TOLERANCE = 0.03     # share of the picture
 BRIGHTNESS_TOLERANCE = 0.35  # relative: the two light the tubes differently
-RESULTS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "results")
 
 
 def ours(build_dir):
@@ -141,15 +141,11 @@ def peer(data, points, low, high):
 
 def main(build_dir):
     bench_dir = os.path.join(build_dir, "bench")
-    if not os.path.exists(os.path.join(bench_dir, "bench_wellrender")):
-        print("well render peer: skipped, bench_wellrender is not built in %s" % build_dir)
+    if not program(build_dir, "bench_wellrender", "well render"):
         return 0
-    status = run_under_xvfb(__file__, build_dir)
+    status = start_drawing(__file__, build_dir, THREADS)
     if status is not None:
         return status
-    os.environ["LP_NUM_THREADS"] = str(THREADS)
-    vtkSMPTools.Initialize(THREADS)
-    os.makedirs(RESULTS, exist_ok=True)
     mine = ours(build_dir)
     data, points, low, high = tubes(bench_dir)
     first, first_cpu_vtk, best, best_cpu, image, vtk_points = peer(data, points, low, high)

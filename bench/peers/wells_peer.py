@@ -14,13 +14,13 @@ This script runs it, then:
 
 Best of several runs on the peer side; Google Benchmark's mean on ours.
 """
-import json
 import os
-import subprocess
 import sys
 import time
 
 import numpy as np
+
+from _peer import benchmark_runs
 
 WELLS, STATIONS = 10000, 1000
 LAS_PATH = "/tmp/fenrak_bench_wells.las"
@@ -29,13 +29,10 @@ REPEATS = 3
 
 
 def ours(build_dir):
-    program = os.path.join(build_dir, "bench", "bench_wells")
-    output = subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True,
-                            text=True).stdout
     # Names carry their settings ("BM_LasRead/min_time:2.000/real_time"): keep the first part,
     # with the arguments of the path runs.
     runs = {}
-    for run in json.loads(output)["benchmarks"]:
+    for run in benchmark_runs(os.path.join(build_dir, "bench", "bench_wells")):
         name = run["name"].split("/min_time")[0]
         runs[name] = run
     return runs

@@ -30,7 +30,7 @@ VdCurvilinearLattice::VdCurvilinearLattice(const VdCurvilinearLattice& other) = 
 
 VdCurvilinearLattice::VdCurvilinearLattice(shr::PrimType coordType, shr::PrimType dataType, const unsigned int* dims,
                                            const void* coords, const void* data, unsigned int componentCount)
-    : VdLattice(dataType, dims, data, componentCount), m_Coords(coordType, VertexCount(), 3)
+    : VdLatticeKind(dataType, dims, data, componentCount), m_Coords(coordType, VertexCount(), 3)
 {
     if (coords && m_Coords.TotalSize() > 0) {
         std::memcpy(CoordWritePtr(), coords, m_Coords.TotalSize());
@@ -39,34 +39,18 @@ VdCurvilinearLattice::VdCurvilinearLattice(shr::PrimType coordType, shr::PrimTyp
 }
 
 VdCurvilinearLattice::VdCurvilinearLattice(const VdCurvilinearLattice& source, const std::deque<bool>& componentMask,
-                                           unsigned int iFirst, unsigned int iLast, unsigned int iStep,
-                                           unsigned int jFirst, unsigned int jLast, unsigned int jStep,
-                                           unsigned int kFirst, unsigned int kLast, unsigned int kStep)
-    : VdLattice(source, componentMask, iFirst, iLast, iStep, jFirst, jLast, jStep, kFirst, kLast, kStep),
-      m_Coords(source.GetCoordType(), VertexCount(), 3)
+                                           const SubRange& range)
+    : VdLatticeKind(source, componentMask, range), m_Coords(source.GetCoordType(), VertexCount(), 3)
 {
     const uint64_t tupleSize = m_Coords.TupleSize();
+    const unsigned int *first = range.first, *last = range.last, *step = range.step;
     uint32_t target = 0;
-    for (unsigned int k = kFirst; k <= kLast; k += kStep)
-        for (unsigned int j = jFirst; j <= jLast; j += jStep)
-            for (unsigned int i = iFirst; i <= iLast; i += iStep)
+    for (unsigned int k = first[2]; k <= last[2]; k += step[2])
+        for (unsigned int j = first[1]; j <= last[1]; j += step[1])
+            for (unsigned int i = first[0]; i <= last[0]; i += step[0])
                 std::memcpy(m_Coords.GetWritePtr(target++), source.GetCoordPtr(source.Index(i, j, k)), tupleSize);
     m_Coords.SetModified();
     CopyUserTransform(source);
-}
-
-std::unique_ptr<VdLattice> VdCurvilinearLattice::Clone() const
-{
-    return std::make_unique<VdCurvilinearLattice>(*this);
-}
-
-std::unique_ptr<VdLattice> VdCurvilinearLattice::Clone(const std::deque<bool>& componentMask, unsigned int iFirst,
-                                                       unsigned int iLast, unsigned int iStep, unsigned int jFirst,
-                                                       unsigned int jLast, unsigned int jStep, unsigned int kFirst,
-                                                       unsigned int kLast, unsigned int kStep) const
-{
-    return std::unique_ptr<VdLattice>(new VdCurvilinearLattice(*this, componentMask, iFirst, iLast, iStep, jFirst,
-                                                               jLast, jStep, kFirst, kLast, kStep));
 }
 
 void VdCurvilinearLattice::SetModifiedCoords()

@@ -13,7 +13,7 @@
 
 namespace core {
 
-class VdCurvilinearLattice : public VdLattice, private CellLocator::NodeSource {
+class VdCurvilinearLattice : public VdLatticeKind<VdCurvilinearLattice>, private CellLocator::NodeSource {
     SHR_DECLARE_CREATABLE_TYPE(VdCurvilinearLattice)
 public:
     VdCurvilinearLattice() = default;
@@ -41,10 +41,6 @@ public:
     shr::Vec3d IJKToUVW(unsigned int i, unsigned int j, unsigned int k) const override;
     // (-1, -1, -1) for a position in no cell.
     shr::Vec3d UVWToIJK(const shr::Vec3d& uvw) const override;
-    std::unique_ptr<VdLattice> Clone() const override;
-    std::unique_ptr<VdLattice> Clone(const std::deque<bool>& componentMask, unsigned int iFirst, unsigned int iLast,
-                                     unsigned int iStep, unsigned int jFirst, unsigned int jLast, unsigned int jStep,
-                                     unsigned int kFirst, unsigned int kLast, unsigned int kStep) const override;
 
     const VdArray& GetCoords() const { return m_Coords; }
     const void* GetCoordPtr() const { return m_Coords.GetReadPtr(); }
@@ -56,11 +52,10 @@ public:
 
 private:
     friend class VdLattice; // SerializeWhole: TransferFields and the move assignment
+    friend class VdLatticeKind<VdCurvilinearLattice>; // Clone: the sub-lattice constructor
 
     VdCurvilinearLattice(const VdCurvilinearLattice& source, const std::deque<bool>& componentMask,
-                         unsigned int iFirst, unsigned int iLast, unsigned int iStep, unsigned int jFirst,
-                         unsigned int jLast, unsigned int jStep, unsigned int kFirst, unsigned int kLast,
-                         unsigned int kStep);
+                         const SubRange& range);
     // The locator is dropped (CellLocator's assignment clears it), never taken.
     VdCurvilinearLattice& operator=(VdCurvilinearLattice&& other) = default;
 

@@ -1,9 +1,8 @@
 #include "core/data/VdGeometry.h"
 
+#include "core/graphics/InvInterface.h"
 #include "shr/Exception.h"
 
-#include <Inventor/SbViewportRegion.h>
-#include <Inventor/actions/SoGetBoundingBoxAction.h>
 #include <Inventor/actions/SoGetPrimitiveCountAction.h>
 #include <Inventor/actions/SoSearchAction.h>
 
@@ -92,14 +91,7 @@ shr::Box3d VdGeometry::GetBoundingBox() const
     GeometryGuard lock(GeometryLock());
     if (!m_Root)
         shr::ThrowSharedError("Core", __FILE__, __LINE__, 0, "%s", "Invalid root in bounding box calculation.");
-    SoGetBoundingBoxAction action{SbViewportRegion()};
-    action.apply(m_Root.get());
-    const SbBox3f box = action.getBoundingBox();
-    if (box.isEmpty())
-        return shr::Box3d();
-    const SbVec3f& lo = box.getMin();
-    const SbVec3f& hi = box.getMax();
-    return shr::Box3d(lo[0], lo[1], lo[2], hi[0], hi[1], hi[2]);
+    return InvBoundingBox(m_Root);
 }
 
 void VdGeometry::GetStatistics(Statistics& statistics) const

@@ -43,6 +43,15 @@ unsigned int SubDim(unsigned int first, unsigned int last, unsigned int step, un
     return (last - first) / step + 1;
 }
 
+std::array<unsigned int, 3> SubDims(const unsigned int* first, const unsigned int* last, const unsigned int* step,
+                                    const unsigned int* dims)
+{
+    std::array<unsigned int, 3> sub{};
+    for (int axis = 0; axis < 3; ++axis)
+        sub[axis] = SubDim(first[axis], last[axis], step[axis], dims[axis]);
+    return sub;
+}
+
 unsigned int MaskedCount(const std::deque<bool>& mask, unsigned int componentCount)
 {
     if (mask.size() != componentCount)
@@ -91,20 +100,16 @@ VdLattice::VdLattice(shr::PrimType type, const unsigned int* dims, const void* d
     }
 }
 
-VdLattice::VdLattice(const VdLattice& source, const std::deque<bool>& componentMask, unsigned int iFirst,
-                     unsigned int iLast, unsigned int iStep, unsigned int jFirst, unsigned int jLast,
-                     unsigned int jStep, unsigned int kFirst, unsigned int kLast, unsigned int kStep)
-    : VdLattice(source.DataType(),
-                std::array<unsigned int, 3>{SubDim(iFirst, iLast, iStep, source.m_Dims[0]),
-                                            SubDim(jFirst, jLast, jStep, source.m_Dims[1]),
-                                            SubDim(kFirst, kLast, kStep, source.m_Dims[2])}.data(),
-                nullptr, MaskedCount(componentMask, source.ComponentCount()))
+VdLattice::VdLattice(const VdLattice& source, const std::deque<bool>& componentMask, const SubRange& range)
+    : VdLattice(source.DataType(), SubDims(range.first, range.last, range.step, source.m_Dims).data(), nullptr,
+                MaskedCount(componentMask, source.ComponentCount()))
 {
     const unsigned int size = source.DataComponentSize();
+    const unsigned int *first = range.first, *last = range.last, *step = range.step;
     uint32_t target = 0;
-    for (unsigned int k = kFirst; k <= kLast; k += kStep) {
-        for (unsigned int j = jFirst; j <= jLast; j += jStep) {
-            for (unsigned int i = iFirst; i <= iLast; i += iStep) {
+    for (unsigned int k = first[2]; k <= last[2]; k += step[2]) {
+        for (unsigned int j = first[1]; j <= last[1]; j += step[1]) {
+            for (unsigned int i = first[0]; i <= last[0]; i += step[0]) {
                 const uint32_t node = source.Index(i, j, k);
                 unsigned int c = 0;
                 for (unsigned int sc = 0; sc < componentMask.size(); ++sc) {

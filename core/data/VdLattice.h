@@ -120,10 +120,12 @@ protected:
     VdLattice& operator=(VdLattice&& other) noexcept;
     // Copies `data`, in the array's memory order, when it is not null.
     VdLattice(shr::PrimType type, const unsigned int* dims, const void* data, unsigned int componentCount);
+    // The nodes a sub-lattice takes on each axis: first, first + step, ... up to last.
+    struct SubRange {
+        unsigned int first[3], last[3], step[3];
+    };
     // The sub-lattice of Clone(mask, ...): topology and values; the kinds add geometry.
-    VdLattice(const VdLattice& source, const std::deque<bool>& componentMask, unsigned int iFirst, unsigned int iLast,
-              unsigned int iStep, unsigned int jFirst, unsigned int jLast, unsigned int jStep, unsigned int kFirst,
-              unsigned int kLast, unsigned int kStep);
+    VdLattice(const VdLattice& source, const std::deque<bool>& componentMask, const SubRange& range);
 
     // Storing writes `self` through Kind's TransferFields. Loading reads into a
     // fresh Kind and moves it into `self` only once the whole archive part has
@@ -148,6 +150,31 @@ private:
     bool OutsideNodes(const shr::Vec3d& ijk) const;
 
     unsigned int m_Dims[3] = {0, 0, 0};
+};
+
+// The base of each lattice kind: its two Clones, made from the kind's copy
+// constructor and its sub-lattice constructor Kind(source, mask, range), which
+// the kind opens to this class.
+template <class Kind>
+class VdLatticeKind : public VdLattice {
+public:
+    std::unique_ptr<VdLattice> Clone() const override { return std::unique_ptr<VdLattice>(new Kind(Self())); }
+    std::unique_ptr<VdLattice> Clone(const std::deque<bool>& componentMask, unsigned int iFirst, unsigned int iLast,
+                                     unsigned int iStep, unsigned int jFirst, unsigned int jLast, unsigned int jStep,
+                                     unsigned int kFirst, unsigned int kLast, unsigned int kStep) const override
+    {
+        const SubRange range = {{iFirst, jFirst, kFirst}, {iLast, jLast, kLast}, {iStep, jStep, kStep}};
+        return std::unique_ptr<VdLattice>(new Kind(Self(), componentMask, range));
+    }
+
+protected:
+    using VdLattice::VdLattice;
+    VdLatticeKind() = default;
+    VdLatticeKind(const VdLatticeKind&) = default;
+    VdLatticeKind& operator=(VdLatticeKind&&) = default;
+
+private:
+    const Kind& Self() const { return static_cast<const Kind&>(*this); }
 };
 
 template <class Kind>

@@ -30,7 +30,7 @@ void TransferCoords(shr::Archive& archive, std::vector<double>& coords)
 VdRectilinearLattice::VdRectilinearLattice(shr::PrimType type, const unsigned int* dims, const void* data,
                                            unsigned int componentCount, const double* uCoords,
                                            const double* vCoords, const double* wCoords)
-    : VdLattice(type, dims, data, componentCount)
+    : VdLatticeKind(type, dims, data, componentCount)
 {
     for (int axis = 0; axis < 3; ++axis)
         m_Coords[axis].assign(dims[axis], 0.0);
@@ -40,7 +40,8 @@ VdRectilinearLattice::VdRectilinearLattice(shr::PrimType type, const unsigned in
 VdRectilinearLattice::VdRectilinearLattice(shr::PrimType type, const unsigned int* dims, const void* data,
                                            unsigned int componentCount, std::vector<double> uCoords,
                                            std::vector<double> vCoords, std::vector<double> wCoords)
-    : VdLattice(type, dims, data, componentCount), m_Coords{std::move(uCoords), std::move(vCoords), std::move(wCoords)}
+    : VdLatticeKind(type, dims, data, componentCount),
+      m_Coords{std::move(uCoords), std::move(vCoords), std::move(wCoords)}
 {
     for (int axis = 0; axis < 3; ++axis)
         if (m_Coords[axis].size() != dims[axis])
@@ -48,31 +49,13 @@ VdRectilinearLattice::VdRectilinearLattice(shr::PrimType type, const unsigned in
 }
 
 VdRectilinearLattice::VdRectilinearLattice(const VdRectilinearLattice& source, const std::deque<bool>& componentMask,
-                                           unsigned int iFirst, unsigned int iLast, unsigned int iStep,
-                                           unsigned int jFirst, unsigned int jLast, unsigned int jStep,
-                                           unsigned int kFirst, unsigned int kLast, unsigned int kStep)
-    : VdLattice(source, componentMask, iFirst, iLast, iStep, jFirst, jLast, jStep, kFirst, kLast, kStep)
+                                           const SubRange& range)
+    : VdLatticeKind(source, componentMask, range)
 {
-    const unsigned int first[3] = {iFirst, jFirst, kFirst};
-    const unsigned int step[3] = {iStep, jStep, kStep};
     for (int axis = 0; axis < 3; ++axis)
         for (unsigned int n = 0; n < GetDims()[axis]; ++n)
-            m_Coords[axis].push_back(source.m_Coords[axis][first[axis] + n * step[axis]]);
+            m_Coords[axis].push_back(source.m_Coords[axis][range.first[axis] + n * range.step[axis]]);
     CopyUserTransform(source);
-}
-
-std::unique_ptr<VdLattice> VdRectilinearLattice::Clone() const
-{
-    return std::make_unique<VdRectilinearLattice>(*this);
-}
-
-std::unique_ptr<VdLattice> VdRectilinearLattice::Clone(const std::deque<bool>& componentMask, unsigned int iFirst,
-                                                       unsigned int iLast, unsigned int iStep, unsigned int jFirst,
-                                                       unsigned int jLast, unsigned int jStep, unsigned int kFirst,
-                                                       unsigned int kLast, unsigned int kStep) const
-{
-    return std::unique_ptr<VdLattice>(new VdRectilinearLattice(*this, componentMask, iFirst, iLast, iStep, jFirst,
-                                                               jLast, jStep, kFirst, kLast, kStep));
 }
 
 void VdRectilinearLattice::SetPlanes(const double* uCoords, const double* vCoords, const double* wCoords)

@@ -9,7 +9,7 @@
 
 namespace core {
 
-class VdRectilinearLattice : public VdLattice {
+class VdRectilinearLattice : public VdLatticeKind<VdRectilinearLattice> {
     SHR_DECLARE_CREATABLE_TYPE(VdRectilinearLattice)
 public:
     VdRectilinearLattice() = default;
@@ -38,10 +38,6 @@ public:
     shr::Vec3d IJKToUVW(unsigned int i, unsigned int j, unsigned int k) const override;
     // Minus or plus infinity on an axis whose value lies below or above its coordinates.
     shr::Vec3d UVWToIJK(const shr::Vec3d& uvw) const override;
-    std::unique_ptr<VdLattice> Clone() const override;
-    std::unique_ptr<VdLattice> Clone(const std::deque<bool>& componentMask, unsigned int iFirst, unsigned int iLast,
-                                     unsigned int iStep, unsigned int jFirst, unsigned int jLast, unsigned int jStep,
-                                     unsigned int kFirst, unsigned int kLast, unsigned int kStep) const override;
 
     using VdLattice::Interpolate;
 
@@ -57,11 +53,10 @@ protected:
 
 private:
     friend class VdLattice; // SerializeWhole: TransferFields and the move assignment
+    friend class VdLatticeKind<VdRectilinearLattice>; // Clone: the sub-lattice constructor
 
     VdRectilinearLattice(const VdRectilinearLattice& source, const std::deque<bool>& componentMask,
-                         unsigned int iFirst, unsigned int iLast, unsigned int iStep, unsigned int jFirst,
-                         unsigned int jLast, unsigned int jStep, unsigned int kFirst, unsigned int kLast,
-                         unsigned int kStep);
+                         const SubRange& range);
     VdRectilinearLattice& operator=(VdRectilinearLattice&& other) = default;
 
     void TransferFields(shr::Archive& archive);

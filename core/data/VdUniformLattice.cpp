@@ -23,33 +23,18 @@ VdUniformLattice::VdUniformLattice() : m_UVWBounds(0.0, 0.0, 0.0, 1.0, 1.0, 1.0)
 
 VdUniformLattice::VdUniformLattice(shr::PrimType type, const unsigned int* dims, const void* data,
                                    unsigned int componentCount)
-    : VdLattice(type, RequireNodes(dims), data, componentCount)
+    : VdLatticeKind(type, RequireNodes(dims), data, componentCount)
 {
     SetUVWBounds(shr::Box3d(0.0, 0.0, 0.0, dims[0] - 1.0, dims[1] - 1.0, dims[2] - 1.0));
 }
 
 VdUniformLattice::VdUniformLattice(const VdUniformLattice& source, const std::deque<bool>& componentMask,
-                                   unsigned int iFirst, unsigned int iLast, unsigned int iStep, unsigned int jFirst,
-                                   unsigned int jLast, unsigned int jStep, unsigned int kFirst, unsigned int kLast,
-                                   unsigned int kStep)
-    : VdLattice(source, componentMask, iFirst, iLast, iStep, jFirst, jLast, jStep, kFirst, kLast, kStep)
+                                   const SubRange& range)
+    : VdLatticeKind(source, componentMask, range)
 {
-    SetUVWBounds(shr::Box3d(source.IJKToUVW(iFirst, jFirst, kFirst), source.IJKToUVW(iLast, jLast, kLast)));
+    const unsigned int *first = range.first, *last = range.last;
+    SetUVWBounds(shr::Box3d(source.IJKToUVW(first[0], first[1], first[2]), source.IJKToUVW(last[0], last[1], last[2])));
     CopyUserTransform(source);
-}
-
-std::unique_ptr<VdLattice> VdUniformLattice::Clone() const
-{
-    return std::make_unique<VdUniformLattice>(*this);
-}
-
-std::unique_ptr<VdLattice> VdUniformLattice::Clone(const std::deque<bool>& componentMask, unsigned int iFirst,
-                                                   unsigned int iLast, unsigned int iStep, unsigned int jFirst,
-                                                   unsigned int jLast, unsigned int jStep, unsigned int kFirst,
-                                                   unsigned int kLast, unsigned int kStep) const
-{
-    return std::unique_ptr<VdLattice>(new VdUniformLattice(*this, componentMask, iFirst, iLast, iStep, jFirst, jLast,
-                                                           jStep, kFirst, kLast, kStep));
 }
 
 shr::Box3d VdUniformLattice::GetXYZBounds() const

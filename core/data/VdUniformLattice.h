@@ -7,7 +7,7 @@
 
 namespace core {
 
-class VdUniformLattice : public VdLattice {
+class VdUniformLattice : public VdLatticeKind<VdUniformLattice> {
     SHR_DECLARE_CREATABLE_TYPE(VdUniformLattice)
 public:
     // Spacings up to this are treated as none: the axis maps to node 0.
@@ -35,12 +35,6 @@ public:
     shr::Vec3d IJKToUVW(const shr::Vec3d& ijk) const override;
     shr::Vec3d IJKToUVW(unsigned int i, unsigned int j, unsigned int k) const override;
     shr::Vec3d UVWToIJK(const shr::Vec3d& uvw) const override;
-    std::unique_ptr<VdLattice> Clone() const override;
-    // The bounds run from the first to the last chosen node; a range that is
-    // not a whole number of steps stretches the spacing to reach `last`.
-    std::unique_ptr<VdLattice> Clone(const std::deque<bool>& componentMask, unsigned int iFirst, unsigned int iLast,
-                                     unsigned int iStep, unsigned int jFirst, unsigned int jLast, unsigned int jStep,
-                                     unsigned int kFirst, unsigned int kLast, unsigned int kStep) const override;
 
     const shr::Vec3d& GetSpacing() const { return m_Spacing; }
     const shr::Box3d& UVWBounds() const { return m_UVWBounds; }
@@ -51,10 +45,11 @@ public:
 
 private:
     friend class VdLattice; // SerializeWhole: TransferFields and the move assignment
+    friend class VdLatticeKind<VdUniformLattice>; // Clone: the sub-lattice constructor
 
-    VdUniformLattice(const VdUniformLattice& source, const std::deque<bool>& componentMask, unsigned int iFirst,
-                     unsigned int iLast, unsigned int iStep, unsigned int jFirst, unsigned int jLast,
-                     unsigned int jStep, unsigned int kFirst, unsigned int kLast, unsigned int kStep);
+    // The bounds run from the first to the last chosen node; a range that is
+    // not a whole number of steps stretches the spacing to reach `last`.
+    VdUniformLattice(const VdUniformLattice& source, const std::deque<bool>& componentMask, const SubRange& range);
     VdUniformLattice& operator=(VdUniformLattice&& other) = default;
 
     void TransferFields(shr::Archive& archive);

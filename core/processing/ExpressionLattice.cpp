@@ -11,6 +11,8 @@
 #include "shr/StringUtil.h"
 #include "tzexpr/CExpression.h"
 
+#include <cstring>
+
 namespace core {
 
 namespace {
@@ -156,12 +158,12 @@ void ExpressionLattice::CheckLoaded(const shr::Archive& archive) const
         archive.ThrowFormatError("invalid output component count %u", outComps);
 }
 
-shr::GString StripAssignment(const shr::GString& message)
+shr::GString StripAssignment(const shr::GString& message, const char* assignment)
 {
     shr::GString text = message;
-    const size_t at = text.find("W = ");
+    const size_t at = text.find(assignment);
     if (at != shr::GString::npos)
-        text.erase(at, 4);
+        text.erase(at, std::strlen(assignment));
     return text;
 }
 

@@ -75,8 +75,9 @@ private:
     void CheckLoaded(const shr::Archive& archive) const;
 };
 
-// The parse message without the "W = " the modules put in front of the text.
-shr::GString StripAssignment(const shr::GString& message);
+// The parse message without the assignment ("W = " by default) that the
+// modules put in front of the user's text.
+shr::GString StripAssignment(const shr::GString& message, const char* assignment = "W = ");
 
 // Writes `value` into element (vertex, component), converted to the array's type.
 void StoreElement(VdVertexData& data, unsigned int vertex, unsigned int component, double value);

@@ -51,16 +51,6 @@ size_t CountExpressions(const shr::GString& text)
     return count;
 }
 
-// The message without the "B = " put in front of the user's text.
-shr::GString StripResult(const shr::GString& message)
-{
-    shr::GString text = message;
-    const size_t at = text.find("B = ");
-    if (at != shr::GString::npos)
-        text.erase(at, 4);
-    return text;
-}
-
 // Decides, for a range of points, which stay. The expression is shared;
 // each call has its own variables.
 class ExclusionEvaluator {
@@ -160,7 +150,7 @@ tzexpr::CExpression VoExclusionFilter::Parse(const shr::GString& text, unsigned 
     int code = 0;
     shr::GString message;
     if (!expression.Parse("B = " + trimmed, Declarations(components), &code, &message, nullptr))
-        CORE_THROW(15, code, StripResult(message).c_str());
+        CORE_THROW(15, code, StripAssignment(message, "B = ").c_str());
     expression.SetNodataHandling(true, CDatum::BLANK_VAL);
     return expression;
 }

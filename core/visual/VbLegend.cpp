@@ -502,10 +502,7 @@ void VbLegend::Render(SoGLRenderAction* action)
         RenderBackground(frame);
         RenderBorder(frame);
     }
-    if (m_Vertical)
-        RenderVertical(frame);
-    else
-        RenderHorizontal(frame);
+    RenderRamp(frame);
     if (frame.titleFont)
         OutputText(*frame.titleFont, frame.title.text, frame.title.x, frame.title.y, frame.title.justification);
 }
@@ -527,35 +524,32 @@ VbLegend::Frame VbLegend::Layout(double viewportWidth, double viewportHeight) co
     const double x0 = m_XPos * viewportWidth, y0 = m_YPos * viewportHeight;
     const double across = pixels(m_Width), along = pixels(m_Length);
     const double tick = pixels(m_Layout[TickLength]), gap = pixels(m_Layout[LabelGap]);
-    const auto textBox = [&frame](const CLabel& label, GLFont::Justification justification) {
-        return frame.labelFont ? frame.labelFont->Bounds(label.text.c_str(), justification) : shr::Box2f();
-    };
-    if (m_Vertical) {
-        // Labels on the right, each centred on its tick.
-        frame.strip = shr::Box2f(float(x0), float(y0), float(x0 + across), float(y0 + along));
-        for (const CLabel& label : labels) {
-            const double y = y0 + label.pos * along;
-            frame.ticks.push_back({x0 + across, y, x0 + across + tick, y});
-            const shr::Box2f box = textBox(label, TextFormat::Left);
+    // Labels stand right of a vertical strip, centred on their ticks, and
+    // below a horizontal one, centred under them; that strip stands on the
+    // tallest label.
+    const TextFormat::Justification justification = m_Vertical ? TextFormat::Left : TextFormat::Center;
+    std::vector<shr::Box2f> boxes;
+    float textHeight = 0.0f;
+    for (const CLabel& label : labels) {
+        boxes.push_back(frame.labelFont ? frame.labelFont->Bounds(label.text.c_str(), justification) : shr::Box2f());
+        if (!boxes.back().IsEmpty())
+            textHeight = std::max(textHeight, boxes.back().max.y - boxes.back().min.y);
+    }
+    const double bottom = m_Vertical || labels.empty() ? y0 : y0 + (tick + gap + textHeight);
+    frame.strip = m_Vertical ? shr::Box2f(float(x0), float(y0), float(x0 + across), float(y0 + along))
+                             : shr::Box2f(float(x0), float(bottom), float(x0 + along), float(bottom + across));
+    for (size_t n = 0; n < labels.size(); ++n) {
+        const shr::Box2f& box = boxes[n];
+        if (m_Vertical) {
+            const double y = y0 + labels[n].pos * along;
             const double middle = box.IsEmpty() ? 0.0 : 0.5 * (double(box.min.y) + box.max.y);
-            frame.labels.push_back({label.text, x0 + across + tick + gap, y - middle, TextFormat::Left});
-        }
-    } else {
-        // Labels below, centred under their ticks; the strip stands on them.
-        float textHeight = 0.0f;
-        for (const CLabel& label : labels) {
-            const shr::Box2f box = textBox(label, TextFormat::Center);
-            if (!box.IsEmpty())
-                textHeight = std::max(textHeight, box.max.y - box.min.y);
-        }
-        const double bottom = y0 + (labels.empty() ? 0.0 : tick + gap + textHeight);
-        frame.strip = shr::Box2f(float(x0), float(bottom), float(x0 + along), float(bottom + across));
-        for (const CLabel& label : labels) {
-            const double x = x0 + label.pos * along;
-            frame.ticks.push_back({x, bottom, x, bottom - tick});
-            const shr::Box2f box = textBox(label, TextFormat::Center);
+            frame.ticks.push_back({x0 + across, y, x0 + across + tick, y});
+            frame.labels.push_back({labels[n].text, x0 + across + tick + gap, y - middle, justification});
+        } else {
+            const double x = x0 + labels[n].pos * along;
             const double top = box.IsEmpty() ? 0.0 : box.max.y;
-            frame.labels.push_back({label.text, x, bottom - tick - gap - top, TextFormat::Center});
+            frame.ticks.push_back({x, bottom, x, bottom - tick});
+            frame.labels.push_back({labels[n].text, x, bottom - tick - gap - top, justification});
         }
     }
     if (frame.titleFont) {
@@ -607,41 +601,31 @@ void VbLegend::RenderBorder(const Frame& frame) const
     OutlineBox(frame.background);
 }
 
-// The ramp follows the map's table entry by entry, or the default steps.
-int VbLegend::RampSteps(const VbColorMap& map)
+std::vector<VbLegend::RampStep> VbLegend::Ramp(const shr::Box2f& strip) const
 {
-    return map.GetLUTSize() > 1 ? int(map.GetLUTSize()) - 1 : kDefaultSteps;
-}
-
-void VbLegend::RenderVertical(const Frame& frame) const
-{
-    const int steps = RampSteps(*m_ColorMap);
-    const shr::Box2f& strip = frame.strip;
-    glBegin(GL_QUAD_STRIP);
+    const int steps = m_ColorMap->GetLUTSize() > 1 ? int(m_ColorMap->GetLUTSize()) - 1 : kDefaultSteps;
+    const int along = m_Vertical ? 1 : 0, across = 1 - along;
+    const double first = m_Vertical ? strip.max[across] : strip.min[across];
+    const double second = m_Vertical ? strip.min[across] : strip.max[across];
+    std::vector<RampStep> ramp(size_t(steps) + 1);
     for (int i = 0; i <= steps; ++i) {
         const double pos = double(i) / steps;
-        const shr::Color4b color = m_ColorMap->PosToColor(pos);
-        const double y = strip.min.y + pos * (double(strip.max.y) - strip.min.y);
-        StripColor(color);
-        glVertex2d(strip.max.x, y);
-        glVertex2d(strip.min.x, y);
+        RampStep& step = ramp[size_t(i)];
+        step.color = m_ColorMap->PosToColor(pos);
+        step.from[along] = step.to[along] = strip.min[along] + pos * (double(strip.max[along]) - strip.min[along]);
+        step.from[across] = first;
+        step.to[across] = second;
     }
-    glEnd();
-    RenderTicksAndLabels(frame);
+    return ramp;
 }
 
-void VbLegend::RenderHorizontal(const Frame& frame) const
+void VbLegend::RenderRamp(const Frame& frame) const
 {
-    const int steps = RampSteps(*m_ColorMap);
-    const shr::Box2f& strip = frame.strip;
     glBegin(GL_QUAD_STRIP);
-    for (int i = 0; i <= steps; ++i) {
-        const double pos = double(i) / steps;
-        const shr::Color4b color = m_ColorMap->PosToColor(pos);
-        const double x = strip.min.x + pos * (double(strip.max.x) - strip.min.x);
-        StripColor(color);
-        glVertex2d(x, strip.min.y);
-        glVertex2d(x, strip.max.y);
+    for (const RampStep& step : Ramp(frame.strip)) {
+        StripColor(step.color);
+        glVertex2dv(step.from);
+        glVertex2dv(step.to);
     }
     glEnd();
     RenderTicksAndLabels(frame);
@@ -712,32 +696,24 @@ InvSmartPtr<SoSeparator> VbLegend::SceneGraph(double width, double height) const
 // The colour ramp: rows of two vertices across the strip, one colour each.
 SoSeparator* VbLegend::StripNode(const Frame& frame) const
 {
-    const int steps = RampSteps(*m_ColorMap);
-    const shr::Box2f& strip = frame.strip;
+    const std::vector<RampStep> ramp = Ramp(frame.strip);
     auto* group = new SoSeparator;
     auto* colors = new SoBaseColor;
     auto* coords = new SoCoordinate3;
-    for (int i = 0; i <= steps; ++i) {
-        const double pos = double(i) / steps;
-        const shr::Color4b c = m_ColorMap->PosToColor(pos);
+    for (size_t i = 0; i < ramp.size(); ++i) {
+        const shr::Color4b c = ramp[i].color;
         const SbColor color(c.r / 255.0f, c.g / 255.0f, c.b / 255.0f);
-        colors->rgb.set1Value(2 * i, color);
-        colors->rgb.set1Value(2 * i + 1, color);
-        if (m_Vertical) {
-            const float y = float(strip.min.y + pos * (double(strip.max.y) - strip.min.y));
-            coords->point.set1Value(2 * i, strip.min.x, y, 0.0f);
-            coords->point.set1Value(2 * i + 1, strip.max.x, y, 0.0f);
-        } else {
-            const float x = float(strip.min.x + pos * (double(strip.max.x) - strip.min.x));
-            coords->point.set1Value(2 * i, x, strip.max.y, 0.0f);
-            coords->point.set1Value(2 * i + 1, x, strip.min.y, 0.0f);
-        }
+        const int row = int(2 * i);
+        colors->rgb.set1Value(row, color);
+        colors->rgb.set1Value(row + 1, color);
+        coords->point.set1Value(row, float(ramp[i].to[0]), float(ramp[i].to[1]), 0.0f);
+        coords->point.set1Value(row + 1, float(ramp[i].from[0]), float(ramp[i].from[1]), 0.0f);
     }
     auto* binding = new SoMaterialBinding;
     binding->value = SoMaterialBinding::PER_VERTEX;
     auto* mesh = new SoQuadMesh;
     mesh->verticesPerRow = 2;
-    mesh->verticesPerColumn = steps + 1;
+    mesh->verticesPerColumn = int(ramp.size());
     group->addChild(colors);
     group->addChild(binding);
     group->addChild(coords);

@@ -166,8 +166,7 @@ private:
     void Render(SoGLRenderAction* action);
     // The legend's layout in viewport pixels, fonts and labels included.
     Frame Layout(double viewportWidth, double viewportHeight) const;
-    void RenderVertical(const Frame& frame) const;
-    void RenderHorizontal(const Frame& frame) const;
+    void RenderRamp(const Frame& frame) const;
     void RenderBackground(const Frame& frame) const;
     void RenderBorder(const Frame& frame) const;
     // The strip's outline, the ticks and their labels, common to both orientations.
@@ -184,8 +183,15 @@ private:
     std::shared_ptr<GLFont> FontAt(float points) const;
     // The colour ramp of the frame's strip as a mesh coloured per vertex.
     SoSeparator* StripNode(const Frame& frame) const;
-    // Steps of the strip's ramp: the map's table entry by entry, or a default.
-    static int RampSteps(const VbColorMap& map);
+    // One step of the colour ramp along a strip: its colour and its line
+    // across the strip, from the right side of a vertical strip or the bottom
+    // of a horizontal one.
+    struct RampStep {
+        shr::Color4b color;
+        double from[2], to[2];
+    };
+    // The steps of the ramp: the map's table entry by entry, or a default count.
+    std::vector<RampStep> Ramp(const shr::Box2f& strip) const;
     static void Callback(void* data, SoAction* action);
 
     VbColorMap* m_ColorMap; // not stored

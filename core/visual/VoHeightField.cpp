@@ -343,8 +343,7 @@ VoModule::ModuleStatus VoHeightField::ExecuteImpl(std::shared_ptr<VgRenderer> re
     const unsigned int count = GetSliceCount(lattice, m_Orientation);
     if (count == 0)
         return ModuleOk;
-    if (m_Slice < 0 || static_cast<unsigned int>(m_Slice) >= count)
-        m_Slice = static_cast<int32_t>(count / 2);
+    m_Slice = static_cast<int32_t>(EffectiveSlice(m_Slice, count));
     renderer->setVertexOrdering(VgRenderer::COUNTERCLOCKWISE);
     renderer->setDrawStyle(static_cast<VgRenderer::DrawStyle>(m_DrawStyle <= Points ? m_DrawStyle : Shaded));
     renderer->setPointSize(3.0);
@@ -425,10 +424,7 @@ void VoHeightField::UpdatePropertiesImpl(VbPropList& list)
 
 void VoHeightField::ShowSlice(VbPropList& list) const
 {
-    const unsigned int count = GetSliceCount(InputLattice(0), m_Orientation);
-    const bool inside = m_Slice >= 0 && static_cast<unsigned int>(m_Slice) < count;
-    list.SetNumLimits(IdSlice, ValCheckMinMax, 1.0, count ? count : 1.0);
-    list.SetNum(IdSlice, count ? static_cast<int>(inside ? m_Slice : static_cast<int32_t>(count / 2)) + 1 : 1);
+    ShowSliceRow(list, IdSlice, m_Slice, GetSliceCount(InputLattice(0), m_Orientation));
 }
 
 void VoHeightField::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
@@ -444,15 +440,7 @@ void VoHeightField::PropertyEvent(VbPropList& list, const VbPropertyEvent& event
             return;
         ShowSlice(list);
         break;
-    case IdSlice: {
-        int shown = m_Slice + 1;
-        list.GetValue(id, shown);
-        // Rows count from 1. Whatever lies below names no slice, which the
-        // execution turns into the middle one, as it does -1; -1 also keeps
-        // the lowest int from overflowing.
-        m_Slice = shown >= 1 ? shown - 1 : -1;
-        break;
-    }
+    case IdSlice: ReadSliceRow(list, id, m_Slice); break;
     case IdScale: RowReader::Clamped(list, id, -1.0, 1.0, m_Scale); break;
     case IdDrawStyle:
         if (!RowReader::Choice(list, id, Points + 1, m_DrawStyle))

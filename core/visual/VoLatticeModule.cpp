@@ -77,6 +77,27 @@ bool VoLatticeModule::LegendEvent(VbPropList& list, const VbPropertyEvent& event
     return true;
 }
 
+unsigned int VoLatticeModule::EffectiveSlice(int slice, unsigned int count)
+{
+    return slice < 0 || static_cast<unsigned int>(slice) >= count ? count / 2 : static_cast<unsigned int>(slice);
+}
+
+void VoLatticeModule::ShowSliceRow(VbPropList& list, int id, int slice, unsigned int count)
+{
+    list.SetNumLimits(id, ValCheckMinMax, 1.0, count ? count : 1.0);
+    list.SetNum(id, count ? static_cast<int>(EffectiveSlice(slice, count)) + 1 : 1);
+}
+
+void VoLatticeModule::ReadSliceRow(VbPropList& list, int id, int& slice)
+{
+    int shown = slice + 1;
+    list.GetValue(id, shown);
+    // Whatever lies below 1 names no layer, which the execution turns into
+    // the middle one, as it does -1; -1 also keeps the lowest int from
+    // overflowing.
+    slice = shown >= 1 ? shown - 1 : -1;
+}
+
 void VoLatticeModule::TakeColorMapAndLegend(const VbColorMap& colorMap, const VbLegend& legend)
 {
     m_ColorMap = colorMap;

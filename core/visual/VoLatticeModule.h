@@ -48,6 +48,14 @@ protected:
     // Passes an event of the legend's rows, from `base`, on to the legend;
     // false for a row outside them.
     bool LegendEvent(VbPropList& list, const VbPropertyEvent& event, int base);
+    // Layer rows of the modules that draw one layer of nodes. The layer
+    // drawn among `count`, zero-based: `slice`, or the middle one when
+    // `slice` names none (negative or past the end).
+    static unsigned int EffectiveSlice(int slice, unsigned int count);
+    // Shows the layer drawn in the 1-based row `id`, limited to 1 to count.
+    static void ShowSliceRow(VbPropList& list, int id, int slice, unsigned int count);
+    // Reads the 1-based row `id` into the zero-based `slice`.
+    static void ReadSliceRow(VbPropList& list, int id, int& slice);
     // Takes a loaded colour map and legend, the legend showing this map.
     void TakeColorMapAndLegend(const VbColorMap& colorMap, const VbLegend& legend);
     // Base, sync mark, component (4 bytes), colour map, legend.

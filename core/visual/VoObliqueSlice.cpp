@@ -26,7 +26,7 @@
 
 namespace core {
 
-SHR_IMPLEMENT_CREATABLE_TYPE(VoObliqueSlice, VoLatticeModule)
+SHR_IMPLEMENT_CREATABLE_TYPE(VoObliqueSlice, VoSliceModule)
 const VbModuleInfo VoObliqueSlice::s_ModuleInfo("Graphics Output\\ObliqueImage", VoObliqueSlice::GetClassTypeId(),
                                                 PortUniformLattice | PortRectilinearLattice | PortCurvilinearLattice,
                                                 PortGeometry, "Displays an arbitrary slice through a lattice", 23);
@@ -89,32 +89,14 @@ void VoObliqueSlice::OnInputChanged(int, bool)
         return;
     m_RGBA = IsRGBA(*lattice);
     m_Plane.UpdateDefaults(lattice->GetDims(), lattice->GetUVWBounds());
-    UpdateData();
-}
-
-void VoObliqueSlice::UpdateData()
-{
-    const VdLattice* lattice = InputLattice(0);
-    if (!lattice || lattice->ComponentCount() == 0)
-        return;
-    UpdateColorMapDataLimits(lattice);
-    const std::pair<double, double> limits = lattice->DataMinMax(InputComponentSafe());
-    m_Mapping.FillWindow(limits.first, limits.second);
+    UpdateMappingData();
 }
 
 void VoObliqueSlice::UpdatePropertiesImpl(VbPropList& list)
 {
     const VdLattice* lattice = InputLattice(0);
-    const bool haveData = lattice && lattice->ComponentCount() > 0;
-    const VoModule* upstream = GetInputConnection(0, 0);
-    list.AddHeader(Id(), IdGeneral, NameAndId(), "General", "", "");
-    list.Indent();
-    list.AddStatic(Id(), IdInput, "Input", "The input this module is connected to.",
-                   upstream ? upstream->Name().c_str() : "Nothing");
-    if (lattice && lattice->ComponentCount() > 1)
-        list.AddUnsigned(Id(), "ObliqueSliceComponent", IdComponent, "Input component",
-                         "The component of the input data to display.", m_InputComponent, ValCheckMinMax, 1,
-                         lattice->ComponentCount(), 1);
+    AddInputRows(list);
+    AddComponentRow(list, "ObliqueSliceComponent", IdComponent, "The component of the input data to display.");
     m_Plane.GetProperties(list, kPrefix, IdPlane, lattice && lattice->GetDimensionality() < 3);
     list.Outdent();
 
@@ -133,14 +115,7 @@ void VoObliqueSlice::UpdatePropertiesImpl(VbPropList& list)
 
     list.AddHeader(Id(), IdMappingHeader, "Mapping", "General", "", "");
     list.Indent();
-    const std::pair<double, double> limits =
-        haveData ? lattice->DataMinMax(InputComponentSafe()) : std::make_pair(0.0, 0.0);
-    const std::vector<unsigned int>* histogram = haveData ? &lattice->DataHistogram(InputComponentSafe()) : nullptr;
-    m_Mapping.GetProperties(Id(), list, kPrefix, IdMapping, m_ColorMap, histogram, limits.first, limits.second);
-    list.Outdent();
-
-    m_Legend.GetProperties(Id(), list, kPrefix, IdLegend, "Legend", "Legend");
-    m_Mapping.EnableRows(list, IdMapping, m_Legend, IdLegend);
+    AddMappingRows(list, lattice, kPrefix, IdMapping, IdLegend);
 }
 
 void VoObliqueSlice::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
@@ -163,17 +138,8 @@ void VoObliqueSlice::PropertyEvent(VbPropList& list, const VbPropertyEvent& even
         list.GetValue(id, m_Opacity);
         break;
     default:
-        if (m_Plane.PropertyEvent(list, event, IdPlane)) {
-            break;
-        } else if (m_Mapping.PropertyEvent(list, event, IdMapping, m_ColorMap)) {
-            if (id == IdMapping + SliceMapping::RowColorMap)
-                UpdateColorMapDataLimits(InputLattice(0));
-            m_Mapping.EnableRows(list, IdMapping, m_Legend, IdLegend);
-        } else if (id > IdLegend) {
-            m_Legend.PropertyEvent(Id(), list, event, IdLegend);
-        } else {
+        if (!m_Plane.PropertyEvent(list, event, IdPlane) && !MappingEvent(list, event, IdMapping, IdLegend))
             return;
-        }
     }
     SetModified();
 }
@@ -217,7 +183,7 @@ void VoObliqueSlice::FollowInput(const VdLattice& lattice)
     if (lattice.GetDimensionality() >= 2)
         m_Plane.UpdateDefaults(lattice.GetDims(), lattice.GetUVWBounds());
     m_RGBA = IsRGBA(lattice);
-    UpdateData();
+    UpdateMappingData();
     UiProxy::Instance()->UpdatePropertyList(this, -1, true);
 }
 
@@ -259,24 +225,6 @@ bool VoObliqueSlice::FillTexture(const VdLattice& lattice, const TexelGrid& grid
     return true;
 }
 
-void VoObliqueSlice::DrawPolygon(VgRenderer& renderer, const VdLattice& lattice,
-                                 const std::vector<shr::Vec3d>& polygon, const TexelGrid& grid) const
-{
-    VgVertexData data;
-    for (const shr::Vec3d& p : polygon) {
-        const shr::Vec3d texel = p * grid.toTexels;
-        data.texCoords.emplace_back(float(texel.x / grid.width), float(texel.y / grid.height));
-        data.vertices.push_back(lattice.UVWToXYZ(p));
-    }
-    data.textureBinding = VgVertexData::PER_VERTEX;
-    const std::vector<shr::Vec3d>& v = data.vertices;
-    const shr::Vec3d normal = (v[0] - v[2]).Cross(v[1] - v[2]).Normalized();
-    data.normals.emplace_back(float(normal.x), float(normal.y), float(normal.z));
-    data.normalBinding = VgVertexData::OVERALL;
-    const int counts[] = {static_cast<int>(polygon.size())};
-    renderer.drawFaceSet(data, counts, 1);
-}
-
 VoModule::ModuleStatus VoObliqueSlice::ExecuteImpl(std::shared_ptr<VgRenderer> renderer)
 {
     if (!renderer)
@@ -303,15 +251,14 @@ VoModule::ModuleStatus VoObliqueSlice::ExecuteImpl(std::shared_ptr<VgRenderer> r
         renderer->popState();
         return ModuleAborted;
     }
-    renderer->setTextureQuality(m_Interpolate ? 0.6 : 0.1);
-    renderer->setVertexOrdering(VgRenderer::COUNTERCLOCKWISE);
-    renderer->setTexture(grid.width, grid.height, pixels.data(),
-                         m_Lighting ? VgRenderer::MODULATE : VgRenderer::DECAL, VgRenderer::TEX_CLAMP);
-    if (m_Opacity < 1.0)
-        renderer->setTransparency(1.0 - m_Opacity);
-    DrawPolygon(*renderer, *lattice, polygon, grid);
-    if (m_Mapping.method == SliceMapping::Colormap)
-        m_Legend.Execute(*renderer);
+    // The polygon, its corners placed on the texture through the grid.
+    VgVertexData face;
+    for (const shr::Vec3d& p : polygon) {
+        const shr::Vec3d texel = p * grid.toTexels;
+        face.texCoords.emplace_back(float(texel.x / grid.width), float(texel.y / grid.height));
+        face.vertices.push_back(lattice->UVWToXYZ(p));
+    }
+    DrawTexturedPolygon(*renderer, m_Interpolate ? 0.6 : 0.1, grid.width, grid.height, pixels, face);
     renderer->popState();
     return ModuleOk;
 }
@@ -324,21 +271,15 @@ void VoObliqueSlice::Serialize(shr::Archive& archive)
     // the cutting plane comes last and is all or nothing by itself.
     unsigned int component = m_InputComponent, resolution = m_Resolution;
     bool rgba = m_RGBA, interpolate = m_Interpolate, lighting = m_Lighting;
-    double opacity = m_Opacity;
-    SliceMapping mapping = m_Mapping;
-    VbColorMap colorMap = m_ColorMap;
-    VbLegend legend = m_Legend;
+    StoredLook look(*this);
     archive.Transfer(component);
     archive.Transfer(resolution);
     archive.Transfer(rgba);
     archive.Transfer(interpolate);
     archive.Transfer(lighting);
-    archive.Transfer(opacity);
-    mapping.Transfer(archive);
-    colorMap.Serialize(archive);
-    legend.Serialize(archive);
+    look.Transfer(archive);
     archive.CheckRange(resolution, unsigned(Coarse), unsigned(VeryFine), "the slice resolution");
-    archive.CheckRange(opacity, 0.0, 1.0, "the slice opacity");
+    archive.CheckRange(look.opacity, 0.0, 1.0, "the slice opacity");
     m_Plane.Serialize(archive);
     if (archive.IsStoring())
         return;
@@ -347,11 +288,7 @@ void VoObliqueSlice::Serialize(shr::Archive& archive)
     m_RGBA = rgba;
     m_Interpolate = interpolate;
     m_Lighting = lighting;
-    m_Opacity = opacity;
-    m_Mapping = mapping;
-    m_ColorMap = colorMap;
-    legend.SetColorMap(&m_ColorMap);
-    m_Legend = legend;
+    look.Commit(*this);
 }
 
 } // namespace core

@@ -5,16 +5,15 @@
 // trilinear, coloured through the colour map or the grey window (an RGBA
 // lattice gives its own colours). Any kind of lattice will do; the plane is
 // placed in the lattice's own coordinates and follows its user transform.
-#include "core/visual/SliceMapping.h"
 #include "core/visual/VbCuttingPlane.h"
-#include "core/visual/VoLatticeModule.h"
+#include "core/visual/VoSliceModule.h"
 #include "shr/Mat4d.h"
 
 #include <vector>
 
 namespace core {
 
-class VoObliqueSlice : public VoLatticeModule {
+class VoObliqueSlice : public VoSliceModule {
     SHR_DECLARE_CREATABLE_TYPE(VoObliqueSlice)
 public:
     static const VbModuleInfo s_ModuleInfo;
@@ -53,13 +52,7 @@ public:
     void SetResolution(unsigned int resolution) { m_Resolution = resolution; }
     bool Interpolate() const { return m_Interpolate; }
     void Interpolate(bool interpolate) { m_Interpolate = interpolate; }
-    bool Lighting() const { return m_Lighting; }
-    void Lighting(bool lighting) { m_Lighting = lighting; }
-    double Opacity() const { return m_Opacity; }
-    void Opacity(double opacity) { m_Opacity = opacity; }
     bool IsRGBAInput() const { return m_RGBA; }
-    SliceMapping& Mapping() { return m_Mapping; }
-    const SliceMapping& Mapping() const { return m_Mapping; }
     VbCuttingPlane& Plane() { return m_Plane; }
     const VbCuttingPlane& Plane() const { return m_Plane; }
 
@@ -74,23 +67,16 @@ private:
     ModuleStatus ExecuteImpl(std::shared_ptr<VgRenderer> renderer) override;
     void UpdatePropertiesImpl(VbPropList& list) override;
 
-    // New data: colour-map limits, and the grey window if still unknown.
-    void UpdateData();
     // The plane follows a lattice whose box it has not seen (the data may
     // arrive after the link).
     void FollowInput(const VdLattice& lattice);
     // False when the user stopped the pass.
     bool FillTexture(const VdLattice& lattice, const TexelGrid& grid, std::vector<shr::Color4b>& pixels) const;
     shr::Color4b Sample(const VdLattice& lattice, const shr::Vec3d& uvw, const ColorInterpolator& interp) const;
-    void DrawPolygon(VgRenderer& renderer, const VdLattice& lattice, const std::vector<shr::Vec3d>& polygon,
-                     const TexelGrid& grid) const;
 
     unsigned int m_Resolution = Medium;
     bool m_RGBA = false;
     bool m_Interpolate = false;
-    bool m_Lighting = true;
-    double m_Opacity = 1.0;
-    SliceMapping m_Mapping;
     VbCuttingPlane m_Plane;
 };
 

@@ -25,7 +25,7 @@
 
 namespace core {
 
-SHR_IMPLEMENT_CREATABLE_TYPE(VoOrthoSlice, VoLatticeModule)
+SHR_IMPLEMENT_CREATABLE_TYPE(VoOrthoSlice, VoSliceModule)
 const VbModuleInfo VoOrthoSlice::s_ModuleInfo("Graphics Output\\OrthoImage", VoOrthoSlice::GetClassTypeId(),
                                               PortUniformLattice, PortGeometry,
                                               "Displays an orthogonal slice through a lattice", 24);
@@ -69,11 +69,6 @@ void ReportTypeMismatch()
     }
 }
 
-shr::Vec3d FaceNormal(const std::vector<shr::Vec3d>& v)
-{
-    return (v[0] - v[2]).Cross(v[1] - v[2]).Normalized();
-}
-
 } // namespace VoOrthoSlicePrivate
 
 using namespace VoOrthoSlicePrivate;
@@ -96,41 +91,17 @@ unsigned int VoOrthoSlice::GetSliceCount(const VdUniformLattice* lattice, unsign
     return lattice->GetDims()[kSliceAxis[orientation]];
 }
 
-unsigned int VoOrthoSlice::EffectiveSlice(unsigned int count) const
-{
-    if (m_Slice < 0 || static_cast<unsigned int>(m_Slice) >= count)
-        return count / 2;
-    return static_cast<unsigned int>(m_Slice);
-}
-
 void VoOrthoSlice::OnInputChanged(int, bool)
 {
-    if (InputLattice(0))
-        UpdateInput();
-}
-
-void VoOrthoSlice::UpdateInput()
-{
-    const VdLattice* lattice = InputLattice(0);
-    if (!lattice || lattice->ComponentCount() == 0)
-        return;
-    UpdateColorMapDataLimits(lattice);
-    const std::pair<double, double> limits = lattice->DataMinMax(InputComponentSafe());
-    m_Mapping.FillWindow(limits.first, limits.second);
+    UpdateMappingData();
 }
 
 void VoOrthoSlice::UpdatePropertiesImpl(VbPropList& list)
 {
     const VdUniformLattice* lattice = InputUniform();
-    const VoModule* upstream = GetInputConnection(0, 0);
-    list.AddHeader(Id(), IdGeneral, NameAndId(), "General", "", "");
-    list.Indent();
-    list.AddStatic(Id(), IdInput, "Input", "The input this module is connected to.",
-                   upstream ? upstream->Name().c_str() : "Nothing");
-    if (lattice && lattice->ComponentCount() > 1)
-        list.AddUnsigned(Id(), "OrthoSliceComponent", IdComponent, "Input component",
-                         "The component of the input data to display.", m_InputComponent, ValCheckMinMax, 1,
-                         lattice->ComponentCount(), 1);
+    AddInputRows(list);
+    if (lattice)
+        AddComponentRow(list, "OrthoSliceComponent", IdComponent, "The component of the input data to display.");
     list.AddCombo(Id(), "OrthoSliceOrientation", IdOrientation, "Orientation", "The plane containing the orthoslice.",
                   m_Orientation, "XY plane (axial)", "XZ plane (coronal)", "YZ plane (sagittal)", nullptr);
     list.AddInt(Id(), "OrthoSliceSlice", IdSlice, "Slice number", "The 1-based index of the slice to draw.", 1,
@@ -147,24 +118,13 @@ void VoOrthoSlice::UpdatePropertiesImpl(VbPropList& list)
                    0.1);
     list.AddDouble(Id(), "OrthoSliceOpacity", IdOpacity, "Opacity", "The opacity of the image.", m_Opacity,
                    ValCheckMinMax, 0.0, 1.0, 0.1);
-    const std::pair<double, double> limits =
-        lattice && lattice->ComponentCount() ? lattice->DataMinMax(InputComponentSafe()) : std::make_pair(0.0, 0.0);
-    const std::vector<unsigned int>* histogram =
-        lattice && lattice->ComponentCount() ? &lattice->DataHistogram(InputComponentSafe()) : nullptr;
-    m_Mapping.GetProperties(Id(), list, kPrefix, IdMapping, m_ColorMap, histogram, limits.first, limits.second);
-    list.Outdent();
-
-    m_Legend.GetProperties(Id(), list, kPrefix, IdLegend, "Legend", "Legend");
-    m_Mapping.EnableRows(list, IdMapping, m_Legend, IdLegend);
+    AddMappingRows(list, lattice, kPrefix, IdMapping, IdLegend);
 }
 
 // The slice row counts from 1 and shows the slice that will be drawn.
 void VoOrthoSlice::ShowSlice(VbPropList& list) const
 {
-    const unsigned int count = GetSliceCount(InputUniform(), m_Orientation);
-    const int shown = count ? static_cast<int>(EffectiveSlice(count)) + 1 : 1;
-    list.SetNumLimits(IdSlice, ValCheckMinMax, 1.0, count ? count : 1.0);
-    list.SetNum(IdSlice, shown);
+    ShowSliceRow(list, IdSlice, m_Slice, GetSliceCount(InputUniform(), m_Orientation));
 }
 
 void VoOrthoSlice::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
@@ -178,15 +138,9 @@ void VoOrthoSlice::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
         list.GetValue(id, m_Orientation);
         ShowSlice(list);
         break;
-    case IdSlice: {
-        int shown = m_Slice + 1;
-        list.GetValue(id, shown);
-        // Rows count from 1. Whatever lies below names no slice, which the
-        // execution turns into the middle one, as it does -1; -1 also keeps
-        // the lowest int from overflowing.
-        m_Slice = shown >= 1 ? shown - 1 : -1;
+    case IdSlice:
+        ReadSliceRow(list, id, m_Slice);
         break;
-    }
     case IdLighting:
         list.GetValue(id, m_Lighting);
         break;
@@ -197,15 +151,8 @@ void VoOrthoSlice::PropertyEvent(VbPropList& list, const VbPropertyEvent& event)
         list.GetValue(id, m_Opacity);
         break;
     default:
-        if (m_Mapping.PropertyEvent(list, event, IdMapping, m_ColorMap)) {
-            if (id == IdMapping + SliceMapping::RowColorMap)
-                UpdateColorMapDataLimits(InputLattice(0));
-            m_Mapping.EnableRows(list, IdMapping, m_Legend, IdLegend);
-        } else if (id > IdLegend) {
-            m_Legend.PropertyEvent(Id(), list, event, IdLegend);
-        } else {
+        if (!MappingEvent(list, event, IdMapping, IdLegend))
             return;
-        }
     }
     SetModified();
 }
@@ -232,22 +179,7 @@ void VoOrthoSlice::CollectSlice(const VdUniformLattice& lattice, unsigned int or
     }
 }
 
-bool VoOrthoSlice::SetTexture(VgRenderer& renderer, const VdUniformLattice& lattice, unsigned int slice, int model)
-{
-    const std::unique_ptr<ColorInterpolator> interp = m_Mapping.MakeInterpolator(m_ColorMap);
-    int width = 0, height = 0;
-    std::vector<shr::Color4b> pixels;
-    CollectSlice(lattice, m_Orientation, slice, InputComponentSafe(), *interp, width, height, pixels);
-    if (pixels.empty() || pixels.size() != static_cast<size_t>(width) * static_cast<size_t>(height))
-        return false;
-    renderer.setTexture(width, height, pixels.data(), static_cast<VgRenderer::TexModel>(model),
-                        VgRenderer::TEX_CLAMP);
-    return true;
-}
-
-// A rectangle across the box at the slice's place on its axis, with the
-// texture stretched over it.
-void VoOrthoSlice::DrawQuad(VgRenderer& renderer, const VdUniformLattice& lattice, unsigned int slice) const
+void VoOrthoSlice::Quad(const VdUniformLattice& lattice, unsigned int slice, VgVertexData& quad) const
 {
     const shr::Box3d box = lattice.GetUVWBounds();
     const int axis = kSliceAxis[m_Orientation];
@@ -255,21 +187,14 @@ void VoOrthoSlice::DrawQuad(VgRenderer& renderer, const VdUniformLattice& lattic
     const unsigned int n = lattice.GetDims()[axis];
     const double level = n <= 1 ? box.min[axis] : box.min[axis] + (box.max[axis] - box.min[axis]) * slice / (n - 1);
     const std::array<std::pair<bool, bool>, 4> corners = {{{false, false}, {true, false}, {true, true}, {false, true}}};
-    VgVertexData data;
     for (const auto& corner : corners) {
         shr::Vec3d v;
         v[axis] = level;
         v[a] = corner.first ? box.max[a] : box.min[a];
         v[b] = corner.second ? box.max[b] : box.min[b];
-        data.vertices.push_back(lattice.UVWToXYZ(v));
-        data.texCoords.emplace_back(corner.first ? 1.0f : 0.0f, corner.second ? 1.0f : 0.0f);
+        quad.vertices.push_back(lattice.UVWToXYZ(v));
+        quad.texCoords.emplace_back(corner.first ? 1.0f : 0.0f, corner.second ? 1.0f : 0.0f);
     }
-    data.textureBinding = VgVertexData::PER_VERTEX;
-    const shr::Vec3d normal = FaceNormal(data.vertices);
-    data.normals.emplace_back(float(normal.x), float(normal.y), float(normal.z));
-    data.normalBinding = VgVertexData::OVERALL;
-    const int counts[] = {4};
-    renderer.drawFaceSet(data, counts, 1);
 }
 
 VoModule::ModuleStatus VoOrthoSlice::ExecuteImpl(std::shared_ptr<VgRenderer> renderer)
@@ -291,22 +216,21 @@ VoModule::ModuleStatus VoOrthoSlice::ExecuteImpl(std::shared_ptr<VgRenderer> ren
         renderer->popState();
         return ModuleOk;
     }
-    if (m_Slice < 0 || static_cast<unsigned int>(m_Slice) >= count)
-        m_Slice = static_cast<int>(count / 2);
-    UpdateInput();
+    m_Slice = static_cast<int>(EffectiveSlice(m_Slice, count));
+    UpdateMappingData();
 
-    renderer->setTextureQuality(m_Quality);
-    renderer->setVertexOrdering(VgRenderer::COUNTERCLOCKWISE);
-    const int model = m_Lighting ? VgRenderer::MODULATE : VgRenderer::DECAL;
-    if (!SetTexture(*renderer, *lattice, static_cast<unsigned int>(m_Slice), model)) {
+    const std::unique_ptr<ColorInterpolator> interp = m_Mapping.MakeInterpolator(m_ColorMap);
+    int width = 0, height = 0;
+    std::vector<shr::Color4b> pixels;
+    CollectSlice(*lattice, m_Orientation, static_cast<unsigned int>(m_Slice), InputComponentSafe(), *interp, width,
+                 height, pixels);
+    if (pixels.empty() || pixels.size() != static_cast<size_t>(width) * static_cast<size_t>(height)) {
         renderer->popState();
         return ModuleAborted;
     }
-    if (m_Opacity < 1.0)
-        renderer->setTransparency(1.0 - m_Opacity);
-    DrawQuad(*renderer, *lattice, static_cast<unsigned int>(m_Slice));
-    if (m_Mapping.method == SliceMapping::Colormap)
-        m_Legend.Execute(*renderer);
+    VgVertexData quad;
+    Quad(*lattice, static_cast<unsigned int>(m_Slice), quad);
+    DrawTexturedPolygon(*renderer, m_Quality, width, height, pixels, quad);
     renderer->popState();
     return ModuleOk;
 }
@@ -319,36 +243,27 @@ void VoOrthoSlice::Serialize(shr::Archive& archive)
     unsigned int component = m_InputComponent, orientation = m_Orientation;
     int slice = m_Slice;
     bool lighting = m_Lighting;
-    double quality = m_Quality, opacity = m_Opacity;
-    SliceMapping mapping = m_Mapping;
-    VbColorMap colorMap = m_ColorMap;
-    VbLegend legend = m_Legend;
+    double quality = m_Quality;
+    StoredLook look(*this);
     archive.Transfer(component);
     archive.Transfer(orientation);
     archive.Transfer(slice);
     archive.Transfer(lighting);
     archive.Transfer(quality);
-    archive.Transfer(opacity);
-    mapping.Transfer(archive);
-    colorMap.Serialize(archive);
-    legend.Serialize(archive);
+    look.Transfer(archive);
     if (archive.IsStoring())
         return;
     archive.CheckRange(orientation, unsigned(OrientXY), unsigned(OrientYZ), "the slice orientation");
     // The row shows the slice plus one: the largest int has no row.
     archive.CheckRange(slice, std::numeric_limits<int>::min(), std::numeric_limits<int>::max() - 1, "the slice");
     archive.CheckRange(quality, 0.0, 1.0, "the slice quality");
-    archive.CheckRange(opacity, 0.0, 1.0, "the slice opacity");
+    archive.CheckRange(look.opacity, 0.0, 1.0, "the slice opacity");
     InputComponentSafe(component);
     m_Orientation = orientation;
     m_Slice = slice;
     m_Lighting = lighting;
     m_Quality = quality;
-    m_Opacity = opacity;
-    m_Mapping = mapping;
-    m_ColorMap = colorMap;
-    legend.SetColorMap(&m_ColorMap);
-    m_Legend = legend;
+    look.Commit(*this);
 }
 
 } // namespace core

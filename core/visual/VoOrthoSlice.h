@@ -3,8 +3,7 @@
 // as a texture on a rectangle across the lattice's box. Each node is one
 // texel, coloured through the colour map or the grey window. Cheap enough to
 // scroll through the slices of a volume interactively.
-#include "core/visual/SliceMapping.h"
-#include "core/visual/VoLatticeModule.h"
+#include "core/visual/VoSliceModule.h"
 
 #include <vector>
 
@@ -12,7 +11,7 @@ namespace core {
 
 class VdUniformLattice;
 
-class VoOrthoSlice : public VoLatticeModule {
+class VoOrthoSlice : public VoSliceModule {
     SHR_DECLARE_CREATABLE_TYPE(VoOrthoSlice)
 public:
     static const VbModuleInfo s_ModuleInfo;
@@ -42,14 +41,8 @@ public:
     // Zero-based; negative or past the end stands for the middle slice.
     int Slice() const { return m_Slice; }
     void Slice(int slice) { m_Slice = slice; }
-    bool Lighting() const { return m_Lighting; }
-    void Lighting(bool lighting) { m_Lighting = lighting; }
     double Quality() const { return m_Quality; }
     void Quality(double quality) { m_Quality = quality; }
-    double Opacity() const { return m_Opacity; }
-    void Opacity(double opacity) { m_Opacity = opacity; }
-    SliceMapping& Mapping() { return m_Mapping; }
-    const SliceMapping& Mapping() const { return m_Mapping; }
 
     // Layers of nodes across the orientation's axis: nodes in Z for XY, Y for
     // XZ, X for YZ. 0 without a lattice.
@@ -66,20 +59,14 @@ private:
 
     // The uniform lattice on the input; null when absent or of another kind.
     const VdUniformLattice* InputUniform() const;
-    // New data: colour-map limits, and the grey window if still unknown.
-    void UpdateInput();
-    // The slice to draw among `count`: the stored one, or the middle one.
-    unsigned int EffectiveSlice(unsigned int count) const;
     void ShowSlice(VbPropList& list) const;
-    bool SetTexture(VgRenderer& renderer, const VdUniformLattice& lattice, unsigned int slice, int model);
-    void DrawQuad(VgRenderer& renderer, const VdUniformLattice& lattice, unsigned int slice) const;
+    // The rectangle across the box at the slice's place on its axis, the
+    // texture stretched over it.
+    void Quad(const VdUniformLattice& lattice, unsigned int slice, VgVertexData& quad) const;
 
     unsigned int m_Orientation = OrientXY;
     int m_Slice = -1;
-    bool m_Lighting = true;
     double m_Quality = 0.5;
-    double m_Opacity = 1.0;
-    SliceMapping m_Mapping;
 };
 
 } // namespace core

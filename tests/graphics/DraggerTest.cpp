@@ -1,7 +1,7 @@
 // The manipulator-based draggers and the module mix-in: root nodes, events of
 // a drag, the compare-first rules of the setters, and DraggerNode's rules for
 // live changes, the release, blocking and the scene.
-#include "DraggerTestSupport.h"
+#include "tests/support/DraggerTestSupport.h"
 
 #include "core/graphics/DraggerNode.h"
 #include "core/graphics/VgClipPlaneDragger.h"
@@ -19,15 +19,11 @@
 #include <Inventor/manips/SoClipPlaneManip.h>
 #include <Inventor/manips/SoDirectionalLightManip.h>
 #include <Inventor/manips/SoPointLightManip.h>
-#include <Inventor/manips/SoSpotLightManip.h>
 #include <Inventor/manips/SoTransformerManip.h>
 #include <Inventor/nodes/SoCallback.h>
-#include <Inventor/nodes/SoCoordinate3.h>
 #include <Inventor/nodes/SoPickStyle.h>
-#include <Inventor/nodes/SoPointSet.h>
 #include <Inventor/nodes/SoSeparator.h>
 #include <Inventor/nodes/SoTransform.h>
-#include <Inventor/nodes/SoTransformSeparator.h>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -62,75 +58,6 @@ protected:
 
 SoGroup* AsGroup(const InvSmartPtr<SoNode>& node) { return static_cast<SoGroup*>(node.get()); }
 
-TEST_F(DraggerTest, EachKindBuildsItsRootAsTheTableSays)
-{
-    struct Case {
-        const char* name;
-        std::function<std::unique_ptr<VgDragger>()> make;
-        SoType root;
-        std::vector<SoType> children;
-    };
-    const std::vector<Case> cases = {
-        {"directional", [] { return std::make_unique<core::VgDirectionalLightDragger>(shr::Vec3d(0, 0, -1)); },
-         SoTransformSeparator::getClassTypeId(),
-         {SoTransform::getClassTypeId(), SoDirectionalLightManip::getClassTypeId()}},
-        {"point", [] { return std::make_unique<core::VgPointLightDragger>(); }, SoTransformSeparator::getClassTypeId(),
-         {SoTransform::getClassTypeId(), SoPointLightManip::getClassTypeId()}},
-        {"spot", [] { return std::make_unique<core::VgSpotLightDragger>(shr::Vec3d(1, 0, 0), 0.5); },
-         SoTransformSeparator::getClassTypeId(),
-         {SoTransform::getClassTypeId(), SoSpotLightManip::getClassTypeId()}},
-        {"transform",
-         [] {
-             return std::make_unique<core::VgTransformDragger>(shr::Vec3d::ZERO, shr::Vec3d::ONE, shr::Quat4d::ZERO,
-                                                               shr::Box3d(-1, -1, -1, 1, 1, 1));
-         },
-         SoSeparator::getClassTypeId(),
-         {SoTransformerManip::getClassTypeId(), SoCoordinate3::getClassTypeId(), SoPointSet::getClassTypeId()}},
-        {"jack", [] { return std::make_unique<core::VgJackDragger>(); }, SoJackDragger::getClassTypeId(), {}},
-        {"clip plane", [] { return std::make_unique<core::VgClipPlaneDragger>(); },
-         SoClipPlaneManip::getClassTypeId(), {}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        std::unique_ptr<VgDragger> dragger = c.make();
-        const InvSmartPtr<SoNode> root = dragger->GetNode();
-        ASSERT_TRUE(root);
-        EXPECT_EQ(root->getTypeId(), c.root);
-        EXPECT_EQ(dragger->GetNode().get(), root.get()) << "the same root every time";
-        if (c.children.empty())
-            continue;
-        ASSERT_EQ(AsGroup(root)->getNumChildren(), static_cast<int>(c.children.size()));
-        for (size_t i = 0; i < c.children.size(); ++i)
-            EXPECT_EQ(AsGroup(root)->getChild(static_cast<int>(i))->getTypeId(), c.children[i]) << i;
-    }
-}
-
-TEST_F(DraggerTest, ConstructorsWriteWhatTheManipulatorsShow)
-{
-    core::VgSpotLightDragger spot(shr::Vec3d(1, 0, 0), 0.25);
-    auto* spotManip = static_cast<SoSpotLightManip*>(AsGroup(spot.GetNode())->getChild(1));
-    EXPECT_TRUE(spotManip->direction.getValue().equals(SbVec3f(1, 0, 0), 1e-6f));
-    EXPECT_FLOAT_EQ(spotManip->cutOffAngle.getValue(), 0.25f);
-
-    core::VgTransformDragger transform(shr::Vec3d(5, 5, 5), shr::Vec3d::ONE, shr::Quat4d::IDENTITY,
-                                       shr::Box3d(-1, -2, -3, 1, 2, 3));
-    auto* coords = static_cast<SoCoordinate3*>(AsGroup(transform.GetNode())->getChild(1));
-    ASSERT_EQ(coords->point.getNum(), 2);
-    EXPECT_EQ(coords->point[0], SbVec3f(-1, -2, -3));
-    EXPECT_EQ(coords->point[1], SbVec3f(1, 2, 3));
-    EXPECT_EQ(static_cast<SoPointSet*>(AsGroup(transform.GetNode())->getChild(2))->numPoints.getValue(), 2);
-    // The translation is stored only: it reaches the manipulator through the setter.
-    auto* manip = static_cast<SoTransformerManip*>(AsGroup(transform.GetNode())->getChild(0));
-    EXPECT_EQ(manip->translation.getValue(), SbVec3f(0, 0, 0));
-    transform.SetBox(shr::Box3d(0, 0, 0, 2, 4, 6));
-    EXPECT_EQ(manip->center.getValue(), SbVec3f(1, 2, 3));
-    EXPECT_EQ(coords->point[1], SbVec3f(2, 4, 6));
-
-    core::VgClipPlaneDragger clip;
-    const SbPlane& plane = static_cast<SoClipPlaneManip*>(clip.GetNode().get())->plane.getValue();
-    EXPECT_EQ(clip.Plane().GetNormal(), shr::Vec3d(plane.getNormal()[0], plane.getNormal()[1], plane.getNormal()[2]));
-}
-
 // Light setters compare first, the transform's write again: a field changed
 // behind the dragger's back shows which.
 TEST_F(DraggerTest, LightSettersSkipEqualValuesTransformSettersDoNot)
@@ -150,10 +77,6 @@ TEST_F(DraggerTest, LightSettersSkipEqualValuesTransformSettersDoNot)
     EXPECT_EQ(transformNode->translation.getValue(), SbVec3f(9, 9, 9));
     light.SetPosition(shr::Vec3d(1, 2, 3));
     EXPECT_EQ(transformNode->translation.getValue(), SbVec3f(1, 2, 3));
-
-    transformNode->scaleFactor.setValue(4, 4, 4);
-    light.SetScale(shr::Vec3d::ONE);
-    EXPECT_EQ(transformNode->scaleFactor.getValue(), SbVec3f(4, 4, 4));
 
     // A jack's fields are its drag: a write shows as an event.
     core::VgJackDragger jack;

@@ -48,35 +48,7 @@ TEST_P(PixelFormTest, TextInkStaysInsideItsBox)
     EXPECT_EQ(brightest, 255);
 }
 
-TEST_P(PixelFormTest, WiderTextCoversMoreColumns)
-{
-    auto font = GLFontManager::Instance().GetFont("Arial", 16.0, GetParam());
-    const Ink narrow = InkOf(DrawInPixels(*font, "ii", 5, 20), shr::Color4b::Black);
-    const Ink wide = InkOf(DrawInPixels(*font, "WW", 5, 20), shr::Color4b::Black);
-    const Ink longer = InkOf(DrawInPixels(*font, "WW WW WW", 5, 20), shr::Color4b::Black);
-    EXPECT_LT(narrow.Columns(), wide.Columns());
-    EXPECT_LT(wide.Columns(), longer.Columns());
-    EXPECT_NEAR(longer.Columns(), font->Advance("WW WW WW"), 4.0);
-    EXPECT_TRUE(InkOf(DrawInPixels(*font, "", 5, 20), shr::Color4b::Black).Empty());
-    EXPECT_TRUE(InkOf(DrawInPixels(*font, "   ", 5, 20), shr::Color4b::Black).Empty());
-}
-
 INSTANTIATE_TEST_SUITE_P(Forms, PixelFormTest, testing::Values(GLFont::Bitmap, GLFont::Pixmap));
-
-TEST(PixelForms, PixmapBlendsItsEdgesBitmapDoesNot)
-{
-    auto pixmap = GLFontManager::Instance().GetFont("Arial", 20.0, GLFont::Pixmap);
-    auto bitmap = GLFontManager::Instance().GetFont("Arial", 20.0, GLFont::Bitmap);
-    auto partial = [](const render::Image& image) {
-        int count = 0;
-        for (int y = 0; y < image.Height(); ++y)
-            for (int x = 0; x < image.Width(); ++x)
-                count += image.At(x, y).r > 0 && image.At(x, y).r < 255;
-        return count;
-    };
-    EXPECT_GT(partial(DrawInPixels(*pixmap, "Round O", 10, 20)), 0);
-    EXPECT_EQ(partial(DrawInPixels(*bitmap, "Round O", 10, 20)), 0);
-}
 
 // Scene text: an orthographic camera 4 units wide and 2 high over a 200 x 100
 // picture, so the origin is at pixel (100, 50) and a unit is 50 pixels.
@@ -173,24 +145,6 @@ TEST(InvText3, AFontThatCannotBeMadeFallsBackToTheDefaultFace)
     SoGetBoundingBoxAction action(SbViewportRegion(200, 100));
     action.apply(scene.get());
     EXPECT_TRUE(action.getBoundingBox().isEmpty());
-}
-
-TEST(InvFont, GetFontNamesTheOutlineFontOfItsFields)
-{
-    EnsureFontClasses();
-    SceneRef node(new InvFont);
-    auto* font = static_cast<InvFont*>(node.get());
-    font->name = "Arial";
-    font->size = 2.0f;
-    font->flags = InvFont::Bold;
-    auto glFont = font->GetFont();
-    EXPECT_EQ(glFont->GetForm(), GLFont::Outline);
-    EXPECT_EQ(glFont->Size(), 2.0);
-    EXPECT_EQ(glFont->Flags(), unsigned(InvFont::Bold));
-    font->size = 0.0f;
-    EXPECT_EQ(ErrorOf([&] { font->GetFont(); }).code, 16);
-    EXPECT_EQ(SoType::fromName("InvFont"), InvFont::getClassTypeId());
-    EXPECT_EQ(SoType::fromName("InvFontElement"), core::InvFontElement::getClassTypeId());
 }
 
 } // namespace

@@ -22,24 +22,6 @@ namespace {
 
 const GLFont::Form kAllForms[] = {GLFont::Bitmap, GLFont::Pixmap, GLFont::Outline, GLFont::Texture};
 
-TEST(TextureFont, DrawnOneUnitToAPixelItMatchesThePixmapForm)
-{
-    auto pixmap = GLFontManager::Instance().GetFont("Arial", 20.0, GLFont::Pixmap);
-    auto texture = GLFontManager::Instance().GetFont("Arial", 20.0, GLFont::Texture);
-    EXPECT_EQ(texture->GetForm(), GLFont::Texture);
-    EXPECT_EQ(texture->Advance("Hello"), pixmap->Advance("Hello"));
-    const Ink expected = InkOf(fonttest::DrawInPixels(*pixmap, "Hello", 10, 20), shr::Color4b::Black);
-    const Ink ink = InkOf(fonttest::DrawInPixels(*texture, "Hello", 10, 20), shr::Color4b::Black);
-    ASSERT_FALSE(ink.Empty());
-    EXPECT_NEAR(ink.minX, expected.minX, 1);
-    EXPECT_NEAR(ink.maxX, expected.maxX, 1);
-    EXPECT_NEAR(ink.minY, expected.minY, 1);
-    EXPECT_NEAR(ink.maxY, expected.maxY, 1);
-    EXPECT_NEAR(ink.count, expected.count, expected.count / 10);
-    // Blank text draws nothing.
-    EXPECT_TRUE(InkOf(fonttest::DrawInPixels(*texture, "   ", 10, 20), shr::Color4b::Black).Empty());
-}
-
 TEST(TextureFont, FollowsTheTransformAndRestoresTheTextureState)
 {
     auto font = GLFontManager::Instance().GetFont("Arial", 16.0, GLFont::Texture);

@@ -60,8 +60,6 @@ TEST(GLFont, ArialResolvesToAnInstalledFaceWithConsistentMetricsInEveryForm)
         EXPECT_GE(font->Descent(), 0.0);
         EXPECT_GE(font->LineHeight(), font->Ascent());
         EXPECT_LT(font->Ascent(), 24.0 * 1.5);
-        EXPECT_LT(font->Advance("ii"), font->Advance("WW"));
-        EXPECT_EQ(font->Advance(""), 0.0);
         EXPECT_EQ(font->Advance(nullptr), 0.0);
         EXPECT_DOUBLE_EQ(font->Advance("ii"), 2.0 * font->Advance("i")); // a pair without kerning
         // Twice the size, about twice the width.
@@ -116,33 +114,6 @@ TEST(GLFont, DecodeTakesUtf8AndFallsBackToLatin1)
     for (const Case& c : cases)
         EXPECT_EQ(GLFont::Decode(c.text), c.expected) << c.text;
     EXPECT_TRUE(GLFont::Decode(nullptr).empty());
-}
-
-TEST(GLFont, SplitLinesKeepsEmptyLines)
-{
-    using Lines = std::vector<std::string>;
-    EXPECT_EQ(GLFont::SplitLines(""), Lines({""}));
-    EXPECT_EQ(GLFont::SplitLines("a\nb"), Lines({"a", "b"}));
-    EXPECT_EQ(GLFont::SplitLines("a\r\n\nb\n"), Lines({"a", "", "b", ""}));
-    EXPECT_EQ(GLFont::SplitLines(nullptr), Lines());
-}
-
-TEST(GLFontManager, SharesOneFontPerFaceSizeFormAndStyle)
-{
-    auto& manager = GLFontManager::Instance();
-    auto a = manager.GetFont("Arial", 13.0, GLFont::Bitmap);
-    EXPECT_EQ(manager.GetFont("Arial", 13.0, GLFont::Bitmap), a);
-    EXPECT_NE(manager.GetFont("Arial", 14.0, GLFont::Bitmap), a);
-    EXPECT_NE(manager.GetFont("Arial", 13.0, GLFont::Pixmap), a);
-    auto bold = manager.GetFont("Arial", 13.0, GLFont::Bitmap, core::InvFont::Bold);
-    EXPECT_NE(bold, a);
-    EXPECT_GT(bold->Advance("WWWW"), a->Advance("WWWW"));
-    const size_t count = manager.Count();
-    EXPECT_EQ(ErrorOf([&] { manager.GetFont("", 13.0, GLFont::Bitmap); }).code, 16);
-    EXPECT_EQ(manager.Count(), count); // failures are not cached
-    manager.Clear();
-    EXPECT_EQ(manager.Count(), 0u);
-    EXPECT_GT(a->Advance("x"), 0.0); // a holder keeps its font
 }
 
 TEST(GLFont, CreationErrorsAreNumbered)

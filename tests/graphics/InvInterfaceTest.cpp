@@ -36,22 +36,6 @@ SoSeparator* CubeAt(float x, const char* name = nullptr)
     return group;
 }
 
-TEST(InvInterface, FindNodeReturnsTheFirstMatchOrNull)
-{
-    fonttest::EnsureFontClasses();
-    InvSmartPtr<SoSeparator> root(new SoSeparator);
-    root->addChild(CubeAt(0, "Target"));
-    root->addChild(CubeAt(5, "Target"));
-    SoNode* found = core::InvFindNode("Target", root.get());
-    ASSERT_NE(found, nullptr);
-    EXPECT_EQ(found, static_cast<SoGroup*>(root->getChild(0))->getChild(1));
-    EXPECT_EQ(core::InvFindNode("Missing", root.get()), nullptr);
-    for (auto bad : {std::function<void()>([&] { core::InvFindNode(nullptr, root.get()); }),
-                     std::function<void()>([&] { core::InvFindNode("", root.get()); }),
-                     std::function<void()>([&] { core::InvFindNode("Target", nullptr); })})
-        EXPECT_EQ(ErrorOf(bad).message, "Invalid call to find operation.");
-}
-
 TEST(InvInterface, BoundingBoxesInDouble)
 {
     fonttest::EnsureFontClasses();
@@ -132,30 +116,6 @@ TEST(VgMaterial, SerializeRoundTripsAndLayout)
     core::VgMaterial target;
     EXPECT_THROW(target.Serialize(truncated), shr::Exception);
     EXPECT_EQ(target, core::VgMaterial());
-}
-
-TEST(VgVertexData, AddAndClear)
-{
-    core::VgVertexData data;
-    EXPECT_EQ(data.normalBinding, 8);
-    EXPECT_EQ(data.materialBinding, 2);
-    EXPECT_EQ(data.textureBinding, 8);
-    const shr::Vec3d points[] = {{1, 2, 3}, {4, 5, 6}};
-    const int indices[] = {0, 1, -1};
-    data.addVertices(points, 2);
-    data.addVertices(nullptr, 0);
-    data.addIndices(indices, 3);
-    data.addColors(&shr::Color4b::Red, 1);
-    data.materialBinding = core::VgVertexData::PER_VERTEX;
-    EXPECT_EQ(data.vertices.size(), 2u);
-    EXPECT_EQ(data.indices.back(), -1);
-    const core::VgVertexData copy = data;
-    data.clear();
-    EXPECT_TRUE(data.vertices.empty() && data.indices.empty() && data.colors.empty());
-    EXPECT_GE(data.vertices.capacity(), 2u);
-    EXPECT_EQ(data.materialBinding, 2);
-    EXPECT_EQ(copy.vertices[1], points[1]);
-    EXPECT_EQ(copy.materialBinding, 7);
 }
 
 } // namespace

@@ -1,24 +1,18 @@
 // The cutting-plane kit: the edge table, the outline of the cut, the handles'
 // placement, the events of a drag, and writing and reading the kit as a file.
-#include "DraggerTestSupport.h"
+#include "tests/support/DraggerTestSupport.h"
 
 #include "core/graphics/InvInterface.h"
 #include "core/graphics/InvPlaneDragger.h"
 #include "core/graphics/VgPlaneDragger.h"
 #include "shr/Box3d.h"
 
-#include <Inventor/SoDB.h>
-#include <Inventor/SoInput.h>
-#include <Inventor/SoOutput.h>
-#include <Inventor/actions/SoSearchAction.h>
-#include <Inventor/actions/SoWriteAction.h>
 #include <Inventor/draggers/SoTrackballDragger.h>
 #include <Inventor/draggers/SoTranslate1Dragger.h>
 #include <Inventor/nodes/SoCoordinate3.h>
 #include <Inventor/nodes/SoDrawStyle.h>
 #include <Inventor/nodes/SoFaceSet.h>
 #include <Inventor/nodes/SoRotation.h>
-#include <Inventor/nodes/SoSeparator.h>
 #include <Inventor/nodes/SoSwitch.h>
 #include <gtest/gtest.h>
 
@@ -116,38 +110,6 @@ protected:
     const shr::Box3d box{0, 0, 0, 2, 2, 2};
 };
 
-TEST_F(InvPlaneDraggerTest, BuildsItsPartsAndPlacesItsHandles)
-{
-    VgPlaneDragger dragger(0.25, shr::Vec3d(0, 0, 2), box, 0.5, nullptr, nullptr);
-    const InvPlaneDragger& node = dragger.Node();
-    ASSERT_EQ(dragger.GetNode()->getTypeId(), SoType::fromName("InvPlaneDragger"));
-    ASSERT_NE(node.Rotator(), nullptr);
-    ASSERT_NE(node.Translator(), nullptr);
-    ASSERT_NE(node.FrameStyle(), nullptr);
-    ASSERT_NE(node.FrameCoords(), nullptr);
-    ASSERT_NE(node.FrameFace(), nullptr);
-    EXPECT_EQ(node.FrameStyle()->style.getValue(), SoDrawStyle::INVISIBLE);
-    EXPECT_EQ(dragger.Normal(), shr::Vec3d(0, 0, 1)) << "normalised";
-    EXPECT_EQ(dragger.Offset(), 0.5);
-
-    ASSERT_GT(node.RotatorRadius(), 0.0);
-    const float scale = static_cast<float>(0.25 * box.Diagonal() * 0.5 / node.RotatorRadius());
-    EXPECT_FLOAT_EQ(node.Rotator()->scaleFactor.getValue()[0], scale);
-    SbVec3f turned;
-    node.Rotator()->rotation.getValue().multVec(SbVec3f(0, 1, 0), turned);
-    EXPECT_TRUE(turned.equals(SbVec3f(0, 0, 1), 1e-6f));
-    EXPECT_EQ(node.Translator()->translation.getValue(), SbVec3f(0.5f, 0, 0));
-    SbVec3f along;
-    node.TranslatorRotation()->rotation.getValue().multVec(SbVec3f(1, 0, 0), along);
-    EXPECT_TRUE(along.equals(SbVec3f(0, 0, 1), 1e-6f));
-    const SbMatrix& motion = const_cast<InvPlaneDragger&>(node).getMotionMatrix();
-    EXPECT_TRUE(SbVec3f(motion[3][0], motion[3][1], motion[3][2]).equals(SbVec3f(1, 1, 1.5f), 1e-6f));
-
-    // Two draggers draw two outlines: the frame is not shared.
-    VgPlaneDragger other(0.25, shr::Vec3d(1, 0, 0), box, 0.0, nullptr, nullptr);
-    EXPECT_NE(other.Node().FrameCoords(), node.FrameCoords());
-}
-
 TEST_F(InvPlaneDraggerTest, OutlineIsTheCutOfThePlaneThroughTheBox)
 {
     struct Case {
@@ -239,44 +201,6 @@ TEST_F(InvPlaneDraggerTest, ADragSendsChangesThenOneFinishAndStartsSendNothing)
     EXPECT_EQ(dragger.Offset(), 0.75);
     const SbMatrix& motion = node.getMotionMatrix();
     EXPECT_NEAR(motion[3][0], 1.0 + 0.75, 1e-5);
-}
-
-TEST_F(InvPlaneDraggerTest, WritesAndReadsBackAsAWorkingKit)
-{
-    VgPlaneDragger dragger(0.25, shr::Vec3d(0, 0, 1), box, 0.5, nullptr, nullptr);
-    InvSmartPtr<SoSeparator> scene(new SoSeparator);
-    scene->addChild(dragger.GetNode().get());
-
-    SoOutput out;
-    out.setBuffer(std::malloc(1024), 1024, std::realloc);
-    SoWriteAction write(&out);
-    write.apply(scene.get());
-    void* buffer = nullptr;
-    size_t size = 0;
-    out.getBuffer(buffer, size);
-    const std::string text(static_cast<const char*>(buffer), size);
-    std::free(buffer);
-    EXPECT_NE(text.find("InvPlaneDragger"), std::string::npos);
-
-    SoInput in;
-    in.setBuffer(text.data(), text.size());
-    InvSmartPtr<SoSeparator> read(SoDB::readAll(&in));
-    ASSERT_TRUE(read);
-    SoSearchAction search;
-    search.setType(InvPlaneDragger::getClassTypeId());
-    search.apply(read.get());
-    ASSERT_NE(search.getPath(), nullptr);
-    auto* node = static_cast<InvPlaneDragger*>(search.getPath()->getTail());
-    ASSERT_NE(node->Rotator(), nullptr);
-    ASSERT_NE(node->Translator(), nullptr);
-
-    // The read kit's handles are hooked up.
-    std::vector<int> codes;
-    node->SetNotify([](InvPlaneDragger*, int code, void* data) { static_cast<std::vector<int>*>(data)->push_back(code); },
-                    &codes);
-    node->SetBox(box);
-    node->Translator()->translation.setValue(0.9f, 0, 0);
-    EXPECT_EQ(codes, std::vector<int>{InvPlaneDragger::TRANSLATOR_VALUE});
 }
 
 } // namespace

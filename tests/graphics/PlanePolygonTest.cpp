@@ -114,28 +114,4 @@ TEST(PlanePolygon, OffsetLimitIsTheReachOfTheBoxAlongTheNormal)
     EXPECT_TRUE(CentredPlanePolygon(kUnitCube, {1, 2, 3}, limit * 1.001).empty());
 }
 
-TEST(PlanePolygon, GeneralPlaneFormAgreesWithTheCentredForm)
-{
-    // x = 0.25 written as dot((2, 0, 0), p) = 0.5.
-    const std::vector<Vec3d> polygon = PlaneBoxPolygon(kUnitCube, {2, 0, 0}, 0.5);
-    ASSERT_EQ(polygon.size(), 4u);
-    for (const Vec3d& p : polygon)
-        EXPECT_DOUBLE_EQ(p.x, 0.25);
-    EXPECT_GT(PolygonAreaVector(polygon).x, 0.0);
-}
-
-TEST(PlanePolygon, FrameIsRightHandedWithTheNormalLast)
-{
-    const Vec3d normals[] = {{0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {1, 2, 3}, {0, 1, 1e-8}};
-    for (const Vec3d& normal : normals) {
-        Vec3d u, v, w;
-        core::PlaneFrame(normal, u, v, w);
-        EXPECT_NEAR(u.Length(), 1.0, 1e-12);
-        EXPECT_NEAR(v.Length(), 1.0, 1e-12);
-        EXPECT_NEAR(u.Dot(v), 0.0, 1e-12);
-        const Vec3d cross = u.Cross(v);
-        EXPECT_NEAR((cross - normal.Normalized()).Length(), 0.0, 1e-12);
-    }
-}
-
 } // namespace

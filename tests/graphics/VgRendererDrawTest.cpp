@@ -99,20 +99,6 @@ TEST(VgRendererDraw, OutlinedFacesDrawFillAndEdges)
     EXPECT_EQ(At(image, 1.5, 0.0), kBlack);
 }
 
-// Five vertices make two lines; the odd one is dropped.
-TEST(VgRendererDraw, LineSetDrawsPairs)
-{
-    const render::Image image = Draw(SceneTransform(0, 0, true), [](VgRenderer& r) {
-        r.setLineWidth(3.0);
-        r.setBaseColor(kRed);
-        r.drawLineSet(Vertices({{-1.5, 0.5, 0}, {-0.5, 0.5, 0}, {0.5, -0.5, 0}, {1.5, -0.5, 0}, {1.5, 0.5, 0}}));
-    });
-    EXPECT_EQ(At(image, -1.0, 0.5), kRed);
-    EXPECT_EQ(At(image, 1.0, -0.5), kRed);
-    EXPECT_EQ(At(image, 0.0, 0.0), kBlack);   // no line from the first pair to the second
-    EXPECT_EQ(At(image, 1.5, 0.0), kBlack);   // nor to the dropped fifth vertex
-}
-
 // Marker kinds: filled squares of 9 pixels, large points, and spheres that
 // take their vertex colours.
 TEST(VgRendererDraw, MarkersPointsAndSpheres)

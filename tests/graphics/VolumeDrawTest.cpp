@@ -14,7 +14,6 @@
 #include "render/SceneRenderer.h"
 
 #include <GL/gl.h>
-#include <Inventor/actions/SoGetBoundingBoxAction.h>
 #include <Inventor/elements/SoGLCacheContextElement.h>
 #include <Inventor/misc/SoContextHandler.h>
 #include <Inventor/nodes/SoOrthographicCamera.h>
@@ -134,20 +133,6 @@ TEST(VolumeDraw, ACancelledBuildDrawsNothingAndStartsOver)
         EXPECT_LT(log.calls[log.calls.size() - 2].second, 1.0);
         EXPECT_EQ(volume.node->GetDirty(), 0u);
     }
-}
-
-TEST(VolumeDraw, TheBoxIsTheLatticeBoxThroughTheTransform)
-{
-    RampVolume volume(4);
-    volume.node->SetTransform(shr::Mat4d::MakeTranslation(-500000.0, -7000000.0, 0.0) *
-                              shr::Mat4d::MakeScale(1.0, 1.0, 2.0));
-    volume.node->SetBoundingBox(shr::Box3d(500000.0, 7000000.0, -10.0, 500100.0, 7000050.0, 0.0));
-    SoGetBoundingBoxAction measure(SbViewportRegion(100, 100));
-    measure.apply(volume.node.get());
-    const SbBox3f box = measure.getBoundingBox();
-    EXPECT_FLOAT_EQ(box.getMin()[0], 0.0f);
-    EXPECT_FLOAT_EQ(box.getMax()[1], 50.0f);
-    EXPECT_FLOAT_EQ(box.getMin()[2], -20.0f);
 }
 
 TEST(VolumeDraw, CapabilitiesComeFromTheContextAndTheSwitch)

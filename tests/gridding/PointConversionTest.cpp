@@ -12,7 +12,8 @@ using namespace core;
 
 namespace {
 
-// Three vertices with two float components; integer coordinates.
+// Three vertices with two float components, integer coordinates and a user
+// transform: rows are in world coordinates.
 std::unique_ptr<VdPoints> SamplePoints()
 {
     const int32_t coords[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
@@ -21,6 +22,7 @@ std::unique_ptr<VdPoints> SamplePoints()
     points->SetBlank(1, 0);
     points->SetBlank(2, 1);
     points->AddLabel(LabelStorage::Label(2, "third"));
+    points->SetUserTransform(shr::Mat4d::MakeScale(2, 1, 1) * shr::Mat4d::MakeTranslation(10, 20, 30));
     return points;
 }
 
@@ -32,11 +34,7 @@ TEST(PointConversion, BlanksDropOnlyTheVerticesBlankInTheSelectedComponent)
         unsigned component;
         bool dropBlank;
         std::vector<uint32_t> ids;
-    } cases[] = {
-        {0, true, {0, 2}},
-        {1, true, {0, 1}},
-        {0, false, {0, 1, 2}},
-    };
+    } cases[] = {{0, true, {0, 2}}, {1, true, {0, 1}}, {0, false, {0, 1, 2}}};
     auto points = SamplePoints();
     for (const Case& c : cases) {
         CPointData data(2);
@@ -46,52 +44,30 @@ TEST(PointConversion, BlanksDropOnlyTheVerticesBlankInTheSelectedComponent)
         for (size_t r = 0; r < data.size(); ++r) {
             const uint32_t id = c.ids[r];
             EXPECT_EQ(data[r].ID(), id);
-            EXPECT_EQ(data[r].X(), 1.0 + 3 * id);
-            EXPECT_EQ(data[r].Z(), 3.0 + 3 * id);
+            EXPECT_EQ(data[r].X(), 12.0 + 6 * id);
+            EXPECT_EQ(data[r].Z(), 33.0 + 3 * id);
             EXPECT_EQ(data[r].W(0), id == 1 ? CDatum::BLANK_VAL : 10.0 * (id + 1));
             EXPECT_EQ(data[r].W(1), id == 2 ? CDatum::BLANK_VAL : 10.0 * (id + 1) + 1);
         }
         EXPECT_EQ(data.Labels(), points->Labels());
     }
-}
-
-TEST(PointConversion, AllBlankSelectedComponentGivesAnEmptyTable)
-{
-    const double coords[] = {0, 0, 0, 1, 1, 1};
-    const double values[] = {1, 2};
-    VdPoints points(shr::Double, shr::Double, 2, coords, values, 1);
-    points.SetBlank(0, 0);
-    points.SetBlank(1, 0);
-    CPointData data(1);
-    Convert(points, data, 0, true);
-    EXPECT_TRUE(data.empty());
-}
-
-TEST(PointConversion, RowsAreInWorldCoordinates)
-{
-    const double coords[] = {1, 2, 3};
-    const double values[] = {5};
-    VdPoints points(shr::Double, shr::Double, 1, coords, values, 1);
-    points.SetUserTransform(shr::Mat4d::MakeScale(2, 1, 1) * shr::Mat4d::MakeTranslation(10, 20, 30));
-    CPointData data(1);
-    Convert(points, data, 0, true);
-    ASSERT_EQ(data.size(), 1u);
-    EXPECT_EQ(data[0].X(), 12.0);
-    EXPECT_EQ(data[0].Y(), 22.0);
-    EXPECT_EQ(data[0].Z(), 33.0);
+    points->SetBlank(0, 0);
+    points->SetBlank(2, 0);
+    CPointData none(2);
+    Convert(*points, none, 0, true);
+    EXPECT_TRUE(none.empty()) << "all blank in the selected component";
 }
 
 TEST(PointConversion, BackToPointsKeepsRowOrderValuesAndLabelsByRow)
 {
     auto source = SamplePoints();
+    source->SetUserTransform(shr::Mat4d());
     CPointData data(2);
     Convert(*source, data, 0, true); // rows from vertices 0 and 2
     VdPoints points;
     Convert(data, points);
     ASSERT_EQ(points.VertexCount(), 2u);
     ASSERT_EQ(points.ComponentCount(), 2u);
-    EXPECT_EQ(points.GetCoordType(), shr::Double);
-    EXPECT_EQ(points.DataType(), shr::Double);
     const double* coords = static_cast<const double*>(points.GetCoordPtr());
     const double* values = static_cast<const double*>(points.DataPtr());
     EXPECT_EQ(std::vector<double>(coords, coords + 6), (std::vector<double>{1, 2, 3, 7, 8, 9}));

@@ -1,7 +1,8 @@
 // The duplicate filter: which row stands for each set under every rule, how
 // the tolerances draw the sets, blanks, and the module in a running network
 // with its property keys and documents.
-#include "ExpressionTestSupport.h"
+#include "LatticeSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/VdPoints.h"
 #include "core/gridding/CPointData.h"
@@ -32,25 +33,15 @@ CPointData MakeTable(const std::vector<RowSpec>& rows, size_t components)
 {
     CPointData table(components);
     for (const RowSpec& spec : rows) {
-        CPointDatum row(components);
-        row.X() = spec.x;
-        row.Y() = spec.y;
-        row.Z() = spec.z;
-        for (size_t c = 0; c < spec.values.size(); ++c)
-            row.W(c, spec.values[c]);
-        row.ID(spec.id);
-        table.push_back(row);
+        std::vector<double> values = spec.values;
+        values.resize(components, B);
+        table.push_back(testsupport::PointRow(spec.x, spec.y, spec.z, values, spec.id));
     }
     return table;
 }
 
-std::vector<uint32_t> Ids(const CPointData& table)
-{
-    std::vector<uint32_t> ids;
-    for (const CPointDatum& row : table)
-        ids.push_back(row.ID());
-    return ids;
-}
+using testsupport::RowIds;
+const auto& Ids = RowIds;
 
 CPointData Filter(CPointData table, uint32_t rule, double tx, double ty, double tz)
 {
@@ -184,31 +175,8 @@ TEST(DuplicateFilter, AnUnknownRuleIsAnError)
     VoDuplicateFilter filter;
     filter.SetRule(VoDuplicateFilter::RuleCount);
     CPointData table = SampleTable();
-    try {
-        filter.FilterDuplicates(table);
-        FAIL() << "no error";
-    } catch (const shr::Exception& e) {
-        EXPECT_NE(std::string(e.Message()).find("Invalid duplicate rule."), std::string::npos) << e.Message();
-    }
-}
-
-TEST(DuplicateFilter, ModuleAndKeysAreRegistered)
-{
-    const VbModuleInfo* info = VbModuleRegistry::Instance().Construct("DuplicateFilter");
-    ASSERT_NE(info, nullptr);
-    EXPECT_EQ(info->UiPath(), "Computational\\DuplicateFilter");
-    EXPECT_EQ(info->InputTypes(), 1u);
-    EXPECT_EQ(info->OutputTypes(), 1u);
-    EXPECT_EQ(info->ResourceId(), 1);
-    EXPECT_EQ(info->HelpString(), "Removes duplicate points from the point set");
-    const std::pair<const char*, int> keys[] = {{"DuplicateFilterRule", 2},
-                                                {"DuplicateFilterXTolerance", 4},
-                                                {"DuplicateFilterYTolerance", 5},
-                                                {"DuplicateFilterZTolerance", 6}};
-    for (const auto& key : keys)
-        EXPECT_EQ(VbPropertyRegistry::Instance().Get(key.first).id, key.second) << key.first;
-    EXPECT_EQ(VoDuplicateFilter::RuleStrings().size(), 20u);
-    EXPECT_EQ(VoDuplicateFilter::RuleStrings()[16], "Median");
+    EXPECT_NE(testsupport::RaisedText([&] { filter.FilterDuplicates(table); }).find("Invalid duplicate rule."),
+              std::string::npos);
 }
 
 namespace {
@@ -231,13 +199,13 @@ double Value(const VdPoints& points, unsigned int p, unsigned int c)
     return *static_cast<const double*>(points.DataPtr(p, c));
 }
 
-class DuplicateFilterModule : public exprtest::ExpressionModuleTest {};
+class DuplicateFilterModule : public testsupport::ReportingNetworkTest {};
 
 } // namespace
 
 TEST_F(DuplicateFilterModule, FiltersItsInputThroughTheNetwork)
 {
-    auto* source = Add(new exprtest::DataSource(NetworkPoints(), PortPoints));
+    auto* source = Add(new testsupport::DataSource(NetworkPoints(), PortPoints));
     auto* filter = Add(new VoDuplicateFilter);
     Link(filter, source, 0);
     struct Case {
@@ -277,20 +245,7 @@ TEST_F(DuplicateFilterModule, DocumentsRoundTripThroughTheToleranceVersionGate)
     stored.Tolerance(0, 0.25);
     stored.Tolerance(1, 0.5);
     stored.Tolerance(2, 2.0);
-    std::vector<unsigned char> bytes;
-    {
-        shr::Archive archive(bytes, "");
-        stored.Serialize(archive);
-        archive.Close();
-    }
-    VoDuplicateFilter loaded;
-    {
-        shr::Archive archive(bytes.data(), bytes.size());
-        loaded.Serialize(archive);
-    }
-    EXPECT_EQ(loaded.GetRule(), VoDuplicateFilter::RuleMedianY);
-    EXPECT_EQ(loaded.Tolerance(1), 0.5);
-    EXPECT_EQ(loaded.Tolerance(2), 2.0);
+    testsupport::ExpectRoundTrip(stored, {4, 20});
 
     // Before the gate a document held one tolerance, for every axis.
     std::vector<unsigned char> old;
@@ -299,25 +254,11 @@ TEST_F(DuplicateFilterModule, DocumentsRoundTripThroughTheToleranceVersionGate)
         VoDuplicateFilter module;
         module.VoModule::Serialize(archive);
         archive.SyncCheck();
-        uint32_t rule = VoDuplicateFilter::RuleSum;
-        double tolerance = 0.75;
-        archive.Transfer(rule);
-        archive.Transfer(tolerance);
-        archive.Close();
+        testsupport::Put(archive, uint32_t(VoDuplicateFilter::RuleSum), 0.75);
     }
     VoDuplicateFilter legacy;
-    {
-        shr::Archive archive(old.data(), old.size());
-        legacy.Serialize(archive);
-    }
+    testsupport::Load(legacy, old);
     EXPECT_EQ(legacy.GetRule(), VoDuplicateFilter::RuleSum);
     for (int axis = 0; axis < 3; ++axis)
         EXPECT_EQ(legacy.Tolerance(axis), 0.75) << axis;
-
-    // A truncated document is an error and changes nothing.
-    VoDuplicateFilter fresh;
-    shr::Archive cut(bytes.data(), bytes.size() - 4);
-    EXPECT_THROW(fresh.Serialize(cut), shr::Exception);
-    EXPECT_EQ(fresh.GetRule(), VoDuplicateFilter::RuleFirst);
-    EXPECT_EQ(fresh.Tolerance(2), 0.0);
 }

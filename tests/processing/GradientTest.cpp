@@ -1,7 +1,8 @@
 // Gradients: quadratic fields on the three kinds, one-sided edges, blanks and
 // axes of one node, element types and components, the curvilinear fit's
 // refusals, parallel against sequential, and the stored form.
-#include "LatticeToolsTestSupport.h"
+#include "LatticeSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/LatticeUtility.h"
 #include "core/processing/LatticeGradientEvaluator.h"
@@ -18,12 +19,12 @@ namespace {
 using core::VdLattice;
 using core::VoLatticeGradient;
 using core::VoModule;
-using toolstest::Value;
+const auto& Value = testsupport::ElementValue;
 
 // f = x^2 + 2 y^2 - z^2 + x y, whose gradient is (2x + y, 4y + x, -2z).
 double Quadratic(const shr::Vec3d& p, unsigned int c) { return p.x * p.x + 2 * p.y * p.y - p.z * p.z + p.x * p.y + c; }
 
-class GradientTest : public toolstest::ToolsTest {};
+class GradientTest : public testsupport::DataNetworkTest {};
 
 // On the axis-aligned kinds each component is the divided difference between
 // the neighbours on its axis (the node itself at an edge), which for this
@@ -34,10 +35,10 @@ class GradientTest : public toolstest::ToolsTest {};
 TEST_F(GradientTest, QuadraticFieldsOnEveryKind)
 {
     const unsigned int dims[3] = {6, 5, 4};
-    for (unsigned int kind : toolstest::kKinds) {
+    for (unsigned int kind : testsupport::kLatticeKinds) {
         SCOPED_TRACE(testing::Message() << "kind " << kind);
         network().DeleteAllNodes();
-        std::unique_ptr<VdLattice> input = toolstest::MakeLattice(kind, dims, shr::Double, 1, Quadratic);
+        std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(kind, dims, shr::Double, 1, Quadratic);
         auto* gradient = Feed(input.release(), new VoLatticeGradient);
         RunPass();
         const VdLattice* out = Output(gradient);
@@ -102,7 +103,7 @@ TEST_F(GradientTest, TypesComponentsAndRefusals)
 {
     // An integer input gives float gradients, of the chosen component.
     const unsigned int dims[3] = {4, 3, 3};
-    auto* gradient = Feed(toolstest::MakeLattice(core::PortUniformLattice, dims, shr::Int16, 2,
+    auto* gradient = Feed(testsupport::SpacedLattice(core::PortUniformLattice, dims, shr::Int16, 2,
                                                  [](const shr::Vec3d& p, unsigned int c) { return (c + 1) * 4 * p.x; })
                               .release(),
                           new VoLatticeGradient);
@@ -123,7 +124,7 @@ TEST_F(GradientTest, TypesComponentsAndRefusals)
     // Curvilinear nodes with fewer than four valid points, or with points in
     // one plane, have no gradient.
     const unsigned int cube[3] = {3, 3, 3}, sheet[3] = {3, 3, 1};
-    std::unique_ptr<VdLattice> lattice = toolstest::MakeLattice(core::PortCurvilinearLattice, cube, shr::Float, 1, Quadratic);
+    std::unique_ptr<VdLattice> lattice = testsupport::SpacedLattice(core::PortCurvilinearLattice, cube, shr::Float, 1, Quadratic);
     for (unsigned int n : {4u, 10u, 12u, 14u, 16u})
         lattice->SetBlank(n, 0); // the centre's neighbours below and in its layer
     const std::vector<double> coords(3 * 9, 0.0);
@@ -141,10 +142,10 @@ TEST_F(GradientTest, TypesComponentsAndRefusals)
 TEST_F(GradientTest, ParallelEqualsSequentialBitForBit)
 {
     const unsigned int dims[3] = {300, 12, 10};
-    for (unsigned int kind : toolstest::kKinds) {
+    for (unsigned int kind : testsupport::kLatticeKinds) {
         for (bool blanks : {false, true}) {
             SCOPED_TRACE(testing::Message() << "kind " << kind << (blanks ? " with blanks" : ""));
-            std::unique_ptr<VdLattice> input = toolstest::MakeLattice(kind, dims, shr::Float, 1, Quadratic);
+            std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(kind, dims, shr::Float, 1, Quadratic);
             for (uint32_t n = 0; blanks && n < input->VertexCount(); n += 97)
                 input->SetBlank(n, 0);
             std::unique_ptr<VdLattice> parallel = VoLatticeGradient::Compute(*input, 1, nullptr);
@@ -166,10 +167,7 @@ TEST_F(GradientTest, StoredFormRoundTripsAndRefusesComponentZero)
 {
     VoLatticeGradient stored;
     stored.Component(4);
-    std::vector<unsigned char> bytes = testsupport::Store(stored);
-    VoLatticeGradient loaded;
-    testsupport::Load(loaded, bytes);
-    EXPECT_EQ(loaded.Component(), 4u);
+    std::vector<unsigned char> bytes = testsupport::ExpectRoundTrip(stored);
     std::memset(bytes.data() + bytes.size() - 4, 0, 4);
     VoLatticeGradient refused;
     EXPECT_THROW(testsupport::Load(refused, bytes), shr::Exception);

@@ -58,20 +58,9 @@ protected:
 
 } // namespace
 
-TEST_F(InfoModuleTest, DisconnectedInputShowsNothingAndNoDataRows)
-{
-    VoInfo* info = AddInfo(nullptr);
-    std::unique_ptr<LabelledList> rows = Rows(*info);
-    EXPECT_EQ(rows->Text(VoInfo::IdInput), "Nothing");
-    for (int id : {int(VoInfo::IdDatasetType), int(VoInfo::IdShowData), int(VoInfo::IdPointCount),
-                   int(VoInfo::IdGeometry), XMinRow, int(VoInfo::IdComponents)})
-        EXPECT_FALSE(rows->IsProp(id)) << id;
-    EXPECT_TRUE(info->IsGeomFilter() == false) << "the info module leaves its input's geometry in the scene";
-}
-
 TEST_F(InfoModuleTest, PointRows)
 {
-    auto* source = Add(new exprtest::DataSource(MakePoints(), PortPoints));
+    auto* source = Add(new testsupport::DataSource(MakePoints(), PortPoints));
     source->Name("Wells");
     VoInfo* info = AddInfo(source);
     std::unique_ptr<LabelledList> rows = Rows(*info);
@@ -104,7 +93,7 @@ TEST_F(InfoModuleTest, LatticeRows)
     const unsigned int dims[3] = {3, 2, 1};
     auto* lattice = new VdUniformLattice(shr::Int16, dims, nullptr, 1);
     lattice->SetUVWBounds(shr::Box3d(0, 0, 0, 1, 1, 0));
-    VoInfo* info = AddInfo(Add(new exprtest::DataSource(lattice, PortUniformLattice)));
+    VoInfo* info = AddInfo(Add(new testsupport::DataSource(lattice, PortUniformLattice)));
     std::unique_ptr<LabelledList> rows = Rows(*info);
     EXPECT_EQ(rows->Text(VoInfo::IdDatasetType), "Uniform lattice");
     EXPECT_EQ(rows->Text(VoInfo::IdSpacing), "(0.5 x 1 x 0)");
@@ -116,21 +105,6 @@ TEST_F(InfoModuleTest, LatticeRows)
     EXPECT_EQ(core::VbPropertyRegistry::Instance().Get("InfoZMin").id, VoInfo::IdLimits + 7);
     EXPECT_EQ(rows->Text(FirstComponent), "(0, 0)");
     EXPECT_FALSE(rows->IsProp(VoInfo::IdPointCount));
-}
-
-TEST_F(InfoModuleTest, GeometryRowsCountWhatIsDrawn)
-{
-    VoInfo* info = AddInfo(Add(new VoGeomSrc(false, MakeShapes(), "")));
-    std::unique_ptr<LabelledList> rows = Rows(*info);
-    const std::pair<int, const char*> expected[] = {
-        {VoInfo::IdDatasetType, "Geometry"}, {VoInfo::IdGeometryPoints, "3"},  {VoInfo::IdGeometryLines, "0"},
-        {VoInfo::IdGeometryTriangles, "1"},  {VoInfo::IdGeometryTexts, "0"},   {VoInfo::IdGeometryImages, "0"},
-    };
-    for (const auto& row : expected)
-        EXPECT_EQ(rows->Text(row.first), row.second) << row.first;
-    EXPECT_EQ(rows->labels[VoInfo::IdGeometryTexts], "Number of text");
-    EXPECT_EQ(rows->Number(XMaxRow), 2.0);
-    EXPECT_FALSE(rows->IsProp(VoInfo::IdShowData)) << "geometry cannot be shown in a worksheet";
 }
 
 TEST_F(InfoModuleTest, WellRows)
@@ -146,7 +120,7 @@ TEST_F(InfoModuleTest, WellRows)
     b->AddLog(std::make_shared<WellLog>(LogInit{"empty", WellLog::DefaultNullValue}));
     wells->AddWell(b);
     wells->AddWell(a);
-    VoInfo* info = AddInfo(Add(new exprtest::DataSource(wells, PortWellData)));
+    VoInfo* info = AddInfo(Add(new testsupport::DataSource(wells, PortWellData)));
     std::unique_ptr<LabelledList> rows = Rows(*info);
     const int first = VoInfo::IdFirstWellRow;
     const std::pair<int, const char*> expected[] = {

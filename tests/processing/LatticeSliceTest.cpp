@@ -1,7 +1,7 @@
 // The slice module: one node layer of each lattice kind across each axis, with
 // values, blanks, coordinates and the user transform kept; the fallback to the
 // middle layer; persistence.
-#include "ExpressionTestSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdRectilinearLattice.h"
@@ -21,7 +21,7 @@ namespace {
 using core::VdLattice;
 using core::VoLatticeSlice;
 using core::VoModule;
-using exprtest::DataSource;
+using testsupport::DataSource;
 
 const unsigned int kDims[3] = {3, 4, 5};
 
@@ -81,7 +81,7 @@ std::unique_ptr<VdLattice> MakeLattice(unsigned int kind)
     return lattice;
 }
 
-class LatticeSliceTest : public exprtest::ExpressionModuleTest {
+class LatticeSliceTest : public testsupport::ReportingNetworkTest {
 protected:
     VoLatticeSlice* AddSlice(VdLattice* input, unsigned int kind)
     {
@@ -191,18 +191,7 @@ TEST_F(LatticeSliceTest, RoundTripsThroughAnArchiveAndRejectsBadInput)
     VoLatticeSlice stored;
     stored.SetAxis(VoLatticeSlice::AlongY);
     stored.SetIndex(7);
-    const std::vector<unsigned char> bytes = testsupport::Store(stored);
-    VoLatticeSlice loaded;
-    testsupport::Load(loaded, bytes);
-    EXPECT_EQ(loaded.GetAxis(), static_cast<unsigned int>(VoLatticeSlice::AlongY));
-    EXPECT_EQ(loaded.GetIndex(), 7);
-
-    for (size_t cut : {size_t(1), size_t(5)}) {
-        VoLatticeSlice target;
-        EXPECT_THROW(testsupport::Load(target, bytes, cut), shr::Exception) << cut;
-        EXPECT_EQ(target.GetAxis(), static_cast<unsigned int>(VoLatticeSlice::AlongZ)) << cut;
-        EXPECT_EQ(target.GetIndex(), -1) << cut;
-    }
+    const std::vector<unsigned char> bytes = testsupport::ExpectRoundTrip(stored, {1, 5});
 
     // The axis is the eight bytes before the end's index.
     std::vector<unsigned char> corrupt = bytes;

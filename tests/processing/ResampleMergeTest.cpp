@@ -2,8 +2,8 @@
 // lattice kind, the row-by-row form against Interpolate bit for bit, nearest
 // picks and blanks outside, the merge rules with blanks, the automatic
 // geometry, abort, and the stored forms.
-#include "LatticeToolsTestSupport.h"
-#include "SourceTestSupport.h"
+#include "LatticeSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/processing/LatticeGeometry.h"
 #include "core/processing/LatticeMerger.h"
@@ -16,11 +16,9 @@
 
 #include <algorithm>
 #include <bitset>
-#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <string>
-#include <thread>
 
 namespace {
 
@@ -29,7 +27,7 @@ using core::VdLattice;
 using core::VoLatticeMerge;
 using core::VoLatticeResample;
 using core::VoModule;
-using toolstest::Value;
+const auto& Value = testsupport::ElementValue;
 
 constexpr int XMin = LatticeGeometry::LimitsId + 1;
 constexpr int XNum = LatticeGeometry::ResolutionId + 1;
@@ -55,7 +53,7 @@ std::vector<std::pair<int, std::string>> GeometryRows(const shr::Box3d& box, con
     return rows;
 }
 
-class ResampleMergeTest : public toolstest::ToolsTest {
+class ResampleMergeTest : public testsupport::DataNetworkTest {
 protected:
     // Sends the rows as the host would, without a pass.
     void SetRows(VoModule* module, const std::vector<std::pair<int, std::string>>& rows)
@@ -80,11 +78,11 @@ TEST_F(ResampleMergeTest, ResamplingALinearFieldIsExactOnEveryKindWithOrWithoutA
     // Inside the nodes of every kind, the curvilinear one included.
     const shr::Box3d box(13.75, -0.55, 2.95, 15.75, 1.45, 3.45);
     const unsigned int nodes[3] = {7, 6, 5};
-    for (unsigned int kind : toolstest::kKinds)
+    for (unsigned int kind : testsupport::kLatticeKinds)
         for (bool turned : {false, true}) {
             SCOPED_TRACE(testing::Message() << "kind " << kind << (turned ? " turned" : ""));
             network().DeleteAllNodes();
-            std::unique_ptr<VdLattice> input = toolstest::MakeLattice(kind, dims, shr::Double, 2, LinearField);
+            std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(kind, dims, shr::Double, 2, LinearField);
             if (turned)
                 input->SetUserTransform(Turned());
             auto* resample = Feed(input.release(), new VoLatticeResample);
@@ -117,7 +115,7 @@ TEST_F(ResampleMergeTest, RowByRowFormGivesInterpolatesValuesBitForBit)
             for (auto method : {VdLattice::INTERP_NEAREST, VdLattice::INTERP_LINEAR})
                 for (bool blanks : {false, true}) {
                     SCOPED_TRACE(testing::Message() << kind << " " << type << " " << method << " " << blanks);
-                    std::unique_ptr<VdLattice> input = toolstest::MakeLattice(kind, dims, type, 2, wavy);
+                    std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(kind, dims, type, 2, wavy);
                     for (uint32_t n = 0; blanks && n < input->VertexCount(); n += 7)
                         input->SetBlank(n, n % 3 == 0 ? 0 : 1);
                     const shr::Box3d in = input->GetUVWBounds();
@@ -181,7 +179,7 @@ TEST_F(ResampleMergeTest, AutomaticGeometryFollowsTheInputs)
 {
     // Resample: the input's own box, node counts and transform.
     const unsigned int dims[3] = {5, 4, 3};
-    std::unique_ptr<VdLattice> input = toolstest::MakeLattice(core::PortCurvilinearLattice, dims, shr::Float, 1,
+    std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(core::PortCurvilinearLattice, dims, shr::Float, 1,
                                                               LinearField);
     input->SetUserTransform(Turned());
     const shr::Box3d uvw = input->GetUVWBounds();
@@ -280,23 +278,14 @@ TEST_F(ResampleMergeTest, EveryOverlapRuleWithBlanksAndWithAllInputsBlank)
 
 TEST_F(ResampleMergeTest, ResamplingStopsWhenThePassIsAborted)
 {
-    proxy.reset(); // first: removing a proxy reinstates the default one
-    proxy = std::make_unique<sourcetest::SourceProxy>();
-    auto& host = static_cast<sourcetest::SourceProxy&>(*proxy);
     const unsigned int dims[3] = {16, 16, 16};
-    std::unique_ptr<VdLattice> input = toolstest::MakeLattice(core::PortUniformLattice, dims, shr::Float, 1,
+    std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(core::PortUniformLattice, dims, shr::Float, 1,
                                                               LinearField);
     input->SetUserTransform(Turned()); // node by node through Interpolate: slow enough to stop
     const unsigned int nodes[3] = {400, 400, 100};
     auto* resample = Feed(input.release(), new VoLatticeResample);
     SetRows(resample, GeometryRows(shr::Box3d(10, -4, 2, 32, 26, 9), nodes));
-    host.watched = resample;
-    network().Update();
-    for (int wait = 0; wait < 20000 && !host.executing; ++wait)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    ASSERT_TRUE(host.executing);
-    network().AbortIfBusy(true);
-    if (resample->GetStatus() == VoModule::ModuleOk)
+    if (!AbortWhileExecuting(*resample, *proxy))
         GTEST_SKIP() << "the lattice was complete before the abort arrived";
     EXPECT_EQ(resample->GetStatus(), VoModule::ModuleAborted);
     EXPECT_EQ(Output(resample), nullptr);
@@ -309,28 +298,16 @@ TEST_F(ResampleMergeTest, StoredFormsRoundTripAndRefuseWhatNoRowAccepts)
     stored.Geometry().autoLimits = false;
     stored.Geometry().limits = shr::Box3d(-1, -2, -3, 4, 5, 6);
     stored.Geometry().nodes[1] = 77;
-    const std::vector<unsigned char> bytes = testsupport::Store(stored);
+    const std::vector<unsigned char> bytes = testsupport::ExpectRoundTrip(stored, {3, 30});
     // The limits close the form, X min, X max, Y min, ... 8 bytes each.
     double tail[6];
     std::memcpy(tail, bytes.data() + bytes.size() - sizeof tail, sizeof tail);
     EXPECT_EQ(std::vector<double>(tail, tail + 6), (std::vector<double>{-1, 4, -2, 5, -3, 6}));
-    VoLatticeResample loaded;
-    testsupport::Load(loaded, bytes);
-    EXPECT_EQ(loaded.Method(), VdLattice::INTERP_NEAREST);
-    EXPECT_FALSE(loaded.Geometry().autoLimits);
-    EXPECT_EQ(loaded.Geometry().limits, stored.Geometry().limits);
-    EXPECT_EQ(loaded.Geometry().nodes[1], 77u);
-
     VoLatticeMerge merge;
     merge.Overlap(5);
-    VoLatticeMerge mergeLoaded;
-    testsupport::Load(mergeLoaded, testsupport::Store(merge));
-    EXPECT_EQ(mergeLoaded.Overlap(), 5u);
+    testsupport::ExpectRoundTrip(merge);
 
-    // Truncated, or with an overlap or node count that no row takes: refused, nothing taken.
-    VoLatticeResample cut;
-    EXPECT_THROW(testsupport::Load(cut, bytes, 3), shr::Exception);
-    EXPECT_EQ(cut.Geometry().nodes[1], 30u);
+    // An overlap or node count that no row takes: refused, nothing taken.
     stored.Geometry().nodes[1] = 0;
     VoLatticeResample noNodes;
     EXPECT_THROW(testsupport::Load(noNodes, testsupport::Store(stored)), shr::Exception);

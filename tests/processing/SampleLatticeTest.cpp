@@ -157,12 +157,7 @@ TEST_F(SourceModuleTest, SampleLatticeRoundTripsAndRefusesABadFunction)
     s.outType = shr::Int32;
     s.limits = shr::Box3d(-5, 0, 1, 5, 2, 3);
     s.nodes[1] = 77;
-    VoSampleLattice loaded;
-    testsupport::Load(loaded, testsupport::Store(stored));
-    EXPECT_EQ(loaded.GetSettings().function, uint32_t(Sample::Vortex));
-    EXPECT_EQ(loaded.GetSettings().outType, shr::Int32);
-    EXPECT_EQ(loaded.GetSettings().limits, s.limits);
-    EXPECT_EQ(loaded.GetSettings().nodes[1], 77u);
+    testsupport::ExpectRoundTrip(stored);
 
     s.function = Sample::FunctionCount;
     VoSampleLattice refused;

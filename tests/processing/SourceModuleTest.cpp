@@ -3,14 +3,11 @@
 #include "SourceTestSupport.h"
 
 #include "core/data/VdCurvilinearLattice.h"
-#include "core/data/VdGeometry.h"
 #include "core/data/VdPoints.h"
 #include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/graphics/InvInterface.h"
-#include "core/network/VbModuleRegistry.h"
 #include "core/processing/VoGeomSrc.h"
-#include "core/processing/VoInfo.h"
 #include "core/processing/VoLatticeSrc.h"
 #include "core/processing/VoPointsSrc.h"
 #include "core/processing/VoSampleLattice.h"
@@ -18,7 +15,6 @@
 
 #include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoCube.h>
-#include <Inventor/nodes/SoDrawStyle.h>
 #include <Inventor/nodes/SoSeparator.h>
 #include <Inventor/nodes/SoTranslation.h>
 
@@ -388,75 +384,3 @@ TEST_F(SourceModuleTest, TruncatedDocumentsLeaveTheSourcesAsTheyWere)
     EXPECT_EQ(target.FileName(), "b.iv");
 }
 
-TEST_F(SourceModuleTest, GeometryIsDrawnInItsStyleAndMovedWithTheScene)
-{
-    struct Case {
-        unsigned int style;
-        bool moves;
-        int drawStyle;
-        bool override;
-    } cases[] = {
-        {VoGeomSrc::AsIs, false, SoDrawStyle::FILLED, false},
-        {VoGeomSrc::Shaded, false, SoDrawStyle::FILLED, true},
-        {VoGeomSrc::Lines, true, SoDrawStyle::LINES, true},
-        {VoGeomSrc::Points, true, SoDrawStyle::POINTS, true},
-    };
-    for (const Case& c : cases) {
-        network().DeleteAllNodes();
-        network().SetTransformOnlyUseIfYouAreAUnitTest(SceneTransform());
-        auto* source = Add(new VoGeomSrc(c.moves, MakeFarCube(), ""));
-        Edit(source, {{VoGeomSrc::IdDrawStyle, std::to_string(c.style).c_str()}});
-        ASSERT_EQ(LastError(), "");
-        InvSmartPtr<SoSwitch> root = source->OutputGeometry(0).GetRoot();
-        auto* style = FindFirst<SoDrawStyle>(root.get());
-        ASSERT_NE(style, nullptr) << c.style;
-        EXPECT_EQ(style->style.getValue(), c.drawStyle) << c.style;
-        EXPECT_EQ(style->isOverride() != FALSE, c.override) << c.style;
-        if (c.override) {
-            EXPECT_EQ(style->pointSize.getValue(), 3.0f) << c.style;
-        }
-        // The first translation below the root is ours only when the geometry moves.
-        auto* move = FindFirst<SoTranslation>(root.get());
-        ASSERT_NE(move, nullptr);
-        const SbVec3f expected = c.moves ? SbVec3f(-1000.0f, -2000.0f, 0.0f) : SbVec3f(1000.0f, 2000.0f, 0.0f);
-        EXPECT_EQ(move->translation.getValue(), expected) << c.style;
-    }
-}
-
-TEST_F(SourceModuleTest, NonLatticeDataInTheLatticePortIsAnInternalError)
-{
-    auto* source = Add(new VoLatticeSrc);
-    RunPass();
-    EXPECT_EQ(source->GetStatus(), VoModule::ModuleOk) << "an empty source has nothing to do";
-    source->GetOutput(0)->Data(new VdPoints);
-    source->SetModified();
-    RunPass();
-    EXPECT_EQ(source->GetStatus(), VoModule::ModuleFailed);
-    EXPECT_EQ(proxy->Errors().size(), 1u);
-    LabelledList rows;
-    EXPECT_THROW(source->UpdateProperties(rows), shr::Exception);
-}
-
-TEST(SourceRegistry, ScenesCreateTheSourcesByTheirNames)
-{
-    struct Case {
-        const char* name;
-        const shr::CTypeInfo* type;
-        unsigned int in, out;
-    } cases[] = {
-        {"Lattice", VoLatticeSrc::GetClassTypeId(), 0, 14},
-        {"PointSet", VoPointsSrc::GetClassTypeId(), 0, 1},
-        {"Geometry", VoGeomSrc::GetClassTypeId(), 0, 16},
-        {"Info", VoInfo::GetClassTypeId(), 63, 0},
-        {"TestLattice", VoSampleLattice::GetClassTypeId(), 0, 2},
-    };
-    for (const Case& c : cases) {
-        const VbModuleInfo* info = VbModuleRegistry::Instance().Construct(c.name);
-        ASSERT_NE(info, nullptr) << c.name;
-        EXPECT_EQ(info->InputTypes(), c.in) << c.name;
-        EXPECT_EQ(info->OutputTypes(), c.out) << c.name;
-        std::unique_ptr<VoModule> module = info->CreateInstance();
-        EXPECT_EQ(module->GetTypeId(), c.type) << c.name;
-        EXPECT_EQ(module->GetModuleInfo(), info) << c.name;
-    }
-}

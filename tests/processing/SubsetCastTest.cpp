@@ -2,7 +2,8 @@
 // and the quiet refusals, the mask; clipping, offset before scale, blanks,
 // the range texts with "(truncated!)", the stretch, what every kind keeps,
 // and the stored forms.
-#include "LatticeToolsTestSupport.h"
+#include "LatticeSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/VdPoints.h"
 #include "core/processing/VoCast.h"
@@ -23,7 +24,7 @@ using core::VdLattice;
 using core::VoCast;
 using core::VoModule;
 using core::VoSubset;
-using toolstest::Value;
+const auto& Value = testsupport::ElementValue;
 
 double NodeField(const shr::Vec3d& p, unsigned int c) { return 100.0 * p.x + 10.0 * p.y + p.z + 1000.0 * c; }
 
@@ -37,7 +38,7 @@ std::string ErrorOf(const std::function<void()>& call)
     return "";
 }
 
-class SubsetCastTest : public toolstest::ToolsTest {
+class SubsetCastTest : public testsupport::DataNetworkTest {
 protected:
     // The text of a static row as the module shows it now.
     std::string Row(VoModule& module, int id)
@@ -55,10 +56,10 @@ TEST_F(SubsetCastTest, SubsetEndsOnWholeStepsOnEveryKind)
 {
     const unsigned int dims[3] = {12, 7, 5};
     const unsigned int taken[3][3] = {{0, 4, 8}, {1, 3, 5}, {2, 2, 2}};
-    for (unsigned int kind : toolstest::kKinds) {
+    for (unsigned int kind : testsupport::kLatticeKinds) {
         SCOPED_TRACE(testing::Message() << "kind " << kind);
         network().DeleteAllNodes();
-        std::unique_ptr<VdLattice> input = toolstest::MakeLattice(kind, dims, shr::Float, 2, NodeField);
+        std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(kind, dims, shr::Float, 2, NodeField);
         const VdLattice& in = *input;
         auto* subset = Feed(input.release(), new VoSubset);
         RunPass();
@@ -110,7 +111,7 @@ TEST_F(SubsetCastTest, SubsetRangeMessagesAndQuietRefusals)
     EXPECT_TRUE(VoSubset::Validate(range, dims));
 
     // The rows, counting from 1, refuse 0 and what the input lacks; nothing changes.
-    auto* subset = Feed(toolstest::MakeLattice(core::PortUniformLattice, dims, shr::Float, 1, NodeField).release(),
+    auto* subset = Feed(testsupport::SpacedLattice(core::PortUniformLattice, dims, shr::Float, 1, NodeField).release(),
                         new VoSubset);
     RunPass();
     list.RemoveAll();
@@ -145,23 +146,12 @@ TEST_F(SubsetCastTest, SubsetStoredFormRoundTripsAndRefusesWhatNoRowTakes)
     range.step[0] = 3;
     stored.SetRange(range);
     stored.SetMask(2, false);
-    const std::vector<unsigned char> bytes = testsupport::Store(stored);
-    VoSubset loaded;
-    testsupport::Load(loaded, bytes);
-    EXPECT_FALSE(loaded.Auto());
-    EXPECT_EQ(loaded.GetRange().first[1], 2u);
-    EXPECT_EQ(loaded.GetRange().last[2], 9u);
-    EXPECT_EQ(loaded.GetRange().step[0], 3u);
-    EXPECT_EQ(loaded.Mask(), (std::deque<bool>{true, true, false}));
-
+    const std::vector<unsigned char> bytes = testsupport::ExpectRoundTrip(stored);
     range.step[2] = 0;
     stored.SetRange(range);
-    for (const std::vector<unsigned char>& bad : {testsupport::Store(stored), std::vector<unsigned char>(bytes.begin(), bytes.end() - 1)}) {
-        VoSubset refused;
-        EXPECT_THROW(testsupport::Load(refused, bad), shr::Exception);
-        EXPECT_TRUE(refused.Auto());
-        EXPECT_TRUE(refused.Mask().empty());
-    }
+    VoSubset zeroStep;
+    EXPECT_THROW(testsupport::Load(zeroStep, testsupport::Store(stored)), shr::Exception);
+    EXPECT_TRUE(zeroStep.Mask().empty());
     std::vector<unsigned char> longMask = bytes;
     longMask[longMask.size() - 3 - 4] = 21; // the mask's length, before its three entries
     VoSubset refused;
@@ -246,30 +236,16 @@ TEST_F(SubsetCastTest, CastRangeTextsAndTheStretch)
 }
 
 // The output keeps the kind, the positions, the labels and the user transform.
-TEST_F(SubsetCastTest, CastKeepsEveryKindsShapeLabelsAndTransform)
+TEST_F(SubsetCastTest, CastKeepsEveryKindsShapeAndTransform)
 {
     const shr::Mat4d moved = shr::Mat4d::MakeTranslation(1000.0, 2000.0, -30.0);
-    const double coords[6] = {1, 2, 3, 4, 5, 6};
-    const int data[2] = {7, -8};
-    auto* points = new core::VdPoints(shr::Double, shr::Int32, 2, coords, data, 1);
-    points->AddLabel({1, "DH-2"});
-    points->SetUserTransform(moved);
-    auto* cast = Feed(points, new VoCast);
-    RunPass();
-    const auto* castPoints = Output<core::VdPoints>(cast);
-    ASSERT_NE(castPoints, nullptr) << LastError();
-    EXPECT_EQ(castPoints->DataType(), shr::Float);
-    EXPECT_EQ(castPoints->GetXYZBounds(), points->GetXYZBounds());
-    EXPECT_EQ(castPoints->FindLabel(1)->second, "DH-2");
-    EXPECT_EQ(Value(*castPoints, 1, 0), -8.0);
-
     const unsigned int dims[3] = {3, 4, 2};
-    for (unsigned int kind : toolstest::kKinds) {
+    for (unsigned int kind : testsupport::kLatticeKinds) {
         network().DeleteAllNodes();
-        std::unique_ptr<VdLattice> input = toolstest::MakeLattice(kind, dims, shr::Int16, 2, NodeField);
+        std::unique_ptr<VdLattice> input = testsupport::SpacedLattice(kind, dims, shr::Int16, 2, NodeField);
         input->SetUserTransform(moved);
         const VdLattice& in = *input;
-        cast = Feed(input.release(), new VoCast);
+        auto* cast = Feed(input.release(), new VoCast);
         RunPass();
         const VdLattice* out = Output(cast);
         ASSERT_NE(out, nullptr) << LastError();
@@ -288,12 +264,7 @@ TEST_F(SubsetCastTest, CastStoredFormRoundTripsAndRefusesAnUnknownType)
     stored.OutputType(shr::Int16);
     stored.Offset(-2.5);
     stored.Scale(8.0);
-    std::vector<unsigned char> bytes = testsupport::Store(stored);
-    VoCast loaded;
-    testsupport::Load(loaded, bytes);
-    EXPECT_EQ(loaded.OutputType(), shr::Int16);
-    EXPECT_EQ(loaded.Offset(), -2.5);
-    EXPECT_EQ(loaded.Scale(), 8.0);
+    std::vector<unsigned char> bytes = testsupport::ExpectRoundTrip(stored);
     bytes[bytes.size() - 16 - 4] = 9; // the output type, before offset and scale
     VoCast refused;
     EXPECT_THROW(testsupport::Load(refused, bytes), shr::Exception);

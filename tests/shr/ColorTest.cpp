@@ -65,15 +65,6 @@ TEST(Color4b, MidpointsOfEachMethod)
             << "method " << row.method << " t " << row.t;
 }
 
-TEST(Color4b, IntensityAndConstants)
-{
-    EXPECT_EQ(Color4b::White.Intensity(), 255);
-    EXPECT_EQ(Color4b::Black.Intensity(), 0);
-    EXPECT_GT(Color4b::Lime.Intensity(), Color4b::Red.Intensity());
-    EXPECT_GT(Color4b::Red.Intensity(), Color4b::Blue.Intensity());
-    EXPECT_EQ(Color4b::Ltgray, Color4b(192, 192, 192, 255));
-}
-
 TEST(ColorTable, FindsNamesWhateverTheirSpelling)
 {
     const CColorTable& table = CColorTable::Instance();

@@ -29,9 +29,9 @@ TEST(BufferedFile, ReadsLinesLikeATextStream)
     ASSERT_NE(binary.ReadString(buffer, sizeof buffer), nullptr);
     EXPECT_STREQ(buffer, "first\r\n");
 
-    const std::string missing = testsupport::RaisedText([&] { CBufferedFile none(scratch.File("none.txt"), "rt"); });
-    EXPECT_NE(missing.find("none.txt"), std::string::npos);
-    EXPECT_NE(missing.find("No such file"), std::string::npos);
+    EXPECT_NE(testsupport::RaisedText([&] { CBufferedFile none(scratch.File("none.txt"), "rt"); })
+                  .find("none.txt': No such file"),
+              std::string::npos);
     CBufferedFile quiet(scratch.File("none.txt"), "rt", CBufferedFile::ShareRead, false);
     EXPECT_FALSE(quiet.IsOpen());
     EXPECT_EQ(quiet.ReadString(buffer, sizeof buffer), nullptr);
@@ -49,13 +49,11 @@ TEST(LocateFile, SearchOrder)
     EXPECT_EQ(LocateFile("both.ini"), env.File("both.ini")) << "the environment comes before the host";
     EXPECT_EQ(LocateFile("hostonly.ini"), hostOnly);
     EXPECT_EQ(LocateFile("nowhere.ini"), "");
-    EXPECT_EQ(LocateFile(""), "");
     EXPECT_EQ(LocateFile(hostOnly), hostOnly);
     EXPECT_EQ(LocateFile(host.Path()), "") << "a folder is not a file";
 
     const std::vector<GString> folders = DataSearchFolders();
     ASSERT_GE(folders.size(), 4u);
-    EXPECT_EQ(folders[0], "/nonexistent");
     EXPECT_EQ(folders[2], host.Path());
     EXPECT_NE(folders[3].find("share/fenrak"), std::string::npos);
 

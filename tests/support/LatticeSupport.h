@@ -1,13 +1,20 @@
 #pragma once
-// Data for tests: arrays built from lists of doubles, and lattices whose node
-// values are a known function of the node, on uniform, sheared or warped grids.
+// Data for tests: arrays built from lists of doubles, lattices whose node
+// values are a known function of the node, on uniform, sheared or warped grids,
+// and the rows of point tables.
+
 #include "core/data/LatticeUtility.h"
 #include "core/data/VdArray.h"
 #include "core/data/VdCurvilinearLattice.h"
+#include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
+#include "core/gridding/CPointData.h"
+#include "core/network/VbPort.h"
+#include "core/processing/ExpressionLattice.h"
 
 #include <cmath>
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace testsupport {
@@ -95,6 +102,162 @@ inline core::VdCurvilinearLattice MakeCurvilinear(const unsigned int* dims, cons
     const std::vector<double> coords = NodePositions(dims, place);
     const std::vector<double> values = NodeValues(dims, components);
     return core::VdCurvilinearLattice(shr::Double, shr::Double, dims, coords.data(), values.data(), components);
+}
+
+// What a blank node reads as in ComponentValues.
+constexpr double kBlankValue = core::VdVertexData::BlankVal;
+
+// A uniform lattice of `dims` holding `values` (tuple by tuple) as `type`;
+// the nodes whose value is kBlankValue are blanked.
+inline std::unique_ptr<core::VdUniformLattice> ValueLattice(const unsigned int* dims, const std::vector<double>& values,
+                                                            unsigned int components = 1,
+                                                            shr::PrimType type = shr::Double)
+{
+    auto lattice = core::DispatchPrimType(type, [&](auto tag) {
+        using T = typename decltype(tag)::Type;
+        std::vector<T> elements;
+        for (double value : values)
+            elements.push_back(core::PrimConvert<T>(value == kBlankValue ? 0.0 : value));
+        return std::make_unique<core::VdUniformLattice>(type, dims, elements.data(), components);
+    });
+    for (size_t e = 0; e < values.size(); ++e)
+        if (values[e] == kBlankValue)
+            lattice->SetBlank(static_cast<unsigned int>(e / components), static_cast<unsigned int>(e % components));
+    return lattice;
+}
+
+// Component c of every node, kBlankValue for blanks.
+inline std::vector<double> ComponentValues(const core::VdVertexData& data, unsigned int c = 0)
+{
+    std::vector<double> values;
+    for (unsigned int n = 0; n < data.VertexCount(); ++n)
+        values.push_back(data.IsBlank(n, c) ? kBlankValue : core::NodeValue(data, n, c));
+    return values;
+}
+
+// A float lattice of nx x ny x nz nodes holding f(i, j, k), spacing 1 from
+// `origin`.
+template <class F>
+core::VdUniformLattice* NodeLattice(unsigned int nx, unsigned int ny, unsigned int nz, F f,
+                                    shr::Vec3d origin = shr::Vec3d(0, 0, 0))
+{
+    const unsigned int dims[3] = {nx, ny, nz};
+    std::vector<float> values;
+    for (unsigned int k = 0; k < nz; ++k)
+        for (unsigned int j = 0; j < ny; ++j)
+            for (unsigned int i = 0; i < nx; ++i)
+                values.push_back(static_cast<float>(f(i, j, k)));
+    auto* lattice = new core::VdUniformLattice(shr::Float, dims, values.data(), 1);
+    lattice->SetUVWBounds(shr::Box3d(origin, origin + shr::Vec3d(nx - 1.0, ny - 1.0, nz - 1.0)));
+    return lattice;
+}
+
+// The same with three float components: the vector f(i, j, k) at each node.
+template <class F>
+core::VdUniformLattice* VectorLattice(unsigned int nx, unsigned int ny, unsigned int nz, F f)
+{
+    const unsigned int dims[3] = {nx, ny, nz};
+    std::vector<float> values;
+    for (unsigned int k = 0; k < nz; ++k)
+        for (unsigned int j = 0; j < ny; ++j)
+            for (unsigned int i = 0; i < nx; ++i) {
+                const shr::Vec3d v = f(i, j, k);
+                values.insert(values.end(), {float(v.x), float(v.y), float(v.z)});
+            }
+    auto* lattice = new core::VdUniformLattice(shr::Float, dims, values.data(), 3);
+    lattice->SetUVWBounds(shr::Box3d(shr::Vec3d(0, 0, 0), shr::Vec3d(nx - 1.0, ny - 1.0, nz - 1.0)));
+    return lattice;
+}
+
+using Field = std::function<double(const shr::Vec3d& uvw, unsigned int component)>;
+
+// A lattice of `kind` (the port bit of uniform, rectilinear or curvilinear)
+// whose node (i, j, k) stands at place(i, j, k) and holds field(position, c)
+// as `type`. A uniform lattice spans the first and last places (`place` must
+// be affine); a rectilinear one takes its axes from place(n, n, n).
+inline std::unique_ptr<core::VdLattice> KindLattice(unsigned int kind, const unsigned int* dims, shr::PrimType type,
+                                                    unsigned int components, const Placement& place,
+                                                    const Field& field)
+{
+    std::unique_ptr<core::VdLattice> lattice;
+    if (kind == core::PortUniformLattice) {
+        auto uniform = std::make_unique<core::VdUniformLattice>(type, dims, nullptr, components);
+        uniform->SetUVWBounds(shr::Box3d(place(0, 0, 0), place(dims[0] - 1, dims[1] - 1, dims[2] - 1)));
+        lattice = std::move(uniform);
+    } else if (kind == core::PortRectilinearLattice) {
+        std::vector<double> axes[3];
+        for (int a = 0; a < 3; ++a)
+            for (unsigned int n = 0; n < dims[a]; ++n)
+                axes[a].push_back(place(n, n, n)[a]);
+        lattice = std::make_unique<core::VdRectilinearLattice>(type, dims, nullptr, components, axes[0], axes[1],
+                                                              axes[2]);
+    } else {
+        const std::vector<double> coords = NodePositions(dims, place);
+        lattice = std::make_unique<core::VdCurvilinearLattice>(shr::Double, type, dims, coords.data(), nullptr,
+                                                              components);
+    }
+    for (uint32_t n = 0; n < lattice->VertexCount(); ++n) {
+        const shr::Vec3d uvw = lattice->IJKToUVW(n % dims[0], n / dims[0] % dims[1], n / dims[0] / dims[1]);
+        for (unsigned int c = 0; c < components; ++c)
+            core::StoreElement(*lattice, n, c, field(uvw, c));
+    }
+    lattice->DataModified();
+    return lattice;
+}
+
+const unsigned int kLatticeKinds[3] = {core::PortUniformLattice, core::PortRectilinearLattice,
+                                       core::PortCurvilinearLattice};
+
+// Node (i, j, k) of each kind: uniform from (10, -4, 2) with spacing
+// (1.5, 2, 0.5); rectilinear with uneven steps; curvilinear sheared, every
+// cell a parallelepiped, so that a linear field stays linear in each cell.
+inline shr::Vec3d KindPosition(unsigned int kind, unsigned int i, unsigned int j, unsigned int k)
+{
+    if (kind == core::PortUniformLattice)
+        return shr::Vec3d(10 + 1.5 * i, -4 + 2.0 * j, 2 + 0.5 * k);
+    if (kind == core::PortRectilinearLattice)
+        return shr::Vec3d(10 + 1.5 * i + 0.4 * (i % 2), -4 + 2.0 * j + 0.7 * (j % 2), 2 + 0.5 * k + 0.1 * (k % 2));
+    return shr::Vec3d(10 + 1.5 * i + 0.5 * j, -4 + 2.0 * j + 0.3 * k, 2 + 0.5 * k + 0.2 * i);
+}
+
+// A lattice of `kind` with its nodes at KindPosition, holding `field`.
+inline std::unique_ptr<core::VdLattice> SpacedLattice(unsigned int kind, const unsigned int* dims, shr::PrimType type,
+                                                      unsigned int components, const Field& field)
+{
+    const auto place = [kind](double i, double j, double k) {
+        return KindPosition(kind, unsigned(i), unsigned(j), unsigned(k));
+    };
+    return KindLattice(kind, dims, type, components, place, field);
+}
+
+// Element (node, c) of any data array as a double.
+inline double ElementValue(const core::VdVertexData& data, uint32_t node, unsigned int c)
+{
+    return core::ReadElement(data.DataPtr(node, c), data.DataType());
+}
+
+// A point table's row at (x, y, z) with `values` (as many components as
+// values) and the id `id`.
+inline core::CPointDatum PointRow(double x, double y, double z, std::vector<double> values = {0.0},
+                                  uint32_t id = core::CDatum::VOID_ID)
+{
+    core::CPointDatum row(values.size());
+    row.X() = x;
+    row.Y() = y;
+    row.Z() = z;
+    for (size_t c = 0; c < values.size(); ++c)
+        row.W(c, values[c]);
+    row.ID(id);
+    return row;
+}
+
+// The ids of a table's rows, in order.
+inline std::vector<uint32_t> RowIds(const core::CPointData& table)
+{
+    std::vector<uint32_t> ids;
+    for (const core::CPointDatum& row : table)
+        ids.push_back(row.ID());
+    return ids;
 }
 
 // Everything observable about a lattice as numbers: dims, components, type,

@@ -2,6 +2,9 @@
 
 #include "core/properties/VbPropertyEvent.h"
 
+#include <chrono>
+#include <thread>
+
 namespace testsupport {
 
 SHR_IMPLEMENT_CREATABLE_TYPE(DataSource, core::VoModule)
@@ -17,6 +20,12 @@ void ErrorProxy::ErrorMsg(const shr::Exception& error)
 {
     std::lock_guard<std::mutex> lock(m_Mutex);
     m_Errors.push_back(error.Message());
+}
+
+void ErrorProxy::ModuleStatusChanged(const core::VoModule* module, int status)
+{
+    if (module == watched && status == core::VoModule::ModuleExecuting)
+        executing = true;
 }
 
 std::vector<std::string> ErrorProxy::Errors()
@@ -53,6 +62,19 @@ void NetworkFixture::RunPass()
 {
     network().Update();
     network().WaitUntilDone(30000);
+}
+
+bool NetworkFixture::AbortWhileExecuting(core::VoModule& module, ErrorProxy& proxy)
+{
+    proxy.executing = false;
+    proxy.watched = &module;
+    network().Update();
+    for (int wait = 0; wait < 20000 && !proxy.executing; ++wait)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_TRUE(proxy.executing) << "the module did not start";
+    network().AbortIfBusy(true);
+    network().WaitUntilDone(30000);
+    return proxy.executing && module.GetStatus() != core::VoModule::ModuleOk;
 }
 
 void NetworkFixture::Edit(core::VoModule* module, const std::vector<std::pair<int, const char*>>& rows)

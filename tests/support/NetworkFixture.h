@@ -3,6 +3,7 @@
 // that records errors, a fixture that drives modules through the network as a
 // host does (add, link, edit rows, run a pass, wait).
 #include "core/data/VdData.h"
+#include "core/graphics/SceneTransform.h"
 #include "core/network/UiProxy.h"
 #include "core/network/VbModuleInfo.h"
 #include "core/network/VbPort.h"
@@ -16,6 +17,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -35,20 +38,44 @@ private:
     ModuleStatus ExecuteImpl(std::shared_ptr<core::VgRenderer>) override { return ModuleOk; }
 };
 
-// Records the errors the library reports; they may come from the update thread.
+// Records the errors the library reports, and notes when the `watched`
+// module starts executing; both come from the update thread.
 class ErrorProxy : public core::UiProxy {
 public:
     void ErrorMsg(const shr::Exception& error) override;
+    void ModuleStatusChanged(const core::VoModule* module, int status) override;
     std::vector<std::string> Errors();
     // The last error reported, or "".
     std::string LastError();
     void Clear();
+
+    std::atomic<const core::VoModule*> watched{nullptr};
+    std::atomic<bool> executing{false};
 
 protected:
     std::mutex m_Mutex;
 
 private:
     std::vector<std::string> m_Errors;
+};
+
+// Records, besides the errors, the reload and worksheet requests that source
+// modules send the host.
+class HostRequestProxy : public ErrorProxy {
+public:
+    void ReloadDataFile(core::VoModule& module, const shr::GString& path) override
+    {
+        reloads.emplace_back(&module, path);
+    }
+    // The host owns the reference it is given; the test gives it back at once.
+    void CreateDataView(const core::VdData* data, const shr::GString& name) override
+    {
+        views.emplace_back(data, name);
+        data->DecRef();
+    }
+
+    std::vector<std::pair<core::VoModule*, std::string>> reloads;
+    std::vector<std::pair<const core::VdData*, std::string>> views;
 };
 
 // Starts the network empty and empties it again afterwards.
@@ -59,6 +86,9 @@ protected:
     static core::VoNetwork& network() { return core::VoNetwork::Instance(); }
     // One pass, waited for.
     static void RunPass();
+    // Starts a pass and aborts it once `module` executes, as `proxy` sees.
+    // False when the module did not start or had finished before the abort.
+    static bool AbortWhileExecuting(core::VoModule& module, ErrorProxy& proxy);
 
     // Adds `module` to the network, which owns it.
     template <class Module>
@@ -88,6 +118,61 @@ protected:
 
     core::SimplePropertyCollection list;
     core::VoLatticeSrc* source = nullptr; // the latest made by Feed
+};
+
+// Keeps the host's error reports too; a test may put a proxy of its own in
+// `proxy` (resetting the old one first: removing a proxy reinstates the
+// default one).
+class ReportingNetworkTest : public NetworkFixture {
+protected:
+    void SetUp() override
+    {
+        NetworkFixture::SetUp();
+        proxy = std::make_unique<ErrorProxy>();
+    }
+    void TearDown() override
+    {
+        NetworkFixture::TearDown();
+        proxy.reset();
+    }
+    // The last error the host was told of, or "".
+    std::string LastError() { return proxy->LastError(); }
+
+    std::unique_ptr<ErrorProxy> proxy;
+};
+
+// Feeds modules data of any kind, each from a source of its own.
+class DataNetworkTest : public ReportingNetworkTest {
+protected:
+    // `module` fed with `data` from a new source; both owned by the network.
+    template <class Module>
+    Module* Feed(core::VdData* data, Module* module, int input = 0)
+    {
+        auto* source = Add(new DataSource(data, data->GetType()));
+        if (module->Id().IsBad())
+            Add(module);
+        Link(module, source, input);
+        return module;
+    }
+    // The module's first output as `Data`, or null.
+    template <class Data = core::VdLattice>
+    static const Data* Output(const core::VoModule* module)
+    {
+        return dynamic_cast<const Data*>(module->GetOutput(0)->Data());
+    }
+};
+
+// For modules that draw: the scene is not shifted (scene coordinates are the
+// data's), and the host's error reports are kept.
+class UnshiftedSceneFixture : public NetworkFixture {
+protected:
+    void SetUp() override
+    {
+        NetworkFixture::SetUp();
+        network().SetTransformOnlyUseIfYouAreAUnitTest(core::SceneTransform(0, 0, true));
+    }
+
+    ErrorProxy proxy;
 };
 
 } // namespace testsupport

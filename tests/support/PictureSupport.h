@@ -8,9 +8,13 @@
 #include "render/OffscreenContext.h"
 #include "render/SceneRenderer.h"
 
+#include <GL/gl.h>
+#include <Inventor/actions/SoGLRenderAction.h>
 #include <Inventor/nodes/SoBaseColor.h>
+#include <Inventor/nodes/SoCallback.h>
 #include <Inventor/nodes/SoCube.h>
 #include <Inventor/nodes/SoLightModel.h>
+#include <Inventor/nodes/SoOrthographicCamera.h>
 #include <Inventor/nodes/SoPerspectiveCamera.h>
 #include <Inventor/nodes/SoSeparator.h>
 #include <Inventor/nodes/SoTranslation.h>
@@ -18,6 +22,7 @@
 #include <png.h>
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -75,6 +80,60 @@ inline SoSeparator* RedCubeWithCamera(float distance, const SbVec3f& at = SbVec3
     root->addChild(camera);
     root->addChild(UnlitShape(new SoCube, SbColor(1, 0, 0), at));
     return root;
+}
+
+// Runs `draw` in white inside an orthographic projection of a black width x
+// height picture in pixels, unlit, as legends and annotations draw.
+inline render::Image DrawInPixelSpace(const std::function<void()>& draw, int width = 200, int height = 60)
+{
+    struct Call {
+        const std::function<void()>* draw;
+        int width, height;
+    } call{&draw, width, height};
+    auto* root = new SoSeparator;
+    auto* callback = new SoCallback;
+    callback->setCallback(
+        [](void* data, SoAction* action) {
+            if (!action->isOfType(SoGLRenderAction::getClassTypeId()))
+                return;
+            const Call& c = *static_cast<const Call*>(data);
+            glPushAttrib(GL_ALL_ATTRIB_BITS);
+            glMatrixMode(GL_PROJECTION);
+            glPushMatrix();
+            glLoadIdentity();
+            glOrtho(0, c.width, 0, c.height, -1, 1);
+            glMatrixMode(GL_MODELVIEW);
+            glPushMatrix();
+            glLoadIdentity();
+            glDisable(GL_LIGHTING);
+            glDisable(GL_DEPTH_TEST);
+            glColor4f(1, 1, 1, 1);
+            (*c.draw)();
+            glPopMatrix();
+            glMatrixMode(GL_PROJECTION);
+            glPopMatrix();
+            glMatrixMode(GL_MODELVIEW);
+            glPopAttrib();
+        },
+        &call);
+    root->addChild(callback);
+    SceneRef scene(root);
+    return Draw(scene.get(), width, height, shr::Color4b::Black);
+}
+
+// `scene` seen straight down -Z, `units` scene units across a 160 x 160
+// picture on black centred on the scene origin.
+inline render::Image TopDownPicture(SoNode* scene, float units)
+{
+    SceneRef root(new SoSeparator);
+    auto* camera = new SoOrthographicCamera;
+    camera->position = SbVec3f(0, 0, 50);
+    camera->height = units;
+    camera->nearDistance = 1.0f;
+    camera->farDistance = 100.0f;
+    static_cast<SoSeparator*>(root.get())->addChild(camera);
+    static_cast<SoSeparator*>(root.get())->addChild(scene);
+    return Draw(root.get(), 160, 160, shr::Color4b::Black);
 }
 
 inline int Brightness(const shr::Color4b& c)

@@ -1,11 +1,13 @@
 #pragma once
 // A plain property list that also writes down, one line a call, what only a
 // host's list uses: the layout calls and each added row's key, label, help and
-// limits. For tests of the rows a module or a shared block of rows lists.
+// limits, and the label of each static row. For tests of the rows a module or
+// a shared block of rows lists.
 #include "core/properties/SimplePropertyCollection.h"
 #include "core/properties/VbHeaderProperty.h"
 #include "shr/StringUtil.h"
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -33,13 +35,28 @@ public:
         core::SimplePropertyCollection::Enabled(id, enabled);
     }
 
+    void AddStatic(const core::VbModuleId& module, int id, const char* label, const char* help,
+                   const char* text) override
+    {
+        labels[id] = label;
+        core::SimplePropertyCollection::AddStatic(module, id, label, help, text);
+    }
+
     // The comment of a header row.
     std::string Comment(int id) const
     {
         return boost::any_cast<core::VbHeaderProperty::ValueType>(AnyValue(id)).second;
     }
+    std::string Text(int id) const { return StringValue(id); }
+    double Number(int id) const
+    {
+        double value = 0;
+        GetValue(id, value);
+        return value;
+    }
 
     std::vector<std::string> log;
+    std::map<int, std::string> labels;
 
 protected:
     using core::SimplePropertyCollection::AddComboImpl;

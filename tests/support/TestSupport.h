@@ -11,10 +11,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <initializer_list>
 #include <iterator>
 #include <mutex>
 #include <random>
@@ -75,6 +77,59 @@ uint64_t Load(T& object, const std::vector<unsigned char>& bytes, size_t cut = 0
     return archive.BytesRemaining();
 }
 
+// The stored form of `object` read back: a fresh T that loads the bytes
+// stores the same bytes again, and a fresh T that loads them cut short by any
+// of `cuts` bytes fails and still stores as a fresh T does (a failed load
+// changes nothing). For objects stored alone, whose base part is a fresh
+// one's. Returns the bytes.
+template <class T>
+std::vector<unsigned char> ExpectRoundTrip(T& object, std::initializer_list<size_t> cuts = {1, 9, 33})
+{
+    const std::vector<unsigned char> bytes = Store(object);
+    T copy;
+    EXPECT_EQ(Load(copy, bytes), 0u);
+    EXPECT_EQ(Store(copy), bytes) << "stored again, the copy gives the same bytes";
+    T untouched;
+    const std::vector<unsigned char> fresh = Store(untouched);
+    for (size_t cut : cuts) {
+        if (cut >= bytes.size())
+            continue;
+        T target;
+        EXPECT_THROW(Load(target, bytes, cut), shr::Exception) << "cut " << cut;
+        EXPECT_EQ(Store(target), fresh) << "a failed load changes nothing; cut " << cut;
+    }
+    return bytes;
+}
+
+// Each damage of `cases`, done to a fresh T (after `prepare`, when given),
+// stored and loaded into another, is refused, and that one still stores as a
+// fresh T does: what the rows would not take, a document may not hold.
+template <class T>
+void ExpectDamageRefused(std::initializer_list<std::pair<const char*, void (*)(T&)>> cases,
+                         void (*prepare)(T&) = nullptr)
+{
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.first);
+        T damaged, target, fresh;
+        if (prepare)
+            prepare(damaged);
+        c.second(damaged);
+        EXPECT_THROW(Load(target, Store(damaged)), shr::Exception);
+        EXPECT_EQ(Store(target), Store(fresh));
+    }
+}
+
+// Replaces the one occurrence of `marker`'s bytes in `bytes` by those of `bad`.
+template <class T>
+void ReplaceUnique(std::vector<unsigned char>& bytes, T marker, T bad)
+{
+    const auto* pattern = reinterpret_cast<const unsigned char*>(&marker);
+    const auto at = std::search(bytes.begin(), bytes.end(), pattern, pattern + sizeof marker);
+    ASSERT_NE(at, bytes.end());
+    ASSERT_EQ(std::search(at + 1, bytes.end(), pattern, pattern + sizeof marker), bytes.end()) << "a unique marker";
+    std::memcpy(&*at, &bad, sizeof bad);
+}
+
 // Replaces the first run `from` in `bytes` by `to`; false when there is none.
 inline bool ReplaceRun(std::vector<unsigned char>& bytes, const std::vector<unsigned char>& from,
                        const std::vector<unsigned char>& to)
@@ -84,6 +139,91 @@ inline bool ReplaceRun(std::vector<unsigned char>& bytes, const std::vector<unsi
         return false;
     bytes.insert(bytes.erase(at, at + std::ptrdiff_t(from.size())), to.begin(), to.end());
     return true;
+}
+
+// A 64-bit FNV-1a digest of `size` bytes, continuing from `hash`: pins large
+// results (lattices, meshes) bit for bit.
+inline uint64_t Digest(const void* bytes, size_t size, uint64_t hash = 1469598103934665603ull)
+{
+    const auto* p = static_cast<const unsigned char*>(bytes);
+    for (size_t n = 0; n < size; ++n)
+        hash = (hash ^ p[n]) * 1099511628211ull;
+    return hash;
+}
+
+// ---- documents as older versions wrote them --------------------------------
+
+// Writes each value as the archive stores its type.
+template <class... Values>
+void Put(shr::Archive& archive, Values... values)
+{
+    (archive.Transfer(values), ...);
+}
+
+// VoModule's part of a document before version 113 for a module without
+// links: no port counts, one empty link list per port.
+inline void WriteOldModulePart(shr::Archive& archive, const std::string& name, int ports)
+{
+    archive.SyncCheck();
+    Put(archive, int32_t(1), name, true, true);
+    for (int p = 0; p < ports; ++p)
+        Put(archive, uint32_t(0));
+}
+
+// The header of an empty document of `version`.
+inline std::vector<unsigned char> Header(int version)
+{
+    std::vector<unsigned char> bytes;
+    shr::Archive archive(bytes, "", version);
+    return bytes;
+}
+
+// The stored bytes of a module that is linked to nothing, split after the
+// module base's part (at the module's own sync mark), to be put together
+// again as any version wrote them.
+struct StoredModule {
+    std::vector<unsigned char> base, body;
+
+    StoredModule(const std::vector<unsigned char>& document, size_t ports)
+    {
+        const size_t header = Header(shr::Archive::CurrentVersion).size();
+        const unsigned char mark[4] = {0xC3, 0x5A, 0xA5, 0x3C};
+        auto second = std::search(document.begin() + long(header) + 4, document.end(), mark, mark + 4);
+        base.assign(document.begin() + long(header), second);
+        body.assign(second, document.end());
+        // Before version 113 the base wrote no port counts: one word per port list.
+        oldBase.assign(base.begin(), base.end() - long(4 * (ports + 2)));
+        oldBase.insert(oldBase.end(), 4 * ports, 0);
+    }
+    // The document as `version` wrote it, with `moduleBody` as the module's part.
+    std::vector<unsigned char> Document(int version, const std::vector<unsigned char>& moduleBody) const
+    {
+        std::vector<unsigned char> bytes = Header(version);
+        const std::vector<unsigned char>& part = version >= 113 ? base : oldBase;
+        bytes.insert(bytes.end(), part.begin(), part.end());
+        bytes.insert(bytes.end(), moduleBody.begin(), moduleBody.end());
+        return bytes;
+    }
+    // Where `value`'s bytes first appear in the body.
+    template <class T>
+    size_t Find(const T& value) const
+    {
+        const auto* raw = reinterpret_cast<const unsigned char*>(&value);
+        return size_t(std::search(body.begin(), body.end(), raw, raw + sizeof value) - body.begin());
+    }
+
+private:
+    std::vector<unsigned char> oldBase;
+};
+
+// `bytes` with `count` bytes at `at` replaced by those of `value`.
+template <class T>
+std::vector<unsigned char> Replace(std::vector<unsigned char> bytes, size_t at, size_t count, const T& value)
+{
+    const auto* raw = reinterpret_cast<const unsigned char*>(&value);
+    bytes.erase(bytes.begin() + long(at), bytes.begin() + long(at + count));
+    bytes.insert(bytes.begin() + long(at), raw, raw + sizeof value);
+    return bytes;
 }
 
 inline ::testing::AssertionResult Near(const shr::Vec3d& got, const shr::Vec3d& want, double tolerance = 1e-12)

@@ -1,8 +1,9 @@
 // Contours: segments and chains on small fields worked out by hand, closed
 // lines round a peak, the levels of each method, the module in a network on
 // a 3-D lattice, and its stored form.
-#include "IsoSurfaceTestSupport.h"
-#include "ModuleTestSupport.h"
+#include "MeshSupport.h"
+#include "LatticeSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/data/VdRectilinearLattice.h"
@@ -91,7 +92,7 @@ TEST(ContourTrace, SegmentsAndChainsOnFieldsWorkedOutByHand)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         std::unique_ptr<core::VdUniformLattice> lattice(
-            isotest::NodeLattice(c.nx, c.ny, 1, [&](unsigned i, unsigned j, unsigned) { return c.values[j * c.nx + i]; }));
+            testsupport::NodeLattice(c.nx, c.ny, 1, [&](unsigned i, unsigned j, unsigned) { return c.values[j * c.nx + i]; }));
         for (const unsigned int node : c.blanks)
             lattice->SetBlank(node, 0);
         const Traced traced = TraceMesh(*lattice, c.level);
@@ -101,58 +102,7 @@ TEST(ContourTrace, SegmentsAndChainsOnFieldsWorkedOutByHand)
     }
 }
 
-// A peak on an unevenly spaced lattice: each level is one closed line, which
-// needs the crossings of every edge to be the same bits from both sides.
-TEST(ContourTrace, LinesRoundAPeakClose)
-{
-    const unsigned int dims[3] = {15, 11, 1};
-    std::vector<double> xs, ys;
-    for (unsigned int i = 0; i < dims[0]; ++i)
-        xs.push_back(-1.3 + 0.19 * i + 0.004 * i * i);
-    for (unsigned int j = 0; j < dims[1]; ++j)
-        ys.push_back(-0.9 + 0.17 * j + 0.003 * j * j * j / 7.0);
-    std::vector<float> values;
-    for (const double y : ys)
-        for (const double x : xs)
-            values.push_back(static_cast<float>(std::exp(-(x * x + 1.7 * y * y))));
-    const core::VdRectilinearLattice lattice(shr::Float, dims, values.data(), 1, xs, ys, std::vector<double>{2.5});
-    for (const double level : {0.3, 0.6, 0.9}) {
-        SCOPED_TRACE(level);
-        const Traced traced = TraceMesh(lattice, level);
-        ASSERT_EQ(traced.chains.size(), 1u);
-        EXPECT_TRUE(traced.closed);
-        EXPECT_EQ(static_cast<size_t>(traced.chains[0]), traced.segments + 1);
-    }
-}
-
-// A triangulation that reuses the memory of an earlier mesh of the same shape
-// traces new values as a fresh one does; a mesh of another spacing does not
-// keep the old vertices.
-TEST(ContourTrace, ReusedMemoryTracesAsFresh)
-{
-    const auto ramp = [](unsigned i, unsigned j, unsigned) { return i + 0.3 * j; };
-    const auto bowl = [](unsigned i, unsigned j, unsigned) { return (i - 3.0) * (i - 3.0) + (j - 2.5) * (j - 2.5); };
-    std::unique_ptr<core::VdUniformLattice> first(isotest::NodeLattice(7, 6, 1, ramp));
-    std::unique_ptr<core::VdUniformLattice> second(isotest::NodeLattice(7, 6, 1, bowl));
-    std::unique_ptr<core::VdUniformLattice> wider(isotest::NodeLattice(7, 6, 1, bowl));
-    wider->SetUVWBounds(shr::Box3d(Vec3d(0, 0, 0), Vec3d(12, 5, 0)));
-    VbTriangulateLattice2D::Storage storage;
-    for (const core::VdUniformLattice* lattice : {first.get(), second.get(), wider.get()}) {
-        ContourGenerator::Lines reused, fresh;
-        {
-            VbTriangulateLattice2D triangulation(*lattice, &storage);
-            ASSERT_TRUE(triangulation.TriangulateMesh(0, nullptr));
-            ContourGenerator::Trace(2.2, triangulation, reused);
-        }
-        VbTriangulateLattice2D triangulation(*lattice);
-        ASSERT_TRUE(triangulation.TriangulateMesh(0, nullptr));
-        ContourGenerator::Trace(2.2, triangulation, fresh);
-        EXPECT_EQ(reused.counts, fresh.counts);
-        EXPECT_EQ(reused.data.vertices, fresh.data.vertices);
-    }
-}
-
-class ContourModuleTest : public visualtest::UnshiftedSceneFixture {
+class ContourModuleTest : public testsupport::UnshiftedSceneFixture {
 protected:
     // The line sets under the module's output, with the base colour that
     // comes right before each, in drawing order.
@@ -193,7 +143,7 @@ protected:
 TEST_F(ContourModuleTest, LevelsOfEachMethod)
 {
     // Data 0 .. 10 along X.
-    VoContour* module = Feed(isotest::NodeLattice(11, 2, 1, [](unsigned i, unsigned, unsigned) { return i; }),
+    VoContour* module = Feed(testsupport::NodeLattice(11, 2, 1, [](unsigned i, unsigned, unsigned) { return i; }),
                              new VoContour);
     struct Case {
         std::vector<std::pair<int, const char*>> rows;
@@ -307,14 +257,14 @@ TEST(ContourStoredForm, RoundTripOldWidthsAndFailedLoads)
     std::vector<unsigned char> old;
     {
         shr::Archive archive(old, "", 109);
-        visualtest::WriteOldModulePart(archive, "Contours", 2);
+        testsupport::WriteOldModulePart(archive, "Contours", 2);
         archive.SyncCheck();
         stored.Plane().Serialize(archive);
         stored.GetColorMap().Serialize(archive);
         stored.GetLegend().Serialize(archive);
         // Component, show border, its width and colour, line width, method,
         // count, minimum, maximum, interval, explicit levels.
-        visualtest::Put(archive, uint32_t(1), false, int32_t(3), shr::Color4b(1, 2, 3), int32_t(4),
+        testsupport::Put(archive, uint32_t(1), false, int32_t(3), shr::Color4b(1, 2, 3), int32_t(4),
                         uint32_t(VoContour::MinMaxInterval), int32_t(12), -3.5, 40.25, 0.125, std::string("1 2 3"));
     }
     VoContour fromOld;

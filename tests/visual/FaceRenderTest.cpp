@@ -2,7 +2,7 @@
 // of their faces show, face colours by the mean or the corner value, the
 // range rules, volume and average, winding, thread independence and the
 // stored form.
-#include "IsoSurfaceTestSupport.h"
+#include "LatticeSupport.h"
 #include "NetworkFixture.h"
 
 #include "core/data/VdUniformLattice.h"
@@ -23,29 +23,14 @@ namespace {
 template <class F>
 VdUniformLattice* Cube(unsigned int n, F v)
 {
-    const unsigned int dims[3] = {n, n, n};
-    std::vector<float> values;
-    for (unsigned int k = 0; k < n; ++k)
-        for (unsigned int j = 0; j < n; ++j)
-            for (unsigned int i = 0; i < n; ++i)
-                values.push_back(float(v(i, j, k)));
-    auto* lattice = new VdUniformLattice(shr::Float, dims, values.data(), 1);
-    lattice->SetUVWBounds(shr::Box3d(0, 0, 0, n - 1.0, n - 1.0, n - 1.0));
-    return lattice;
+    return testsupport::NodeLattice(n, n, n, v);
 }
 
 size_t FaceCount(const VoFaceRender& render) { return render.Faces().colors.size(); }
 
-class FaceRenderTest : public testsupport::NetworkFixture {
+class FaceRenderTest : public testsupport::UnshiftedSceneFixture {
 protected:
-    void SetUp() override
-    {
-        NetworkFixture::SetUp();
-        network().SetTransformOnlyUseIfYouAreAUnitTest(SceneTransform(0, 0, true));
-    }
     VoFaceRender* Render(VdLattice* lattice) { return Feed(lattice, new VoFaceRender); }
-
-    testsupport::ErrorProxy proxy;
 };
 
 // 3 x 3 x 3 cells; the centre one (value 13) is made clear by the map's opacity.
@@ -155,13 +140,8 @@ TEST_F(FaceRenderTest, FlatLatticesAreRefused)
     const float values[9] = {};
     source = Add(new VoLatticeSrc(new VdUniformLattice(shr::Float, dims, values, 1), ""));
     auto* render = Add(new VoFaceRender);
-    try {
-        network().ConnectNodes(*render, source, 0, true);
-        ADD_FAILURE() << "a flat lattice was taken";
-    } catch (const shr::Exception& e) {
-        EXPECT_EQ(e.Message(),
-                  "Type mismatch: FaceRender requires a 3D lattice (all dimensions must be greater than 1) for input.");
-    }
+    EXPECT_EQ(testsupport::RaisedText([&] { network().ConnectNodes(*render, source, 0, true); }),
+              "Core: Type mismatch: FaceRender requires a 3D lattice (all dimensions must be greater than 1) for input.");
 }
 
 TEST_F(FaceRenderTest, StoredFormThroughTheVersionGates)

@@ -2,8 +2,9 @@
 // paraboloid, each orientation of a 3-D lattice, the flat and mirrored
 // cases, the overlay's type check, the stored form through its version gate,
 // and a picture of contour lines over a surface.
-#include "IsoSurfaceTestSupport.h"
-#include "ModuleTestSupport.h"
+#include "LatticeSupport.h"
+#include "PictureSupport.h"
+#include "NetworkFixture.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/visual/VoContour.h"
@@ -37,7 +38,7 @@ struct Mesh {
     std::vector<uint32_t> colors;
 };
 
-class HeightFieldTest : public visualtest::UnshiftedSceneFixture {
+class HeightFieldTest : public testsupport::UnshiftedSceneFixture {
 protected:
     VoHeightField* Surface(core::VdLattice* lattice, double scale = 0.25)
     {
@@ -80,7 +81,7 @@ TEST_F(HeightFieldTest, PlaneAndParaboloidPositionsAndNormals)
     } cases[] = {{&plane, 20.0}, {&bowl, 8.0}};
     std::vector<Mesh> meshes;
     for (const auto& c : cases) {
-        VoHeightField* module = Surface(isotest::NodeLattice(5, 5, 1, *c.f));
+        VoHeightField* module = Surface(testsupport::NodeLattice(5, 5, 1, *c.f));
         RunPass();
         ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
         meshes.push_back(MeshOf(*module));
@@ -122,7 +123,7 @@ TEST_F(HeightFieldTest, EachOrientationLiftsAlongItsNormalAxis)
     const unsigned int dims[3] = {3, 4, 5};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.orientation);
-        VoHeightField* module = Surface(isotest::NodeLattice(3, 4, 5, f));
+        VoHeightField* module = Surface(testsupport::NodeLattice(3, 4, 5, f));
         module->SetOrientation(c.orientation);
         RunPass();
         const Mesh mesh = MeshOf(*module);
@@ -159,7 +160,7 @@ TEST_F(HeightFieldTest, FlatMirroredAndBlankNodes)
                  {"blank node", 0.25, false, true, 1.0}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        core::VdUniformLattice* lattice = isotest::NodeLattice(
+        core::VdUniformLattice* lattice = testsupport::NodeLattice(
             3, 3, 1, [&](unsigned i, unsigned j, unsigned) { return c.constant ? 7.0 : i + j + 1.0; });
         if (c.blank)
             lattice->SetBlank(8, 0);
@@ -185,7 +186,7 @@ TEST_F(HeightFieldTest, FlatMirroredAndBlankNodes)
 // other image is refused.
 TEST_F(HeightFieldTest, OverlayIsDrapedOrRefused)
 {
-    VoHeightField* module = Surface(isotest::NodeLattice(4, 3, 1, [](unsigned i, unsigned, unsigned) { return i; }));
+    VoHeightField* module = Surface(testsupport::NodeLattice(4, 3, 1, [](unsigned i, unsigned, unsigned) { return i; }));
     const unsigned int flat[3] = {4, 3, 1}, deep[3] = {2, 2, 2};
     const std::vector<uint8_t> rgba(4 * 12, 200);
     auto* picture = new core::VdUniformLattice(shr::UInt8, flat, rgba.data(), 4);
@@ -256,19 +257,16 @@ TEST(HeightFieldStoredForm, RoundTripAndDocumentsWithoutTheOverlay)
     VoHeightField loaded;
     EXPECT_EQ(testsupport::Load(loaded, bytes), 0u);
     common(loaded);
-    EXPECT_FALSE(loaded.ShowOverlay());
-    EXPECT_EQ(loaded.Fit(), VoHeightField::StretchOverSurface);
-    EXPECT_EQ(loaded.ColorModulation(), VoHeightField::OverlayOnly);
-    EXPECT_EQ(loaded.OverlayQuality(), 0.25);
+    EXPECT_EQ(testsupport::Store(loaded), bytes);
 
     // Version 112: one input port in the base part, no overlay settings.
     std::vector<unsigned char> old;
     {
         shr::Archive archive(old, "", 112);
-        visualtest::WriteOldModulePart(archive, "HeightField", 2);
+        testsupport::WriteOldModulePart(archive, "HeightField", 2);
         archive.SyncCheck();
         // Component, draw style, orientation, slice, opacity, scale.
-        visualtest::Put(archive, uint32_t(1), uint32_t(VoHeightField::Lines), uint32_t(VoHeightField::OrientYZ),
+        testsupport::Put(archive, uint32_t(1), uint32_t(VoHeightField::Lines), uint32_t(VoHeightField::OrientYZ),
                         int32_t(7), 0.375, -0.5);
         stored.GetColorMap().Serialize(archive);
         stored.GetLegend().Serialize(archive);
@@ -295,8 +293,8 @@ TEST_F(HeightFieldTest, ContourLinesOverTheSurfaceInAPicture)
     const auto peak = [](unsigned i, unsigned j, unsigned) {
         return std::exp(-((i - 10.0) * (i - 10.0) + (j - 10.0) * (j - 10.0)) / 30.0);
     };
-    VoHeightField* surface = Surface(isotest::NodeLattice(21, 21, 1, peak, Vec3d(-10, -10, 0)), 0.0);
-    auto* lines = Feed(isotest::NodeLattice(21, 21, 1, peak, Vec3d(-10, -10, 1)), new core::VoContour);
+    VoHeightField* surface = Surface(testsupport::NodeLattice(21, 21, 1, peak, Vec3d(-10, -10, 0)), 0.0);
+    auto* lines = Feed(testsupport::NodeLattice(21, 21, 1, peak, Vec3d(-10, -10, 1)), new core::VoContour);
     lines->Method(core::VoContour::Explicit);
     lines->ExplicitLevels("0.5");
     lines->LineWidth(4.0f);
@@ -312,7 +310,7 @@ TEST_F(HeightFieldTest, ContourLinesOverTheSurfaceInAPicture)
     both->addChild(surface->OutputGeometry(0).GetRoot().get());
     both->addChild(lines->OutputGeometry(0).GetRoot().get());
     // 24 units across 160 pixels; the level 0.5 lies sqrt(30 ln 2) from the peak.
-    const render::Image image = isotest::TopDownPicture(both.get(), 24.0f);
+    const render::Image image = testsupport::TopDownPicture(both.get(), 24.0f);
     const int ring = static_cast<int>(std::lround(std::sqrt(30.0 * std::log(2.0)) * 160.0 / 24.0));
     const auto red = [&](int x, int y) {
         for (int dx = -2; dx <= 2; ++dx)

@@ -2,7 +2,8 @@
 // analytic fields for all three kinds of lattice, exact counts on planes, the
 // cases that give no surface, the volume estimate, and the parallel slabs
 // giving exactly the sequential result.
-#include "IsoSurfaceTestSupport.h"
+#include "MeshSupport.h"
+#include "TestSupport.h"
 
 #include "core/processing/VolumeCalculator.h"
 #include "core/visual/VoIsoSurfacePrivate.h"
@@ -270,25 +271,6 @@ TEST(IsoSurfaceSweep, GradientsUseNodePositionsAndPointDownTheField)
     }
 }
 
-TEST(IsoSurfaceSweep, SphereVolumesMatchTheAnalyticValue)
-{
-    const double radius = 0.7;
-    const double sphere = 4.0 / 3.0 * kPi * radius * radius * radius;
-    for (Kind kind : {Kind::Uniform, Kind::Curvilinear}) {
-        const auto lattice = Sample(kind, 24, Sphere);
-        for (bool inverted : {false, true}) {
-            SCOPED_TRACE(std::string(KindName(kind)) + (inverted ? ", inverted" : ""));
-            const Extraction out = Extract(*lattice, radius * radius, {0, true, inverted});
-            // Normally the set corners are those at or below the isovalue (inside);
-            // inverted, those at or above.
-            const double inside = inverted ? out.volumes.clearSide : out.volumes.setSide;
-            const double outside = inverted ? out.volumes.setSide : out.volumes.clearSide;
-            EXPECT_NEAR(inside, sphere, 0.03 * sphere);
-            EXPECT_NEAR(inside + outside, 8.0, 1e-9);
-        }
-    }
-}
-
 void ExpectSameSurface(const Extraction& got, const Extraction& want)
 {
     EXPECT_EQ(got.triangles, want.triangles);
@@ -299,83 +281,6 @@ void ExpectSameSurface(const Extraction& got, const Extraction& want)
     ASSERT_EQ(got.data.normals.size(), want.data.normals.size());
     EXPECT_EQ(0, std::memcmp(got.data.normals.data(), want.data.normals.data(),
                              want.data.normals.size() * sizeof(SbVec3f)));
-}
-
-// A field cut almost everywhere, on lattices of odd sizes, joined from
-// different numbers of slabs, with slab memory reused from sweep to sweep:
-// vertices, normals and triangles must equal the single-slab scan bit for bit,
-// and so must the volumes.
-TEST(IsoSurfaceSweep, SlabsGiveExactlyTheSequentialResult)
-{
-    const Field waves = [](double x, double y, double z) { return std::sin(9 * x) * std::sin(8 * y) * std::sin(7 * z); };
-    struct Case {
-        Kind kind;
-        unsigned int dims[3];
-        bool volume;
-    } cases[] = {
-        {Kind::Uniform, {33, 29, 41}, false},
-        {Kind::Rectilinear, {30, 31, 27}, false},
-        {Kind::Curvilinear, {21, 18, 23}, false},
-        {Kind::Uniform, {13, 12, 15}, true},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(KindName(c.kind));
-        const auto lattice = Sample(c.kind, c.dims, waves, -1.0, 1.0, 0.3);
-        const Extraction sequential = Extract(*lattice, 0.05, {1, c.volume, false});
-        ASSERT_GT(sequential.triangles, 1000);
-        EXPECT_TRUE(Inspect(sequential.data).badTriangles == 0);
-        SweepWorkspace workspace;
-        Extract(*lattice, -0.3, {3, c.volume, false, &workspace}); // leaves other records behind
-        for (size_t slabs : {size_t(2), size_t(5), size_t(0), size_t(c.dims[2] - 1), size_t(1000)}) {
-            SCOPED_TRACE(slabs);
-            const Extraction parallel = Extract(*lattice, 0.05, {slabs, c.volume, false, &workspace});
-            ExpectSameSurface(parallel, sequential);
-            EXPECT_EQ(parallel.volumes.clearSide, sequential.volumes.clearSide);
-            EXPECT_EQ(parallel.volumes.setSide, sequential.volumes.setSide);
-        }
-    }
-}
-
-
-// What the module keeps between runs: run ranges and gradients of one input
-// reused for other isovalues, forgotten for new data (also after the stamps
-// wrap around), and ranges holding NaN and infinite values, must give what a
-// fresh sweep gives.
-TEST(IsoSurfaceSweep, KeptRangesAndGradientsChangeNothing)
-{
-    const unsigned int dims[3] = {70, 23, 19};
-    const auto first = Sample(Kind::Uniform, dims, [](double x, double y, double z) { return x * x - y * z; });
-    auto second = Sample(Kind::Uniform, dims, [](double x, double y, double z) { return y * y + x * z; });
-    float* raw = static_cast<float*>(second->DataWritePtr());
-    raw[5] = std::numeric_limits<float>::quiet_NaN();
-    raw[200] = std::numeric_limits<float>::infinity();
-    raw[3000] = -std::numeric_limits<float>::infinity();
-    std::vector<float> values;
-    SweepCache cache;
-    auto sweep = [&](const VdLattice& lattice, double isovalue, bool withRanges) {
-        SweepInput input;
-        input.lattice = &lattice;
-        input.values = &values;
-        input.ranges = withRanges ? &cache.ranges : nullptr;
-        input.gradients = &cache.gradients;
-        input.isovalue = isovalue;
-        Extraction out;
-        EXPECT_TRUE(Sweep(input, 0, nullptr, out.data, out.volumes, out.triangles, &cache.workspace));
-        return out;
-    };
-    CopyComponent(*first, 0, values, &cache.ranges);
-    cache.gradients.Reset(values.size());
-    sweep(*first, 0.3, true);
-    ExpectSameSurface(sweep(*first, -0.2, true), Extract(*first, -0.2));
-    for (int input = 0; input < 300; ++input)
-        cache.gradients.Reset(values.size());
-    CopyComponent(*second, 0, values, &cache.ranges);
-    for (double isovalue : {0.25, -0.5, 1e30}) {
-        SCOPED_TRACE(isovalue);
-        const Extraction fresh = Extract(*second, isovalue);
-        ExpectSameSurface(sweep(*second, isovalue, true), fresh);
-        ExpectSameSurface(sweep(*second, isovalue, false), fresh);
-    }
 }
 
 TEST(IsoSurfaceSweep, ProgressCanStopTheSweep)
@@ -416,13 +321,7 @@ TEST(IsoSurfaceSweep, ProgressCanStopTheSweep)
 
 namespace {
 
-uint64_t Digest(const void* bytes, size_t size, uint64_t hash = 1469598103934665603ull)
-{
-    const auto* p = static_cast<const unsigned char*>(bytes);
-    for (size_t n = 0; n < size; ++n)
-        hash = (hash ^ p[n]) * 1099511628211ull;
-    return hash;
-}
+using testsupport::Digest;
 
 uint64_t Digest(const Extraction& out)
 {

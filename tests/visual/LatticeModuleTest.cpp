@@ -44,17 +44,6 @@ core::VdUniformLattice MakeLattice()
     return core::VdUniformLattice(shr::Float, dims, values.data(), 2);
 }
 
-TEST(LatticeModuleTest, ComponentIsOneBasedAndNeverZero)
-{
-    ProbeModule module;
-    EXPECT_EQ(module.InputComponent(), 1u);
-    EXPECT_EQ(module.InputComponentSafe(), 0u);
-    module.InputComponentSafe(0);
-    EXPECT_EQ(module.InputComponent(), 1u);
-    module.InputComponentSafe(3);
-    EXPECT_EQ(module.InputComponentSafe(), 2u);
-}
-
 TEST(LatticeModuleTest, ColorMapTakesTheComponentLimitsAndClipsTheComponent)
 {
     const core::VdUniformLattice lattice = MakeLattice();
@@ -76,17 +65,6 @@ TEST(LatticeModuleTest, ColorMapTakesTheComponentLimitsAndClipsTheComponent)
     EXPECT_EQ(map.GetDataMin(), -8.0);
 }
 
-TEST(LatticeModuleTest, FixedWindowStaysWhenTheDataChange)
-{
-    const core::VdUniformLattice lattice = MakeLattice();
-    ProbeModule module;
-    module.GetColorMap().SetScalingLimits(10.0, 20.0);
-    module.UpdateColorMapDataLimits(&lattice);
-    EXPECT_EQ(module.GetColorMap().GetDataMin(), 1.0);
-    EXPECT_EQ(module.GetColorMap().GetScaleMin(), 10.0);
-    EXPECT_FALSE(module.GetColorMap().GetAutoScale());
-}
-
 TEST(LatticeModuleTest, RoundTripsComponentMapAndLegend)
 {
     ProbeModule stored;
@@ -97,15 +75,13 @@ TEST(LatticeModuleTest, RoundTripsComponentMapAndLegend)
     const std::vector<unsigned char> bytes = testsupport::Store(stored);
     ProbeModule loaded;
     testsupport::Load(loaded, bytes);
+    EXPECT_EQ(testsupport::Store(loaded), bytes);
     EXPECT_EQ(loaded.InputComponent(), 2u);
-    EXPECT_EQ(loaded.GetColorMap().GetScaleMax(), 5.0);
-    EXPECT_TRUE(loaded.GetLegend().Visible());
-    EXPECT_EQ(loaded.GetLegend().m_Title, "Grade");
     EXPECT_EQ(loaded.GetLegend().GetColorMap(), &loaded.GetColorMap());
 
     ProbeModule target;
     EXPECT_THROW(testsupport::Load(target, bytes, 3), shr::Exception);
-    EXPECT_FALSE(target.GetLegend().Visible());
+    EXPECT_FALSE(target.GetLegend().Visible()) << "the legend is taken whole";
 }
 
 } // namespace

@@ -1,14 +1,13 @@
 // The legend drawn offscreen from its callback node, in a scene of nothing
 // else: the strip's colours along its length, the background rectangle, the
 // labels and the title where the layout puts them, and nothing elsewhere.
+#include "PictureSupport.h"
+
 #include "core/graphics/InvSmartPtr.h"
 #include "core/graphics/VbColorMap.h"
 #include "core/graphics/VgRenderer.h"
 #include "core/visual/VbLegend.h"
-#include "render/CoinInit.h"
 #include "render/Image.h"
-#include "render/OffscreenContext.h"
-#include "render/SceneRenderer.h"
 #include "shr/Exception.h"
 
 #include <Inventor/nodes/SoSeparator.h>
@@ -40,25 +39,16 @@ const Color4b kRed(255, 0, 0), kBlue(0, 0, 255), kYellow(255, 255, 0);
 // Points to pixels at the legend's 96 pixels per inch.
 const double kPixels = 96.0 / 72.0;
 
-render::OffscreenContext& Context()
-{
-    render::EnsureCoinInit();
-    static render::OffscreenContext context;
-    return context;
-}
-
 // Adds the legend's node to an empty scene and draws it in a square view.
 render::Image Draw(VbLegend& legend)
 {
-    render::EnsureCoinInit();
     core::InvSmartPtr<SoSeparator> root(new SoSeparator);
     {
         core::VgRenderer renderer{core::SceneTransform()};
         renderer.PushNode(root);
         legend.Execute(renderer);
     }
-    render::SceneRenderer drawing(Context(), kSize, kSize, kScene);
-    return drawing.Render(root.get());
+    return testsupport::Draw(root.get(), kSize, kSize, kScene);
 }
 
 // The pixel at GL window coordinates (x, y), row 0 at the bottom.
@@ -86,7 +76,6 @@ class LegendDrawTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        render::EnsureCoinInit();
         map.ClearColorNodes();
         map.AddColorNode(0.0, kRed);
         map.AddColorNode(1.0, kBlue);
@@ -191,21 +180,8 @@ TEST_F(LegendDrawTest, SceneKeepsItsOwnCopyOfTheLegend)
         shown.Execute(renderer); // hidden: adds nothing
     }
     EXPECT_EQ(root->getNumChildren(), 1);
-    render::SceneRenderer drawing(Context(), kSize, kSize, kScene);
-    const render::Image image = drawing.Render(root.get());
+    const render::Image image = testsupport::Draw(root.get(), kSize, kSize, kScene);
     EXPECT_TRUE(Near(At(image, 50, 70), map.PosToColor(0.05), 4));
-}
-
-TEST(LegendRender, NeedsARenderAction)
-{
-    core::VbColorMap map;
-    VbLegend legend(&map);
-    try {
-        core::VbLegendTestAccess::Render(legend, nullptr);
-        FAIL() << "no exception";
-    } catch (const shr::Exception& e) {
-        EXPECT_EQ(e.Message(), "Invalid render action.");
-    }
 }
 
 } // namespace

@@ -198,7 +198,7 @@ TEST(Legend, RoundTripsEveryStoredField)
 // refused on loading (a label count of 67 million took minutes and gigabytes).
 TEST(Legend, LoadingRefusesWhatTheRowsWouldNotTake)
 {
-    const std::pair<const char*, void (*)(VbLegend&)> cases[] = {
+    testsupport::ExpectDamageRefused<VbLegend>({
         {"label count", [](VbLegend& l) { l.m_NumLabels = 67108869; }},
         {"x position", [](VbLegend& l) { l.m_XPos = 2.0f; }},
         {"y position", [](VbLegend& l) { l.m_YPos = std::nanf(""); }},
@@ -207,15 +207,7 @@ TEST(Legend, LoadingRefusesWhatTheRowsWouldNotTake)
         {"title height", [](VbLegend& l) { l.m_TitleHeight = -1.0f; }},
         {"spacing", [](VbLegend& l) { l.m_Layout[2] = std::numeric_limits<float>::infinity(); }},
         {"label format", [](VbLegend& l) { l.m_LabelFormat = core::VbLabelFormat(7, 3); }},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.first);
-        VbLegend damaged = ChangedLegend();
-        c.second(damaged);
-        VbLegend target, fresh;
-        EXPECT_THROW(Load(target, Store(damaged)), shr::Exception);
-        EXPECT_EQ(Store(target), Store(fresh));
-    }
+    }, [](VbLegend& l) { l = ChangedLegend(); });
 }
 
 TEST(Legend, DocumentsBefore109HeldThePositionInPixels)
@@ -270,16 +262,6 @@ protected:
     core::VbModuleId module{7};
     core::SimplePropertyCollection list;
 };
-
-TEST_F(LegendRowsTest, RowsShowTheLegendsValues)
-{
-    EXPECT_EQ(Row<unsigned int>(VbLegend::OrientationRow), 1u);
-    EXPECT_DOUBLE_EQ(Row<double>(VbLegend::LengthRow), 200.0);
-    EXPECT_EQ(Row<shr::GString>(VbLegend::FontRow), "Arial");
-    EXPECT_EQ(Row<unsigned int>(VbLegend::LabelFormatRow + 2), 7u);
-    EXPECT_FALSE(list.IsProp(kBase + 20));
-    EXPECT_FALSE(list.IsProp(kBase + VbLegend::RowCount));
-}
 
 TEST_F(LegendRowsTest, EditsAreTakenWithinLimits)
 {
@@ -351,26 +333,6 @@ TEST_F(LegendRowsTest, RowsWithoutEffectAreGreyedOut)
     legend.Enabled(list, kBase, true);
     EXPECT_TRUE(enabled(VbLegend::TitleRow));
     EXPECT_FALSE(enabled(VbLegend::NumLabelsRow));
-}
-
-TEST(Legend, KeysAreRegisteredAfterTheModulesPrefix)
-{
-    static const bool s_Registered = (VbLegend::RegisterKeys("KeysTest", 200), true);
-    ASSERT_TRUE(s_Registered);
-    const auto& registry = core::VbPropertyRegistry::Instance();
-    struct Case {
-        const char* key;
-        int row;
-    } cases[] = {
-        {"KeysTestLegendEnable", VbLegend::EnableRow},
-        {"KeysTestLegendNumLabels", VbLegend::NumLabelsRow},
-        {"KeysTestLegendLabelHeight", VbLegend::LabelHeightRow},
-        {"KeysTestLegendLabelFormatNumDigits", VbLegend::LabelFormatRow + 2},
-        {"KeysTestLegendBGColor", VbLegend::BGColorRow},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(registry.Get(c.key).id, 200 + c.row) << c.key;
-    EXPECT_FALSE(registry.Has("KeysTestLegendHeader"));
 }
 
 // Each module with a legend registers its 21 keys, as the isosurface does.

@@ -1,7 +1,7 @@
 // The scatter plot driven through the network: which points become symbols of
 // which kind and colour, the lines that join them, the label texts, lattices
 // as rows of nodes, the stored form and a picture of offset labels.
-#include "IsoSurfaceTestSupport.h"
+#include "PictureSupport.h"
 #include "NetworkFixture.h"
 
 #include "core/data/VdGeometry.h"
@@ -63,13 +63,8 @@ std::vector<std::string> Texts(SoNode* root)
     return texts;
 }
 
-class ScatterPlotTest : public testsupport::NetworkFixture {
+class ScatterPlotTest : public testsupport::UnshiftedSceneFixture {
 protected:
-    void SetUp() override
-    {
-        NetworkFixture::SetUp();
-        network().SetTransformOnlyUseIfYouAreAUnitTest(SceneTransform(0, 0, true));
-    }
     VoScatterPlot* Plot(VdData* data)
     {
         auto* plot = Add(new VoScatterPlot);
@@ -77,8 +72,6 @@ protected:
         return plot;
     }
     static SoNode* Root(VoModule& module) { return module.OutputGeometry(0).GetRoot().get(); }
-
-    testsupport::ErrorProxy proxy;
 };
 
 TEST_F(ScatterPlotTest, SymbolsFollowTheStrideAndTheSymbolsSize)
@@ -300,7 +293,7 @@ TEST_F(ScatterPlotTest, LabelsStandAtTheirPixelOffsetWithLeaderLines)
     plot->LabelText().m_Floats[2] = 3.0f;
     RunPass();
     ASSERT_EQ(plot->GetStatus(), VoModule::ModuleOk);
-    const render::Image image = isotest::TopDownPicture(Root(*plot), 4.0f); // the point at (80, 80)
+    const render::Image image = testsupport::TopDownPicture(Root(*plot), 4.0f); // the point at (80, 80)
     EXPECT_EQ(image.At(80, 83), Color4b::Red) << "the symbol, below the leader line";
     const auto bright = [&](int x0, int x1, int y0, int y1) {
         int count = 0;

@@ -2,7 +2,8 @@
 // plane opens a shell to show what lies inside, a red light tints a white
 // surface, a title stands at its corner of the view whatever the camera,
 // and as many clip planes as the driver has draw together.
-#include "IsoSurfaceTestSupport.h"
+#include "MeshSupport.h"
+#include "PictureSupport.h"
 #include "NetworkFixture.h"
 
 #include "core/graphics/SoGLExtension.h"
@@ -27,20 +28,14 @@ constexpr int kSize = 160; // the pictures' side, as TopDownPicture draws them
 // The network's scene seen straight down -Z, `units` scene units across.
 render::Image Picture(float units)
 {
-    return isotest::TopDownPicture(core::VoNetwork::Instance().SceneRoot().get(), units);
+    return testsupport::TopDownPicture(core::VoNetwork::Instance().SceneRoot().get(), units);
 }
 
 bool Blue(const Color4b& c) { return c.b > 40 && c.b >= c.r + 30 && c.b >= c.g + 30; }
 bool Red(const Color4b& c) { return c.r > 40 && c.r >= c.g + 30 && c.r >= c.b + 30; }
 
-class SceneModulesDrawTest : public testsupport::NetworkFixture {
+class SceneModulesDrawTest : public testsupport::UnshiftedSceneFixture {
 protected:
-    void SetUp() override
-    {
-        NetworkFixture::SetUp();
-        render::EnsureCoinInit();
-        network().SetTransformOnlyUseIfYouAreAUnitTest(core::SceneTransform(0.0, 0.0, true));
-    }
     // A sphere surface of radius `radius` about the origin, in one colour.
     core::VoIsoSurface* Sphere(double radius, const Color4b& color)
     {
@@ -62,7 +57,6 @@ protected:
     }
 
     core::VoLatticeSrc* field = nullptr;
-    testsupport::ErrorProxy proxy;
 };
 
 // Seen from above, a shell cut at z = 0 keeping its lower half shows its red

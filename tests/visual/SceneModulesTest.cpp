@@ -2,9 +2,10 @@
 // where, the driver's limits on lights and clip planes, the rows that follow
 // each other, the draggers' edits, and the stored forms through their
 // version gates.
-#include "IsoSurfaceTestSupport.h"
+#include "MeshSupport.h"
 #include "NetworkFixture.h"
-#include "VectorTestSupport.h"
+#include "LatticeSupport.h"
+#include "TestSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/data/VdPoints.h"
@@ -22,7 +23,6 @@
 #include "shr/Exception.h"
 #include "shr/MathUtil.h"
 
-#include <Inventor/SoPath.h>
 #include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoClipPlane.h>
 #include <Inventor/nodes/SoDirectionalLight.h>
@@ -141,22 +141,6 @@ TEST_F(SceneModulesTest, ALightBeyondTheDriversMaximumFails)
     EXPECT_FALSE(Find<SoDirectionalLight>(*lights.back()));
 }
 
-// A new light stands a scene's length behind its direction, in data
-// coordinates; with nothing to see the scene is -1 to 1.
-TEST_F(SceneModulesTest, ANewLightStandsBehindTheScene)
-{
-    EXPECT_EQ(core::VoLight().Position(), Vec3d(0, 0, 2));
-    Shell();
-    RunPass();
-    const shr::Box3d box = core::VoLight::SceneBounds();
-    const Vec3d size = box.Size();
-    EXPECT_NEAR(box.Center().x, 0.0, 1e-6); // the sphere, back in data coordinates
-    EXPECT_NEAR(size.x, 1.6, 0.05);
-    const Vec3d position = core::VoLight().Position();
-    EXPECT_DOUBLE_EQ(position.z, box.Center().z + size.z);
-    EXPECT_DOUBLE_EQ(position.x, box.Center().x);
-}
-
 // With the dragger shown the light lives in it; a new type makes a new
 // dragger; a drag edits the module in data coordinates and degrees.
 TEST_F(SceneModulesTest, TheLightDraggerHoldsTheLightAndEditsTheModule)
@@ -177,7 +161,7 @@ TEST_F(SceneModulesTest, TheLightDraggerHoldsTheLightAndEditsTheModule)
     core::VgSpotLightDragger dragged(Vec3d(1, 0, 0), 0.5);
     dragged.SetPosition(Vec3d(5, 6, 7));
     light->DraggerChanged(dragged);
-    EXPECT_TRUE(vectortest::Near(light->Direction(), Vec3d(1, 0, 0), 1e-6));
+    EXPECT_TRUE(testsupport::Near(light->Direction(), Vec3d(1, 0, 0), 1e-6));
     EXPECT_DOUBLE_EQ(light->Cutoff(), 0.5 * shr::RAD_TO_DEG);
     EXPECT_EQ(light->Position(), Vec3d(1005, 2006, 7));
 
@@ -195,7 +179,7 @@ TEST_F(SceneModulesTest, LightStoredForm)
     stored.Position(Vec3d(5, 6, 7));
     stored.Cutoff(12.5);
     stored.Dropoff(0.75);
-    const vectortest::StoredModule document(testsupport::Store(stored), 1);
+    const testsupport::StoredModule document(testsupport::Store(stored), 1);
     core::VoLight loaded;
     EXPECT_EQ(testsupport::Load(loaded, document.Document(130, document.body)), 0u);
     EXPECT_EQ(loaded.GetLightType(), core::VoLight::Spot);
@@ -204,7 +188,7 @@ TEST_F(SceneModulesTest, LightStoredForm)
     EXPECT_EQ(loaded.Cutoff(), 12.5);
     EXPECT_EQ(loaded.Dropoff(), 0.75);
     core::VoLight target;
-    EXPECT_THROW(testsupport::Load(target, document.Document(130, vectortest::Replace(document.body, 4, 4, 3u))),
+    EXPECT_THROW(testsupport::Load(target, document.Document(130, testsupport::Replace(document.body, 4, 4, 3u))),
                  shr::Exception);
     EXPECT_THROW(testsupport::Load(target, document.Document(130, document.body), 3), shr::Exception);
     EXPECT_EQ(target.GetLightType(), core::VoLight::Directional);
@@ -249,7 +233,7 @@ TEST_F(SceneModulesTest, OldExaggerationsLoadInTodaysMeaning)
         std::vector<unsigned char> bytes = testsupport::Store(stored);
         if (c.version < 127)
             bytes.resize(bytes.size() - sizeof(double));
-        const vectortest::StoredModule document(bytes, 0);
+        const testsupport::StoredModule document(bytes, 0);
         core::VoEnvironment loaded;
         EXPECT_EQ(testsupport::Load(loaded, document.Document(c.version, document.body)), 0u) << c.version;
         EXPECT_NEAR(loaded.VerticalExaggeration(), c.loaded, 1e-9 * c.loaded) << c.version << " " << c.stored;
@@ -297,18 +281,6 @@ TEST_F(SceneModulesTest, TheClipPlaneCutsItsInputsThroughTheirCentre)
     // The shell reaches the scene through the clip plane only.
     const core::InvSmartPtr<SoSeparator> root = network().SceneRoot();
     EXPECT_EQ(root->findChild(shell->OutputGeometry(0).GetRoot().get()), -1);
-}
-
-TEST_F(SceneModulesTest, AHiddenClipPlaneDrawsItsInputsUncut)
-{
-    core::VoIsoSurface* shell = Shell();
-    auto* clip = Add(new core::VoClipPlane);
-    Link(clip, shell);
-    clip->ShowGeometry(false, false);
-    EXPECT_TRUE(clip->OutputGeometry(0).IsVisible());
-    Run(clip);
-    EXPECT_FALSE(Find<SoClipPlane>(*clip));
-    EXPECT_EQ(Find<SoSeparator>(*clip)->findChild(shell->OutputGeometry(0).GetRoot().get()), 0);
 }
 
 TEST_F(SceneModulesTest, ClipPlaneInputsAndNormalsAreChecked)
@@ -379,7 +351,7 @@ TEST_F(SceneModulesTest, AClipPlaneDragEditsTheModule)
                              0.7);
         clip->DraggerChanged(dragged);
         EXPECT_EQ(clip->GetOrientation(), c.orientation) << c.swap;
-        EXPECT_TRUE(vectortest::Near(clip->Normal(), c.normal, 1e-6)) << c.swap;
+        EXPECT_TRUE(testsupport::Near(clip->Normal(), c.normal, 1e-6)) << c.swap;
         EXPECT_NEAR(clip->Distance(), c.distance, 1e-2) << c.swap;
     }
 }
@@ -392,11 +364,11 @@ TEST_F(SceneModulesTest, ClipPlaneStoredFormBeforeAndAfterTenInputs)
     stored.SetOrientation(core::VoClipPlane::AlongY);
     stored.Swap(true);
     stored.Distance(-12.5);
-    const vectortest::StoredModule document(testsupport::Store(stored), core::VoClipPlane::kInputCount + 1);
+    const testsupport::StoredModule document(testsupport::Store(stored), core::VoClipPlane::kInputCount + 1);
     // The module base without its port lists: counts and links of 10 inputs and 1 output.
     const std::vector<unsigned char> head(document.base.begin(), document.base.end() - 4 * 13);
     const auto oneInput = [&](int version) {
-        std::vector<unsigned char> bytes = vectortest::Header(version);
+        std::vector<unsigned char> bytes = testsupport::Header(version);
         bytes.insert(bytes.end(), head.begin(), head.end());
         const std::vector<uint32_t> lists = version >= 113 ? std::vector<uint32_t>{1, 0, 1, 0} : std::vector<uint32_t>{0, 0};
         for (uint32_t word : lists)
@@ -455,41 +427,13 @@ TEST_F(SceneModulesTest, TheTransformMovesACopyAboutItsOrigin)
         for (const Vec3d& uvw : {Vec3d(0, 0, 0), Vec3d(2, 4, 6)}) {
             const Vec3d d = (uvw - c.origin) * 2.0; // scaled, then turned a quarter about Z
             const Vec3d expected = c.origin + Vec3d(-d.y, d.x, d.z) + Vec3d(100, 0, 10);
-            EXPECT_TRUE(vectortest::Near(copy->UVWToXYZ(uvw), expected, 1e-9)) << c.kind;
+            EXPECT_TRUE(testsupport::Near(copy->UVWToXYZ(uvw), expected, 1e-9)) << c.kind;
         }
     }
     transform->Axis(Vec3d(0, 0, 0));
     Run(transform, VoModule::ModuleFailed);
     EXPECT_EQ(proxy.LastError(), "Vector length cannot equal 0.  At least one component must be non-zero.");
     EXPECT_EQ(transform->GetOutput(0)->Data(), nullptr);
-}
-
-// The dragger needs the origin at the centre: another origin takes it away
-// and disables its row, keeping the flag in the hidden row; restoring rows
-// brings the flag back where the dragger may be shown.
-TEST_F(SceneModulesTest, TransformOriginsOtherThanTheCentreHaveNoDragger)
-{
-    auto* transform = Add(new core::VoTransform);
-    Link(transform, Add(new core::VoLatticeSrc(vectortest::Field(3, 3, 3, [](unsigned, unsigned, unsigned) {
-                            return Vec3d();
-                        }), "")));
-    Edit(transform, {{core::VoTransform::IdDragger, "true"}});
-    EXPECT_TRUE(transform->CurrentDragger());
-    Edit(transform, {{core::VoTransform::IdOriginKind, "1"}});
-    EXPECT_FALSE(transform->ShowDragger());
-    EXPECT_FALSE(transform->CurrentDragger());
-    EXPECT_FALSE(list.Enabled(core::VoTransform::IdDragger));
-    EXPECT_FALSE(list.Enabled(core::VoTransform::IdXOrigin));
-    bool kept = false;
-    list.GetValue(core::VoTransform::IdDraggerState, kept);
-    EXPECT_TRUE(kept);
-
-    Send(*transform, list, core::VoTransform::IdXTrans, true);
-    EXPECT_FALSE(transform->ShowDragger()) << "not with the origin at a corner";
-    Edit(transform, {{core::VoTransform::IdOriginKind, "0"}});
-    list.SetCheck(core::VoTransform::IdDraggerState, true);
-    Send(*transform, list, core::VoTransform::IdXTrans, true);
-    EXPECT_TRUE(transform->ShowDragger());
 }
 
 // A reset sets its values and shows them; restoring a reset row reads the
@@ -521,7 +465,7 @@ TEST_F(SceneModulesTest, TransformStoredFormGainsItsOriginIn126)
     stored.Angle(0.75);
     stored.SetOriginKind(core::VoTransform::CustomOrigin);
     stored.Origin(Vec3d(7, 8, 9));
-    const vectortest::StoredModule document(testsupport::Store(stored), 3);
+    const testsupport::StoredModule document(testsupport::Store(stored), 3);
     std::vector<unsigned char> old = document.body;
     old.resize(old.size() - sizeof(uint32_t) - 3 * sizeof(double));
     for (int version : {125, 126, 130}) {
@@ -573,7 +517,7 @@ TEST_F(SceneModulesTest, TextStoredFormsThroughTheirVersions)
     block.x = 400.0f;
     block.y = 1600.0f;
     block.origin = core::VoAnnotation::LowerRight;
-    const vectortest::StoredModule document(testsupport::Store(annotation), 1);
+    const testsupport::StoredModule document(testsupport::Store(annotation), 1);
     core::VoAnnotation loaded;
     EXPECT_EQ(testsupport::Load(loaded, document.Document(108, document.body)), 0u);
     const core::VoAnnotation::Block& old = loaded.GetBlock();
@@ -592,7 +536,7 @@ TEST_F(SceneModulesTest, TextStoredFormsThroughTheirVersions)
     text.Text("Well 7");
     text.Format().m_Justification = core::TextFormat::Center;
     text.Position(Vec3d(1, 2, 3));
-    const vectortest::StoredModule textDocument(testsupport::Store(text), 1);
+    const testsupport::StoredModule textDocument(testsupport::Store(text), 1);
     for (int version : {121, 122}) {
         core::VoText loadedText;
         EXPECT_EQ(testsupport::Load(loadedText, textDocument.Document(version, textDocument.body)), 0u);

@@ -1,7 +1,8 @@
 // The slice modules driven through the network: textures with the colour
 // map's or the grey window's colours at the right texels, the sampling of the
 // oblique plane, and the stored forms.
-#include "IsoSurfaceTestSupport.h"
+#include "LatticeSupport.h"
+#include "PictureSupport.h"
 #include "NetworkFixture.h"
 
 #include "core/data/VdGeometry.h"
@@ -17,7 +18,6 @@
 #include <Inventor/actions/SoGetBoundingBoxAction.h>
 #include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoFaceSet.h>
-#include <Inventor/nodes/SoSeparator.h>
 #include <Inventor/nodes/SoTexture2.h>
 #include <gtest/gtest.h>
 
@@ -72,7 +72,7 @@ std::vector<Color4b> TextureOf(SoNode* root, int& width, int& height)
 class SliceTest : public testsupport::NetworkFixture {
 protected:
     static SoNode* Output(VoModule& module) { return module.OutputGeometry(0).GetRoot().get(); }
-    static render::Image Picture(VoModule& module, float units) { return isotest::TopDownPicture(Output(module), units); }
+    static render::Image Picture(VoModule& module, float units) { return testsupport::TopDownPicture(Output(module), units); }
 
     testsupport::ErrorProxy proxy;
 };
@@ -81,7 +81,7 @@ protected:
 // along X. The default map runs black to white over 0 .. 23.
 TEST_F(SliceTest, OrthoSliceShowsTheMapsColoursAtTheTexels)
 {
-    auto* slice = Feed(isotest::NodeLattice(4, 2, 3, [](unsigned i, unsigned, unsigned k) { return i + 10.0 * k; }),
+    auto* slice = Feed(testsupport::NodeLattice(4, 2, 3, [](unsigned i, unsigned, unsigned k) { return i + 10.0 * k; }),
                        new VoOrthoSlice);
     slice->Lighting(false);
     slice->Quality(0.05); // nearest texels; 0 would turn texturing off
@@ -116,7 +116,7 @@ TEST_F(SliceTest, OrthoSliceShowsTheMapsColoursAtTheTexels)
 TEST_F(SliceTest, OrthoTexturesHaveTheSliceSizeAndValues)
 {
     // Value = i + 10 j + 100 k on 4 x 3 x 2 nodes.
-    auto* lattice = isotest::NodeLattice(4, 3, 2, [](unsigned i, unsigned j, unsigned k) { return i + 10.0 * j + 100.0 * k; });
+    auto* lattice = testsupport::NodeLattice(4, 3, 2, [](unsigned i, unsigned j, unsigned k) { return i + 10.0 * j + 100.0 * k; });
     std::unique_ptr<VdUniformLattice> owner(lattice);
     const LinearColorInterpolator identity(0.0, 1.0);
     struct Case {
@@ -146,7 +146,7 @@ TEST_F(SliceTest, OrthoTexturesHaveTheSliceSizeAndValues)
 
 TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
 {
-    auto* flat = isotest::NodeLattice(3, 3, 1, [](unsigned i, unsigned, unsigned) { return double(i); }, Vec3d(0, 0, 5));
+    auto* flat = testsupport::NodeLattice(3, 3, 1, [](unsigned i, unsigned, unsigned) { return double(i); }, Vec3d(0, 0, 5));
     auto* slice = Feed(flat, new VoOrthoSlice);
     slice->Slice(7);
     RunPass();
@@ -156,7 +156,7 @@ TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
     EXPECT_FLOAT_EQ(measure.getBoundingBox().getMin()[2], 5.0f);
     EXPECT_FLOAT_EQ(measure.getBoundingBox().getMax()[2], 5.0f);
 
-    auto* deep = Feed(isotest::NodeLattice(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }), new VoOrthoSlice);
+    auto* deep = Feed(testsupport::NodeLattice(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }), new VoOrthoSlice);
     deep->Slice(-1);
     RunPass();
     EXPECT_EQ(deep->Slice(), 2);
@@ -167,7 +167,7 @@ TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
 // does, and the middle one is drawn (the row's arithmetic must not overflow).
 TEST_F(SliceTest, SliceRowsBelowOneDrawTheMiddle)
 {
-    const auto lattice = [] { return isotest::NodeLattice(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }); };
+    const auto lattice = [] { return testsupport::NodeLattice(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }); };
     auto* ortho = Feed(lattice(), new VoOrthoSlice);
     auto* height = Feed(lattice(), new VoHeightField);
     for (const char* row : {"-2147483648", "0", "4"}) {
@@ -201,12 +201,6 @@ TEST_F(SliceTest, ObliqueTextureSizesFollowTheResolution)
     const int sizes[4] = {128, 256, 512, 1024};
     for (unsigned int r = 0; r < 4; ++r)
         EXPECT_EQ(VoObliqueSlice::TextureSize(r), sizes[r]);
-    try {
-        VoObliqueSlice::TextureSize(4);
-        FAIL();
-    } catch (const shr::Exception& e) {
-        EXPECT_EQ(e.Code(), 2);
-    }
     struct Case {
         double across, up;
         int size, width, height;
@@ -236,11 +230,11 @@ TEST_F(SliceTest, ObliqueTextureSizesFollowTheResolution)
 TEST_F(SliceTest, ObliqueSliceOfAMovedLatticeSamplesTheSameValues)
 {
     const auto f = [](unsigned i, unsigned j, unsigned k) { return std::sin(0.7 * i) + 0.3 * j * j - 0.2 * k; };
-    auto* still = Feed(isotest::NodeLattice(9, 7, 5, f), new VoObliqueSlice);
-    auto* moved = isotest::NodeLattice(9, 7, 5, f);
+    auto* still = Feed(testsupport::NodeLattice(9, 7, 5, f), new VoObliqueSlice);
+    auto* moved = testsupport::NodeLattice(9, 7, 5, f);
     moved->SetUserTransform(shr::Mat4d::MakeTranslation(5e5, 4e6, -300.0));
     auto* carried = Feed(moved, new VoObliqueSlice);
-    auto* shifted = Feed(isotest::NodeLattice(9, 7, 5, f, Vec3d(-40, 12, 3)), new VoObliqueSlice);
+    auto* shifted = Feed(testsupport::NodeLattice(9, 7, 5, f, Vec3d(-40, 12, 3)), new VoObliqueSlice);
     for (VoObliqueSlice* slice : {still, carried, shifted}) {
         slice->Plane().Orientation(3);
         slice->Plane().Normal(Vec3d(0.3, -0.5, 1.0));
@@ -268,8 +262,8 @@ TEST_F(SliceTest, ObliqueSliceOfAMovedLatticeSamplesTheSameValues)
 
 TEST_F(SliceTest, ObliquePlaneThatMissesDrawsNothingAndFlatLatticesDrawWhole)
 {
-    auto* cube = Feed(isotest::NodeLattice(3, 3, 3, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
-    auto* flat = Feed(isotest::NodeLattice(4, 4, 1, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
+    auto* cube = Feed(testsupport::NodeLattice(3, 3, 3, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
+    auto* flat = Feed(testsupport::NodeLattice(4, 4, 1, [](unsigned i, unsigned, unsigned) { return double(i); }), new VoObliqueSlice);
     RunPass();
     // The new input set the flat lattice's plane; an offset far off changes nothing there.
     EXPECT_EQ(flat->Plane().Orientation(), 0u);
@@ -291,7 +285,7 @@ TEST_F(SliceTest, ObliquePlaneThatMissesDrawsNothingAndFlatLatticesDrawWhole)
 // the grey window too.
 TEST_F(SliceTest, ObliqueTexelsWithoutDataShowTheMapsStart)
 {
-    auto* lattice = isotest::NodeLattice(2, 2, 2, [](unsigned, unsigned, unsigned) { return 6.0; });
+    auto* lattice = testsupport::NodeLattice(2, 2, 2, [](unsigned, unsigned, unsigned) { return 6.0; });
     for (unsigned int node = 0; node < 8; node += 2)
         lattice->SetBlank(node, 0); // every node with i = 0
     auto* slice = Feed(lattice, new VoObliqueSlice);
@@ -353,14 +347,12 @@ TEST_F(SliceTest, StoredFormsRoundTripAndFailWhole)
     const std::vector<unsigned char> orthoBytes = Store(ortho);
     VoOrthoSlice orthoCopy;
     Load(orthoCopy, orthoBytes);
-    EXPECT_EQ(orthoCopy.Orientation(), 2u);
+    // Stored again, the copy gives the same bytes; what the rows refuse is
+    // refused in a document (below), so each field is read where it is written.
+    EXPECT_EQ(Store(orthoCopy), orthoBytes);
     EXPECT_EQ(orthoCopy.Slice(), 4);
     EXPECT_FALSE(orthoCopy.Lighting());
-    EXPECT_EQ(orthoCopy.Quality(), 0.8);
-    EXPECT_EQ(orthoCopy.Opacity(), 0.25);
-    EXPECT_EQ(orthoCopy.Mapping().method, SliceMapping::Linear);
     EXPECT_EQ(orthoCopy.Mapping().width, 3.0);
-    EXPECT_EQ(orthoCopy.GetColorMap().GetScaleMax(), 9.0);
     EXPECT_EQ(orthoCopy.GetLegend().GetColorMap(), &orthoCopy.GetColorMap());
 
     VoObliqueSlice oblique;
@@ -374,12 +366,9 @@ TEST_F(SliceTest, StoredFormsRoundTripAndFailWhole)
     const std::vector<unsigned char> obliqueBytes = Store(oblique);
     VoObliqueSlice obliqueCopy;
     Load(obliqueCopy, obliqueBytes);
-    EXPECT_EQ(obliqueCopy.GetResolution(), 3u);
+    EXPECT_EQ(Store(obliqueCopy), obliqueBytes);
     EXPECT_TRUE(obliqueCopy.Interpolate());
-    EXPECT_EQ(obliqueCopy.Opacity(), 0.5);
     EXPECT_EQ(obliqueCopy.Mapping().centre, 7.0);
-    EXPECT_EQ(obliqueCopy.Plane().Normal(), Vec3d(1, 1, 0));
-    EXPECT_EQ(obliqueCopy.Plane().Orientation(), 3u);
     EXPECT_EQ(obliqueCopy.Plane().Offset(), 0.125);
 
     // A cut anywhere leaves the slice's own settings untouched.
@@ -395,42 +384,20 @@ TEST_F(SliceTest, StoredFormsRoundTripAndFailWhole)
     EXPECT_EQ(target.Slice(), -1);
 }
 
-// Each damage, stored and loaded into a fresh slice, is refused; `unchanged`
-// checks that the slice kept its settings.
-template <class Slice, size_t N, class Check>
-void ExpectRefused(const std::pair<const char*, void (*)(Slice&)> (&cases)[N], Check unchanged)
-{
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.first);
-        Slice damaged, target;
-        c.second(damaged);
-        EXPECT_THROW(testsupport::Load(target, testsupport::Store(damaged)), shr::Exception);
-        unchanged(target);
-    }
-}
-
 // What the rows would refuse is refused in a document too.
 TEST(SliceStoredForm, LoadingRefusesWhatTheRowsWouldNotTake)
 {
-    const std::pair<const char*, void (*)(VoOrthoSlice&)> orthoCases[] = {
+    testsupport::ExpectDamageRefused<VoOrthoSlice>({
         {"orientation", [](VoOrthoSlice& s) { s.Orientation(3); }},
         {"slice", [](VoOrthoSlice& s) { s.Slice(2147483647); }},
         {"quality", [](VoOrthoSlice& s) { s.Quality(std::nan("")); }},
         {"opacity", [](VoOrthoSlice& s) { s.Opacity(-0.5); }},
         {"mapping", [](VoOrthoSlice& s) { s.Mapping().method = SliceMapping::Method(2); }},
-    };
-    ExpectRefused(orthoCases, [](const VoOrthoSlice& s) {
-        EXPECT_EQ(s.Orientation(), 0u);
-        EXPECT_EQ(s.Slice(), -1);
     });
-    const std::pair<const char*, void (*)(VoObliqueSlice&)> obliqueCases[] = {
+    testsupport::ExpectDamageRefused<VoObliqueSlice>({
         {"resolution", [](VoObliqueSlice& s) { s.SetResolution(4); }},
         {"opacity", [](VoObliqueSlice& s) { s.Opacity(1.5); }},
         {"normal", [](VoObliqueSlice& s) { s.Plane().Normal(Vec3d(0, 0, 0)); }},
-    };
-    ExpectRefused(obliqueCases, [](VoObliqueSlice& s) {
-        EXPECT_EQ(s.GetResolution(), 1u);
-        EXPECT_EQ(s.Plane().Normal(), Vec3d(0, 0, 1));
     });
 }
 

@@ -7,9 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
-#include <cstring>
 
 namespace {
 
@@ -21,17 +19,6 @@ protected:
             static_cast<shr::CTypedObject*>(shr::CTypeInfo::FromName(className)->CreateInstance()));
     }
 };
-
-// Replaces the one occurrence of `marker` in `bytes` by `bad`.
-template <class T>
-void Replace(std::vector<unsigned char>& bytes, T marker, T bad)
-{
-    const auto* pattern = reinterpret_cast<const unsigned char*>(&marker);
-    const auto at = std::search(bytes.begin(), bytes.end(), pattern, pattern + sizeof marker);
-    ASSERT_NE(at, bytes.end());
-    ASSERT_EQ(std::search(at + 1, bytes.end(), pattern, pattern + sizeof marker), bytes.end()) << "a unique marker";
-    std::memcpy(&*at, &bad, sizeof bad);
-}
 
 TEST_F(StoredLimits, ValuesBeyondTheirRowsAreRefused)
 {
@@ -66,9 +53,9 @@ TEST_F(StoredLimits, ValuesBeyondTheirRowsAreRefused)
         const std::unique_ptr<core::VoModule> target(Make(c.className));
         ASSERT_NO_THROW(testsupport::Load(*target, bytes));
         if (c.asFloat)
-            Replace(bytes, float(c.marker), float(c.bad));
+            testsupport::ReplaceUnique(bytes, float(c.marker), float(c.bad));
         else
-            Replace(bytes, c.marker, c.bad);
+            testsupport::ReplaceUnique(bytes, c.marker, c.bad);
         EXPECT_THROW(testsupport::Load(*target, bytes), shr::Exception);
         network().DeleteAllNodes();
     }

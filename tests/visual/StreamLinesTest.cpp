@@ -1,9 +1,10 @@
 // Stream lines in a network: straight lines in a uniform field, circles in a
 // rigid rotation, the stopping rules, the seed sources, the jack dragger,
 // spheres, the rows and the stored form.
-#include "../graphics/DraggerTestSupport.h"
+#include "DraggerTestSupport.h"
 #include "NetworkFixture.h"
-#include "VectorTestSupport.h"
+#include "LatticeSupport.h"
+#include "TestSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/data/VdPoints.h"
@@ -31,8 +32,7 @@ namespace {
 using core::VoModule;
 using core::VoStreamLines;
 using shr::Vec3d;
-using vectortest::Field;
-using vectortest::Near;
+using testsupport::Near;
 
 class RefreshProxy : public testsupport::ErrorProxy {
 public:
@@ -87,7 +87,7 @@ protected:
 // (1, 0, 0) on 11^3 nodes over [0, 10]^3.
 core::VdUniformLattice* Uniform()
 {
-    return Field(11, 11, 11, [](unsigned, unsigned, unsigned) { return Vec3d(1, 0, 0); });
+    return testsupport::VectorLattice(11, 11, 11, [](unsigned, unsigned, unsigned) { return Vec3d(1, 0, 0); });
 }
 
 // A rigid rotation about the Z axis through the centre of [-2, 2]^2 x [0, 1]:
@@ -95,7 +95,7 @@ core::VdUniformLattice* Uniform()
 core::VdUniformLattice* Rotation()
 {
     core::VdUniformLattice* lattice =
-        Field(17, 17, 2, [](unsigned i, unsigned j, unsigned) { return Vec3d(-(j * 0.25 - 2.0), i * 0.25 - 2.0, 0); });
+        testsupport::VectorLattice(17, 17, 2, [](unsigned i, unsigned j, unsigned) { return Vec3d(-(j * 0.25 - 2.0), i * 0.25 - 2.0, 0); });
     lattice->SetUVWBounds(shr::Box3d(Vec3d(-2, -2, 0), Vec3d(2, 2, 1)));
     return lattice;
 }
@@ -161,7 +161,7 @@ TEST_F(StreamLinesTest, LinesStopAtTheEdgeAtBlanksAndAtLowSpeed)
          0.3, 0.0, 7, 6.8},
         // x = 10 - 5 exp(-t / 5): the step from x(3.5) has a mean speed of 0.52,
         // the next one 0.47.
-        {"the field slows towards x = 10", [] { return Field(11, 11, 11, [](unsigned i, unsigned, unsigned) {
+        {"the field slows towards x = 10", [] { return testsupport::VectorLattice(11, 11, 11, [](unsigned i, unsigned, unsigned) {
                                                   return Vec3d((10.0 - i) / 5.0, 0, 0);
                                               }); },
          0.5, 0.5, 8, 10.0 - 5.0 * std::exp(-0.7)},
@@ -190,7 +190,7 @@ TEST_F(StreamLinesTest, StagnationAndSeedsOutsideDrawNothingMore)
     EXPECT_TRUE(Run(lines).empty());
 
     // A field that is zero everywhere skips the seeds altogether.
-    source->SetLattice(Field(3, 3, 3, [](unsigned, unsigned, unsigned) { return Vec3d(); }));
+    source->SetLattice(testsupport::VectorLattice(3, 3, 3, [](unsigned, unsigned, unsigned) { return Vec3d(); }));
     source->SetModified();
     EXPECT_TRUE(Run(lines).empty());
 }
@@ -269,17 +269,6 @@ TEST_F(StreamLinesTest, TheJackPlacesTheSeedsAndADragMovesThem)
     EXPECT_TRUE(Near(lines->Seeds()[0], Vec3d(2, 3, 4), 1e-12));
 }
 
-// One sphere node serves every point of every line.
-TEST_F(StreamLinesTest, SpheresTakeTheirSizeFromTheBox)
-{
-    VoStreamLines* lines = Lines(Uniform(), 0.5, 4);
-    lines->SetStreamMethod(VoStreamLines::Spheres);
-    EXPECT_EQ(Run(lines).size(), 9u);
-    auto* sphere = static_cast<SoSphere*>(Find(*lines, SoSphere::getClassTypeId()));
-    ASSERT_NE(sphere, nullptr);
-    EXPECT_FLOAT_EQ(sphere->radius.getValue(), float(std::sqrt(300.0) * lines->SphereSize() * 0.05));
-}
-
 TEST_F(StreamLinesTest, RowsForTheStepAndTheOlderSeedPlaneKeys)
 {
     VoStreamLines* lines = Fed(Uniform());
@@ -325,7 +314,7 @@ TEST_F(StreamLinesTest, StoredFormThroughItsVersionGates)
         archive.ConnectionsFlag = &links;
         stored->Serialize(archive);
     }
-    const vectortest::StoredModule document(bytes, 3);
+    const testsupport::StoredModule document(bytes, 3);
 
     // Before 110 point size and line width are integers; before 109 the seed
     // plane is a position and the matrix that took the unit seeds to it.
@@ -343,8 +332,8 @@ TEST_F(StreamLinesTest, StoredFormThroughItsVersionGates)
     const Vec3d position(9, 9, 9);
     std::memcpy(legacy.data(), &position, 24);
     std::memcpy(legacy.data() + 24, matrix.m, 128);
-    const std::vector<unsigned char> v109 = vectortest::Replace(document.body, at, sizeof sizes, integers);
-    const std::vector<unsigned char> v108 = vectortest::Replace(v109, planeAt, sizeof plane, legacy);
+    const std::vector<unsigned char> v109 = testsupport::Replace(document.body, at, sizeof sizes, integers);
+    const std::vector<unsigned char> v108 = testsupport::Replace(v109, planeAt, sizeof plane, legacy);
     for (int version : {108, 109, 110, 130}) {
         SCOPED_TRACE(version);
         VoStreamLines loaded;
@@ -362,7 +351,7 @@ TEST_F(StreamLinesTest, StoredFormThroughItsVersionGates)
     // A seed count beyond what the rows allow, or a cut-off archive, fails and changes nothing.
     const size_t seedsAt = document.Find(stored->Seeds()[0]) - 4;
     VoStreamLines target;
-    const auto flooded = vectortest::Replace(document.body, seedsAt, 4, uint32_t(2000000));
+    const auto flooded = testsupport::Replace(document.body, seedsAt, 4, uint32_t(2000000));
     EXPECT_THROW(testsupport::Load(target, document.Document(130, flooded)), shr::Exception);
     EXPECT_THROW(testsupport::Load(target, document.Document(130, document.body), 6), shr::Exception);
     EXPECT_EQ(target.NumberOfSteps(), 100u);

@@ -3,7 +3,7 @@
 // transfer function changing what is seen; the nearer of two regions in
 // front; the compositions and their fallbacks; the resets to 2-D textures;
 // the stored form.
-#include "IsoSurfaceTestSupport.h"
+#include "PictureSupport.h"
 #include "NetworkFixture.h"
 
 #include "core/data/VdGeometry.h"
@@ -104,7 +104,7 @@ protected:
     // Seen from above: the cube spans pixels 16 to 144 on both axes.
     static render::Image Picture(VoVolRender& module)
     {
-        return isotest::TopDownPicture(module.OutputGeometry(0).GetRoot().get(), 2.5f);
+        return testsupport::TopDownPicture(module.OutputGeometry(0).GetRoot().get(), 2.5f);
     }
     VoVolRender* Volume(VdLattice* lattice, uint32_t method)
     {

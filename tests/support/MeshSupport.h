@@ -1,20 +1,12 @@
 #pragma once
-// Fields sampled on the three kinds of lattice, checks of surface meshes
-// (closed, consistently wound, Euler characteristic), and pictures of a
-// module's output, for the visual module tests.
+// Surfaces for tests: fields sampled as floats on the three kinds of lattice
+// with the same node coordinates, and checks of the meshes modules make from
+// them (closed, consistently wound, Euler characteristic).
 #include "core/data/VdCurvilinearLattice.h"
 #include "core/data/VdRectilinearLattice.h"
 #include "core/data/VdUniformLattice.h"
-#include "core/graphics/InvSmartPtr.h"
 #include "core/graphics/VgVertexData.h"
-#include "render/CoinInit.h"
-#include "render/Image.h"
-#include "render/OffscreenContext.h"
-#include "render/SceneRenderer.h"
 #include "shr/Box3d.h"
-
-#include <Inventor/nodes/SoOrthographicCamera.h>
-#include <Inventor/nodes/SoSeparator.h>
 
 #include <algorithm>
 #include <cmath>
@@ -75,23 +67,6 @@ inline std::unique_ptr<core::VdLattice> Sample(Kind kind, unsigned int n, const 
 {
     const unsigned int dims[3] = {n, n, n};
     return Sample(kind, dims, field);
-}
-
-// Nodes (i, j, k) of a uniform float lattice holding f(i, j, k), spacing 1
-// from `origin`.
-template <class F>
-core::VdUniformLattice* NodeLattice(unsigned int nx, unsigned int ny, unsigned int nz, F f,
-                                    shr::Vec3d origin = shr::Vec3d(0, 0, 0))
-{
-    const unsigned int dims[3] = {nx, ny, nz};
-    std::vector<float> values;
-    for (unsigned int k = 0; k < nz; ++k)
-        for (unsigned int j = 0; j < ny; ++j)
-            for (unsigned int i = 0; i < nx; ++i)
-                values.push_back(static_cast<float>(f(i, j, k)));
-    auto* lattice = new core::VdUniformLattice(shr::Float, dims, values.data(), 1);
-    lattice->SetUVWBounds(shr::Box3d(origin, origin + shr::Vec3d(nx - 1.0, ny - 1.0, nz - 1.0)));
-    return lattice;
 }
 
 inline double Sphere(double x, double y, double z) { return x * x + y * y + z * z; }
@@ -171,24 +146,6 @@ inline shr::Vec3d Normal(const core::VgVertexData& data, size_t vertex)
 {
     const SbVec3f& n = data.normals[vertex];
     return shr::Vec3d(n[0], n[1], n[2]);
-}
-
-// `scene` seen straight down -Z, `units` scene units across a 160 x 160
-// picture on black centred on the scene origin.
-inline render::Image TopDownPicture(SoNode* scene, float units)
-{
-    static render::OffscreenContext context;
-    render::EnsureCoinInit();
-    core::InvSmartPtr<SoSeparator> root(new SoSeparator);
-    auto* camera = new SoOrthographicCamera;
-    camera->position = SbVec3f(0, 0, 50);
-    camera->height = units;
-    camera->nearDistance = 1.0f;
-    camera->farDistance = 100.0f;
-    root->addChild(camera);
-    root->addChild(scene);
-    render::SceneRenderer drawing(context, 160, 160, shr::Color4b::Black);
-    return drawing.Render(root.get());
 }
 
 } // namespace isotest
