@@ -288,11 +288,11 @@ TEST(ArchiveTest, ObjectErrors)
     EXPECT_NE(raised.message.find("\"ArcXiveTestNode\""), std::string::npos);
     EXPECT_TRUE(in.CreatedObjects().empty());
 
-    // A reference to an object not yet read.
-    Bytes forward = {'F', 'K', 'D', 'C', 130, 0, 0, 0, 2, 0, 0, 0};
+    // A reference to an object not yet read: the first, before any is.
+    Bytes forward = {'F', 'K', 'D', 'C', 130, 0, 0, 0, 1, 0, 0, 0};
     Archive in2(forward.data(), forward.size());
     EXPECT_EQ(RaisedText([&] { in2.TransferObject(loaded); }), "Shared: Archive \"(memory)\", byte offset 8: corrupt: "
-                                                              "a reference to object 2, of which only 0 are defined.");
+                                                              "a reference to object 1, of which only 0 are defined.");
 
     // A leaf where a node is expected.
     Bytes leafBytes;
