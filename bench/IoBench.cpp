@@ -9,7 +9,7 @@
 // the program: the sum, minimum and maximum of each lattice's values
 // (io_segy_sums.raw, io_netcdf_sums.raw, doubles) for the peer to compare,
 // whatever order its reader puts the nodes in, before it times anything.
-#include "BenchFiles.h"
+#include "bench/BenchSupport.h"
 #include "core/data/VdLattice.h"
 #include "host/LatticeFile.h"
 #include "host/NetcdfGrid.h"
@@ -64,7 +64,7 @@ void WriteSums(const core::VdLattice& lattice, const char* name)
     for (size_t n = 0; n < lattice.VertexCount(); ++n)
         sum += values[n];
     const std::pair<double, double> range = lattice.DataMinMax(0);
-    benchfiles::WriteRaw(name, std::vector<double>{sum, range.first, range.second});
+    bench::WriteRaw(name, std::vector<double>{sum, range.first, range.second});
 }
 
 void BM_PlainRead(benchmark::State& state, const char* path)

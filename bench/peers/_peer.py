@@ -6,9 +6,6 @@ import os
 import subprocess
 import time
 
-from vtkmodules.util.numpy_support import numpy_to_vtk
-from vtkmodules.vtkCommonDataModel import vtkImageData
-
 
 def program(build_dir, name, peer):
     """The path of our benchmark program `name` in `build_dir`; None, said in a line, when it is not built."""
@@ -28,7 +25,10 @@ def benchmark_runs(path, *arguments, env=None):
 
 def image_data(values, dims, origin=(0.0, 0.0, 0.0), spacing=(1.0, 1.0, 1.0), name="value", vectors=False):
     """A vtkImageData of `dims` nodes, i fastest, with `values` (one row per node) as its point
-    scalars, or its vectors."""
+    scalars, or its vectors. VTK is imported here: peers without it use the rest."""
+    from vtkmodules.util.numpy_support import numpy_to_vtk
+    from vtkmodules.vtkCommonDataModel import vtkImageData
+
     data = vtkImageData()
     data.SetDimensions(*dims)
     data.SetOrigin(*origin)

@@ -10,9 +10,7 @@ values with ours (sum, minimum, maximum), and prints the times and ratios.
 One thread on both sides; best of three runs here, Google Benchmark's mean
 of three there.
 """
-import json
 import os
-import subprocess
 import sys
 import time
 
@@ -20,17 +18,16 @@ import numpy as np
 import vtk
 from vtk.util.numpy_support import vtk_to_numpy
 
+from _peer import benchmark_runs
+
 SEGY = "/tmp/fenrak_bench_io.sgy"
 NETCDF = "/tmp/fenrak_bench_io.nc"
 REPEATS = 3
 
 
 def ours(build_dir):
-    program = os.path.join(build_dir, "bench", "bench_io")
-    output = subprocess.run([program, "--benchmark_format=json"], check=True, capture_output=True,
-                            text=True).stdout
     return {run["name"].split("/")[0] + "/" + run["name"].split("/")[1]: run["real_time"] / 1000.0
-            for run in json.loads(output)["benchmarks"]}
+            for run in benchmark_runs(os.path.join(build_dir, "bench", "bench_io"))}
 
 
 def read_segy():

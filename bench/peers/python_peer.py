@@ -20,13 +20,13 @@ store, then copies into it). Out: values are views, checked to share memory;
 the blank mask is computed from the library's bits, set beside a numpy
 comparison over the array.
 """
-import json
 import os
-import subprocess
 import sys
 import time
 
 import numpy as np
+
+from _peer import benchmark_runs
 
 ISOVALUES = (0.1, 0.12)
 SIDE = 256
@@ -36,11 +36,9 @@ ROUNDS = 3
 
 def ours(build_dir, workloads=".*"):
     """Per workload the C++ run of the best repetition (the peer takes its best too)."""
-    program = os.path.join(build_dir, "bench", "bench_python")
-    output = subprocess.run([program, "--benchmark_format=json", "--benchmark_repetitions=%d" % REPEATS,
-                             "--benchmark_filter=" + workloads], check=True, capture_output=True, text=True).stdout
     best_runs = {}
-    for run in json.loads(output)["benchmarks"]:
+    for run in benchmark_runs(os.path.join(build_dir, "bench", "bench_python"),
+                              "--benchmark_repetitions=%d" % REPEATS, "--benchmark_filter=" + workloads):
         name = run["name"].split("/")[0].replace("BM_", "")
         if run.get("run_type") == "iteration" and (name not in best_runs
                                                    or run["real_time"] < best_runs[name]["real_time"]):
