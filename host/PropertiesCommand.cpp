@@ -23,6 +23,17 @@ std::string Shortened(const std::string& text)
     return line.size() > kMax || line.size() < text.size() ? line.substr(0, kMax) + "..." : line;
 }
 
+// The end of the numbered run of rows that starts at `row`: "SubsetComp3" to
+// "SubsetComp20" stand as one line.
+std::vector<CatalogueRow>::const_iterator RunEnd(std::vector<CatalogueRow>::const_iterator row,
+                                                 std::vector<CatalogueRow>::const_iterator end)
+{
+    auto last = row;
+    while (row->source == CatalogueRow::kLaterRow && last + 1 != end && (last + 1)->source == CatalogueRow::kLaterRow)
+        ++last;
+    return last;
+}
+
 } // namespace
 
 void PropertiesCommand::Print(const std::string& type, std::ostream& out)
@@ -34,15 +45,23 @@ void PropertiesCommand::Print(const std::string& type, std::ostream& out)
     const std::vector<CatalogueRow> rows = PropertyCatalogue::Explore(type);
     out << info->UiPath() << "\n";
     out << shr::ToString("  %-32s %-12s %-24s %s\n", "key", "kind", "value", "label");
-    for (const CatalogueRow& row : rows) {
+    for (auto at = rows.cbegin(); at != rows.cend(); ++at) {
+        const CatalogueRow& row = *at;
         if (row.header) {
             out << "  [" << row.label << "]\n";
             continue;
         }
         if (row.key.empty())
             continue;
-        const std::string when = row.condition.empty() ? std::string() : "  (" + row.condition + ")";
-        out << shr::ToString("  %-32s %-12s %-24s %s%s\n", row.key.c_str(), row.kind.c_str(),
+        const std::string remark = row.condition + (row.condition.empty() || row.note.empty() ? "" : "; ") + row.note;
+        const std::string when = remark.empty() ? std::string() : "  (" + remark + ")";
+        std::string key = row.key;
+        const auto last = RunEnd(at, rows.cend());
+        if (last != at) {
+            key += " to " + last->key;
+            at = last;
+        }
+        out << shr::ToString("  %-32s %-12s %-24s %s%s\n", key.c_str(), row.kind.c_str(),
                              Shortened(row.value).c_str(), row.label.c_str(), when.c_str());
         if (!row.choices.empty()) {
             std::string choices;

@@ -6,6 +6,7 @@
 #include "core/network/VbPort.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
+#include "core/properties/VbPropertyRegistry.h"
 #include "core/processing/VoLatticeSrc.h"
 #include "core/processing/VoPointsSrc.h"
 #include "core/wells/VdWellData.h"
@@ -17,6 +18,7 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <cctype>
 #include <memory>
 #include <utility>
 
@@ -159,7 +161,7 @@ private:
     {
         Trial trial(m_Info, state.withData);
         hasData = trial.HasData();
-        PropertyEditor editor(trial.Module());
+        PropertyEditor editor(trial.Module(), PropertyEditor::kRowKeys);
         try {
             for (const auto& edit : state.edits)
                 editor.Set(edit.first, edit.second);
@@ -247,6 +249,118 @@ private:
     bool m_Fed = false; // whether the latest state visited had data
 };
 
+// ---- keys without a row of their own --------------------------------------------------------
+
+// The beginning that all the keys of `rows` share; empty when they have none.
+std::string KeyPrefix(const std::vector<CatalogueRow>& rows)
+{
+    std::string prefix;
+    bool first = true;
+    for (const CatalogueRow& row : rows) {
+        if (row.key.empty())
+            continue;
+        if (first)
+            prefix = row.key;
+        const auto differ = std::mismatch(prefix.begin(), prefix.end(), row.key.begin(), row.key.end());
+        prefix.erase(differ.first, prefix.end());
+        first = false;
+    }
+    return prefix;
+}
+
+// "SubsetComp12" as "SubsetComp" and 12; a key without a number ends in 0.
+std::pair<std::string, unsigned long> Numbered(const std::string& key)
+{
+    size_t digits = key.size();
+    while (digits > 0 && std::isdigit(static_cast<unsigned char>(key[digits - 1])))
+        --digits;
+    if (digits == key.size() || key.size() - digits > 6)
+        return {key, 0};
+    return {key.substr(0, digits), std::stoul(key.substr(digits))};
+}
+
+// `label` with its last `from` made `to`: "Component [2]" from "Component [1]".
+std::string Renumbered(std::string label, unsigned long from, unsigned long to)
+{
+    const std::string old = std::to_string(from);
+    const size_t at = label.rfind(old);
+    return at == std::string::npos ? label : label.replace(at, old.size(), std::to_string(to));
+}
+
+// The kind a key's converter gives its values in the listing.
+std::string ConverterKind(unsigned char converterKey)
+{
+    static const char* const kKinds[] = {"",       "value",  "check",   "color", "color map", "double", "integer",
+                                         "integer", "point", "rectangle", "text", "unsigned", "unsigned", "vector"};
+    return converterKey < sizeof kKinds / sizeof *kKinds ? kKinds[converterKey] : "value";
+}
+
+const char* const kModuleTakesIt = "no row of its own: the module takes it";
+
+// The listing row of `key`, which the rows do not show, and where it goes:
+// after the row it acts on, after the one before it in its numbered run, or
+// at the end.
+std::vector<CatalogueRow>::iterator PlaceFurther(std::vector<CatalogueRow>& rows, const std::string& key,
+                                                 const core::PropertyRegistryPair& pair, CatalogueRow& made)
+{
+    made.key = key;
+    made.id = pair.id;
+    made.kind = ConverterKind(pair.converterKey);
+    const auto shared = std::find_if(rows.begin(), rows.end(), [&](const CatalogueRow& row) {
+        return row.id == made.id && row.source == CatalogueRow::kOwnRow;
+    });
+    if (shared != rows.end() && !shared->key.empty()) {
+        made.source = CatalogueRow::kSecondKey;
+        made.kind = shared->kind;
+        made.label = shared->label;
+        made.choices = shared->choices;
+        made.condition = shared->condition;
+        made.note = "second key of " + shared->key;
+        return shared + 1;
+    }
+    if (shared != rows.end()) {
+        made.source = CatalogueRow::kModuleKey;
+        made.label = shared->label;
+        made.note = kModuleTakesIt;
+        return shared + 1;
+    }
+    const auto number = Numbered(key);
+    const CatalogueRow* before =
+        number.second > 1 ? PropertyCatalogue::Find(rows, number.first + std::to_string(number.second - 1)) : nullptr;
+    if (before) {
+        made.source = CatalogueRow::kLaterRow;
+        made.kind = before->kind;
+        made.label = Renumbered(before->label, number.second - 1, number.second);
+        made.condition = "with further components";
+        return rows.begin() + (before - rows.data()) + 1;
+    }
+    made.source = CatalogueRow::kModuleKey;
+    made.note = kModuleTakesIt;
+    return rows.end();
+}
+
+// Adds the registered keys of the type that `rows` do not show, numbered runs
+// in their order.
+void AddFurtherKeys(std::vector<CatalogueRow>& rows)
+{
+    const std::string prefix = KeyPrefix(rows);
+    if (prefix.empty())
+        return;
+    std::vector<std::pair<std::string, core::PropertyRegistryPair>> further;
+    for (const auto& entry : core::VbPropertyRegistry::Instance()) {
+        const std::string key = entry.first;
+        if (key.compare(0, prefix.size(), prefix) == 0 && !PropertyCatalogue::Find(rows, key))
+            further.emplace_back(key, entry.second);
+    }
+    std::sort(further.begin(), further.end(),
+              [](const auto& a, const auto& b) { return Numbered(a.first) < Numbered(b.first); });
+    for (const auto& entry : further) {
+        CatalogueRow made;
+        const auto at = PlaceFurther(rows, entry.first, entry.second, made);
+        rows.insert(at, std::move(made));
+    }
+}
+
 } // namespace
 
 std::vector<CatalogueRow> PropertyCatalogue::Explore(const std::string& type)
@@ -254,7 +368,9 @@ std::vector<CatalogueRow> PropertyCatalogue::Explore(const std::string& type)
     const core::VbModuleInfo* info = type.empty() ? nullptr : core::VbModuleRegistry::Instance().Construct(type);
     if (!info)
         HOST_USER_ERROR("unknown module type \"%s\" (\"fenrak modules\" lists them)", type.c_str());
-    return Explorer(*info).Run();
+    std::vector<CatalogueRow> rows = Explorer(*info).Run();
+    AddFurtherKeys(rows);
+    return rows;
 }
 
 const CatalogueRow* PropertyCatalogue::Find(const std::vector<CatalogueRow>& rows, const std::string& key)

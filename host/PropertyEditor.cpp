@@ -1,5 +1,6 @@
 #include "host/PropertyEditor.h"
 
+#include "core/network/VbModuleInfo.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
 #include "core/properties/VbPropertyConverterFactory.h"
@@ -10,9 +11,50 @@
 
 namespace host {
 
-PropertyEditor::PropertyEditor(core::VoModule& module) : m_Module(module)
+namespace {
+
+// The key's value from `text` through its registered converter into `value`;
+// false when the text does not convert or the key has no converter.
+bool FromText(const core::PropertyRegistryPair& pair, const std::string& text, boost::any& value)
+{
+    if (pair.converterKey == 0)
+        return false;
+    core::VbPropertyConverterFactory::EnsureFactoriesAreInitialized();
+    return core::VbPropertyConverterFactory::Construct(pair.converterKey)->FromString(text, value);
+}
+
+} // namespace
+
+PropertyEditor::PropertyEditor(core::VoModule& module, Keys keys) : m_Module(module), m_Keys(keys)
 {
     Refresh();
+}
+
+const CatalogueRow* PropertyEditor::Unshown(const std::string& key) const
+{
+    if (m_Keys == kRowKeys || !m_Module.GetModuleInfo())
+        return nullptr;
+    if (!m_Catalogue)
+        m_Catalogue = std::make_unique<std::vector<CatalogueRow>>(
+            PropertyCatalogue::Explore(m_Module.GetModuleInfo()->UiName()));
+    const CatalogueRow* row = PropertyCatalogue::Find(*m_Catalogue, key);
+    return row && (row->source == CatalogueRow::kSecondKey || row->source == CatalogueRow::kModuleKey) ? row
+                                                                                                        : nullptr;
+}
+
+int PropertyEditor::RowOf(const std::string& key) const
+{
+    const int id = m_List.FindKey(key);
+    if (id >= 0)
+        return id;
+    const CatalogueRow* row = Unshown(key);
+    return row && row->source == CatalogueRow::kSecondKey && m_List.IsProp(row->id) ? row->id : -1;
+}
+
+bool PropertyEditor::ModuleKey(const std::string& key) const
+{
+    const CatalogueRow* row = m_List.FindKey(key) < 0 ? Unshown(key) : nullptr;
+    return row && row->source == CatalogueRow::kModuleKey;
 }
 
 // Listed anew, so that the rows stand in the module's order, each under its
@@ -36,13 +78,11 @@ std::string PropertyEditor::ValueText(int id) const
 // with, or, for a key the registry does not know, the row's own.
 boost::any PropertyEditor::Convert(int id, const std::string& key, const std::string& text)
 {
-    const core::VbPropertyRegistry& registry = core::VbPropertyRegistry::Instance();
-    const core::PropertyRegistryPair pair = registry.Get(key);
+    const core::PropertyRegistryPair pair = core::VbPropertyRegistry::Instance().Get(key);
     boost::any value = m_List.AnyValue(id);
     bool parsed = false;
     if (pair.converterKey != 0 && pair.id == id) {
-        core::VbPropertyConverterFactory::EnsureFactoriesAreInitialized();
-        parsed = core::VbPropertyConverterFactory::Construct(pair.converterKey)->FromString(text, value);
+        parsed = FromText(pair, text, value);
         if (parsed)
             m_List.AnyValue(id, value, false); // raises when the converter's type is not the row's
     } else {
@@ -56,7 +96,11 @@ boost::any PropertyEditor::Convert(int id, const std::string& key, const std::st
 
 void PropertyEditor::Set(const std::string& key, const std::string& text)
 {
-    const int id = m_List.FindKey(key);
+    const int id = RowOf(key);
+    if (id < 0 && ModuleKey(key)) {
+        SetWithoutRow(key, text);
+        return;
+    }
     if (id < 0)
         HOST_USER_ERROR("unknown property key \"%s\"", key.c_str());
     if (m_List.Info(id)->kind == "button") {
@@ -76,6 +120,23 @@ void PropertyEditor::Set(const std::string& key, const std::string& text)
         if (IsUserError(error))
             throw;
         m_List.StringValue(id, before);
+        HOST_USER_ERROR("bad value \"%s\" for property key \"%s\": %s", text.c_str(), key.c_str(), error.what());
+    }
+    Refresh();
+}
+
+// The module takes the value as it takes one restored from an older document.
+void PropertyEditor::SetWithoutRow(const std::string& key, const std::string& text)
+{
+    const core::PropertyRegistryPair pair = core::VbPropertyRegistry::Instance().Get(key);
+    boost::any value;
+    if (!FromText(pair, text, value))
+        HOST_USER_ERROR("bad value \"%s\" for property key \"%s\"", text.c_str(), key.c_str());
+    try {
+        core::VoNetwork::Instance().ModifyNode(m_Module, m_List, core::VbPropertyEvent(pair.id, value), true, true);
+    } catch (const shr::Exception& error) {
+        if (IsUserError(error))
+            throw;
         HOST_USER_ERROR("bad value \"%s\" for property key \"%s\": %s", text.c_str(), key.c_str(), error.what());
     }
     Refresh();

@@ -3,8 +3,16 @@
 // user edits a row: the text goes through the key's converter into the row,
 // and the change reaches the module through VoNetwork::ModifyNode. The rows are
 // listed again after each change, since a module may add or drop rows then.
+//
+// Keys of the module's type that no row shows as its own are taken too: a
+// second key of a shown row edits that row; a key the module takes without a
+// row ("StreamLinesSeedPlaneNormal", "WellDataDeleteWell") reaches it as the
+// restoring of an older document's value does. The type's catalogue tells
+// which is which; it is explored the first time such a key is asked for.
 #include "host/HostPropertyList.h"
+#include "host/PropertyCatalogue.h"
 
+#include <memory>
 #include <string>
 
 namespace core {
@@ -17,9 +25,14 @@ class PropertyEditor {
 public:
     // Lists the module's rows; the module need not be in the network yet only
     // for reading (Set requires it there).
-    explicit PropertyEditor(core::VoModule& module);
+    // The catalogue's own trials set only keys of rows: kRowKeys.
+    enum Keys { kTypeKeys, kRowKeys };
+    explicit PropertyEditor(core::VoModule& module, Keys keys = kTypeKeys);
 
-    bool HasKey(const std::string& key) const { return m_List.FindKey(key) >= 0; }
+    // Whether `key` can be set now: a shown row takes it, or the module does.
+    bool HasKey(const std::string& key) const { return RowOf(key) >= 0 || ModuleKey(key); }
+    // The shown row that `key` edits, its own or the one it is a second key of; -1 for none.
+    int RowOf(const std::string& key) const;
     // Raises a user error "unknown property key "K"" or "bad value "V" for
     // property key "K"" (with the module's reason when it gives one); the
     // module is left as it was.
@@ -32,9 +45,15 @@ public:
 
 private:
     boost::any Convert(int id, const std::string& key, const std::string& text);
+    void SetWithoutRow(const std::string& key, const std::string& text);
+    // The type's listing row of `key` when no row shows it as its own, or null.
+    const CatalogueRow* Unshown(const std::string& key) const;
+    bool ModuleKey(const std::string& key) const;
 
     core::VoModule& m_Module;
     HostPropertyList m_List;
+    Keys m_Keys;
+    mutable std::unique_ptr<std::vector<CatalogueRow>> m_Catalogue;
 };
 
 } // namespace host

@@ -317,7 +317,7 @@ void SceneBuilder::SetProperty(const ModuleSpec& spec, PropertyEditor& editor, c
             throw;
         Fail(spec, error.Message());
     }
-    m_SetValues[spec.name][key] = editor.ValueText(editor.List().FindKey(key));
+    m_SetValues[spec.name][key] = editor.ValueText(editor.RowOf(key));
 }
 
 bool SceneBuilder::RestoreReplacedValues()
@@ -327,9 +327,13 @@ bool SceneBuilder::RestoreReplacedValues()
         PropertyEditor editor(*m_Modules.at(spec.name));
         bool changed = false;
         for (const auto& property : spec.properties) {
-            const int id = editor.List().FindKey(property.first);
-            if (id < 0 || editor.List().Info(id)->kind == "button" ||
-                editor.ValueText(id) == m_SetValues[spec.name][property.first])
+            const int id = editor.RowOf(property.first);
+            // A key the module takes without a row has no text to compare; what
+            // it set may be what the first data reset (the stream lines' seed
+            // plane follows the data's box), so it is given again.
+            const bool withoutRow = id < 0 && editor.HasKey(property.first);
+            if (!withoutRow && (id < 0 || editor.List().Info(id)->kind == "button" ||
+                                editor.ValueText(id) == m_SetValues[spec.name][property.first]))
                 continue;
             SetProperty(spec, editor, property.first, property.second);
             changed = true;

@@ -33,7 +33,8 @@ public:
     // A module may take new defaults from the first data that reach it (an
     // isosurface moves its isovalue into the data's range), which happens
     // only in the first pass, after Build has set the scene's values. Sets
-    // again every scene value that a module has since replaced, and presses
+    // again every scene value that a module has since replaced, and every
+    // key the module takes without a row of its own, and presses
     // again the compute button of a module that computed from replaced
     // values; true when one was, so that the caller runs another pass.
     bool RestoreReplacedValues();

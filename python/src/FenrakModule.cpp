@@ -67,6 +67,7 @@ py::list Properties(const std::string& type)
         entry["group"] = group;
         entry["choices"] = py::cast(row.choices);
         entry["condition"] = row.condition;
+        entry["note"] = row.note;
         described.append(entry);
     }
     return described;

@@ -157,13 +157,15 @@ py::object PropertyAccess::FromText(const std::string& kind, const std::string& 
 
 int PropertyAccess::Row(const std::string& key) const
 {
-    const int id = m_Editor.List().FindKey(key);
+    const int id = m_Editor.RowOf(key);
     if (id >= 0)
         return id;
     const std::vector<host::CatalogueRow> rows = Catalogue(m_Module.GetModuleInfo()->UiName());
     const host::CatalogueRow* row = host::PropertyCatalogue::Find(rows, key);
     if (!row)
         HOST_USER_ERROR("unknown property key \"%s\"", key.c_str());
+    if (row->source == host::CatalogueRow::kModuleKey)
+        HOST_USER_ERROR("property key \"%s\" has no row of its own: it can be set, not read", key.c_str());
     const std::string when = row->condition.empty() ? std::string() : "; it applies " + row->condition;
     HOST_USER_ERROR("property key \"%s\" has no effect with the other settings%s", key.c_str(), when.c_str());
 }
@@ -191,6 +193,10 @@ py::object PropertyAccess::Get(const std::string& key) const
 
 void PropertyAccess::Set(const std::string& key, py::handle value)
 {
+    if (m_Editor.RowOf(key) < 0 && m_Editor.HasKey(key)) { // the module takes it without a row
+        m_Editor.Set(key, Text(value, host::HostPropertyList::RowInfo{key, "", "", {}}));
+        return;
+    }
     // A copy: the rows are listed again after the change.
     const host::HostPropertyList::RowInfo row = *m_Editor.List().Info(Row(key));
     const std::string text = Text(value, row);

@@ -213,7 +213,7 @@ bool Session::RestoreReplacedValues()
             continue;
         host::PropertyEditor editor(*module);
         for (const SetValue& value : entry.second.values) {
-            const int id = editor.List().FindKey(value.key);
+            const int id = editor.RowOf(value.key);
             if (id < 0 || editor.ValueText(id) == value.shown)
                 continue;
             editor.Set(value.key, value.text);

@@ -21,26 +21,28 @@ def test_the_module_catalogue_is_what_the_host_command_prints():
     assert host_lines("modules") == lines + ["%d module types." % len(fenrak.modules())]
 
 
-@pytest.mark.parametrize("type_", ["Gridder", "Contours"])
+@pytest.mark.parametrize("type_", ["Gridder", "Contours", "Axes"])
 def test_property_rows_are_what_the_host_command_prints(type_):
     printed = [line for line in host_lines("properties", type_)[2:] if not line.startswith("  [")]
     rows = fenrak.properties(type_)
     expected = []
     for row in rows:
-        when = "  (%s)" % row["condition"] if row["condition"] else ""
+        remark = "; ".join(text for text in (row["condition"], row["note"]) if text)
+        when = "  (%s)" % remark if remark else ""
         expected.append(("  %-32s %-12s " % (row["key"], row["kind"]), row["label"] + when))
         if row["choices"]:
             expected.append(("      choices: " + ", ".join("%d %s" % c for c in enumerate(row["choices"])), ""))
     assert len(printed) == len(expected)
     assert all(line.startswith(start) and line.endswith(end) for line, (start, end) in zip(printed, expected))
-    assert any(row["condition"].startswith("with data") for row in rows)
+    assert any(row["condition"].startswith("with data") or row["note"] for row in rows)
 
 
 def test_property_rows_hold_values_in_their_types():
     rows = {r["key"]: r for r in fenrak.properties("Isosurface")}
     assert rows["IsoSurfaceDrawstyle"]["choices"] == ["Shaded", "Lines", "Points"]
     assert rows["IsoSurfaceColor"] == {"key": "IsoSurfaceColor", "kind": "color", "value": (128, 128, 128, 255),
-                                       "label": "Color", "group": "Rendering", "choices": [], "condition": ""}
+                                       "label": "Color", "group": "Rendering", "choices": [], "condition": "",
+                                       "note": ""}
     assert [type(rows[key]["value"]) for key in ("IsoSurfaceOpacity", "IsoSurfaceDrawstyle")] == [float, int]
     with pytest.raises(ValueError, match='unknown module type "Isosurfaces"'):
         fenrak.properties("Isosurfaces")
@@ -171,3 +173,13 @@ def test_a_progress_callback_may_not_use_the_network(net):
     with pytest.raises(RuntimeError, match="busy with a pass"):
         net.run(lambda text, fraction: grid["Gridder3XNum"])
     assert grid.status == "aborted"
+
+
+def test_keys_without_a_row_of_their_own_are_set(net):
+    axes = net.add("Axes", AxesColorGrid=(255, 0, 0))  # a second key of the grid colour's row
+    assert axes["AxesGridColor"] == axes["AxesColorGrid"] == (255, 0, 0, 255)
+    paths = net.add("StreamLines")
+    paths["StreamLinesSeedPlaneNormal"] = (1, 0, 0)  # the module takes the whole vector
+    assert (paths["StreamLinesXNormal"], paths["StreamLinesZNormal"]) == (1.0, 0.0)
+    with pytest.raises(ValueError, match='"StreamLinesSeedPlaneNormal" has no row of its own'):
+        paths["StreamLinesSeedPlaneNormal"]
