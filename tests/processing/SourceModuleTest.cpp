@@ -227,28 +227,13 @@ TEST_F(SourceModuleTest, FilePathAndWorksheetRequestsGoToTheHost)
 
 namespace {
 
-// A source's part of a document as an older version wrote it: the module base
-// of that version (port counts only from 113) with one unlinked output, then
-// the source's own fields from `body`.
+// A source's part of a document as a version before 113 wrote it: the module
+// base with one unlinked output, then the source's own fields from `body`.
 std::vector<unsigned char> OldDocument(int version, const std::function<void(shr::Archive&)>& body)
 {
     std::vector<unsigned char> bytes;
     shr::Archive archive(bytes, kDocument, version);
-    archive.SyncCheck();
-    int32_t status = VoModule::ModuleOk;
-    std::string name("Old");
-    bool flags[2] = {true, true};
-    archive.Transfer(status);
-    archive.Transfer(name);
-    archive.Transfer(flags[0]);
-    archive.Transfer(flags[1]);
-    int32_t inputs = 0, outputs = 1;
-    uint32_t links = 0;
-    if (version >= 113)
-        archive.Transfer(inputs);
-    if (version >= 113)
-        archive.Transfer(outputs);
-    archive.Transfer(links);
+    testsupport::WriteOldModulePart(archive, "Old", 1);
     archive.SyncCheck();
     body(archive);
     archive.Close();

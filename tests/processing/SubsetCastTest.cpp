@@ -13,8 +13,6 @@
 
 #include <gtest/gtest.h>
 
-#include <deque>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -27,16 +25,6 @@ using core::VoSubset;
 const auto& Value = testsupport::ElementValue;
 
 double NodeField(const shr::Vec3d& p, unsigned int c) { return 100.0 * p.x + 10.0 * p.y + p.z + 1000.0 * c; }
-
-std::string ErrorOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const shr::Exception& error) {
-        return error.Message();
-    }
-    return "";
-}
 
 class SubsetCastTest : public testsupport::DataNetworkTest {
 protected:
@@ -105,7 +93,7 @@ TEST_F(SubsetCastTest, SubsetRangeMessagesAndQuietRefusals)
             wrong.last[1] = 2;
         (c.field == 0 ? wrong.first : c.field == 1 ? wrong.last : wrong.step)[c.axis] = c.value;
         bool valid = true;
-        EXPECT_EQ(ErrorOf([&] { valid = VoSubset::Validate(wrong, dims); }), c.message);
+        EXPECT_EQ(testsupport::RaisedBy([&] { valid = VoSubset::Validate(wrong, dims); }).message, c.message);
         EXPECT_EQ(valid, *c.message != 0) << c.message;
     }
     EXPECT_TRUE(VoSubset::Validate(range, dims));
