@@ -1,6 +1,7 @@
 // Point extraction through the network: lattice nodes and depths along wells
 // to points, blanks and defaults, the component rows and the stored form.
 #include "NetworkFixture.h"
+#include "../wells/WellTestSupport.h"
 
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
@@ -43,13 +44,7 @@ VdUniformLattice* MakeLattice()
     return lattice;
 }
 
-std::shared_ptr<WellLog> Log(const char* name, std::initializer_list<LogEntry> entries)
-{
-    auto log = std::make_shared<WellLog>(LogInit{name, kNull});
-    for (const LogEntry& entry : entries)
-        log->Append(entry);
-    return log;
-}
+const auto Log = welltest::MakeLog;
 
 // Well A runs straight down from the origin to MD 200 with a gamma log (a gap
 // at 150 and a sample at 250, below the path) and a one-sample resistivity
@@ -171,12 +166,7 @@ TEST_F(ExtractPointsModule, RowsKeysAndStoredForm)
     bytes[countAt] = 21;
     VoExtractPoints fresh, untouched;
     EXPECT_THROW(testsupport::Load(fresh, bytes), shr::Exception);
-    // The module's own fields, after the base's: marker, count, default, 20 empty names, flag.
-    const auto ownFields = [](VoExtractPoints& module) {
-        const std::vector<unsigned char> stored = testsupport::Store(module);
-        return std::vector<unsigned char>(stored.end() - (4 + 4 + 8 + 4 + 20 * 4 + 1), stored.end());
-    };
-    EXPECT_EQ(ownFields(fresh), ownFields(untouched)) << "left as it was";
+    EXPECT_EQ(testsupport::Store(fresh), testsupport::Store(untouched)) << "left as it was";
 }
 
 } // namespace

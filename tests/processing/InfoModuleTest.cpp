@@ -1,5 +1,6 @@
 // The info module's rows for each kind of input, read as a host lists them.
 #include "SourceTestSupport.h"
+#include "../wells/WellTestSupport.h"
 
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
@@ -112,12 +113,9 @@ TEST_F(InfoModuleTest, WellRows)
     auto* wells = new VdWellData;
     auto a = std::make_shared<Well>("A-1");
     a->Top(shr::Point3<double>(500100.25, 7000200.5, 841.125));
-    auto gr = std::make_shared<WellLog>(LogInit{"GR", WellLog::DefaultNullValue});
-    for (const auto& entry : {LogEntry(40, 80.5), LogEntry(10, 12), LogEntry(20, WellLog::DefaultNullValue)})
-        gr->Append(entry);
-    a->AddLog(gr);
+    a->AddLog(welltest::MakeLog("GR", {LogEntry(40, 80.5), LogEntry(10, 12), LogEntry(20, WellLog::DefaultNullValue)}));
     auto b = std::make_shared<Well>("B-2");
-    b->AddLog(std::make_shared<WellLog>(LogInit{"empty", WellLog::DefaultNullValue}));
+    b->AddLog(welltest::MakeLog("empty", {}));
     wells->AddWell(b);
     wells->AddWell(a);
     VoInfo* info = AddInfo(Add(new testsupport::DataSource(wells, PortWellData)));

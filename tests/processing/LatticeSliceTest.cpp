@@ -77,9 +77,8 @@ TEST_F(LatticeSliceTest, EveryKindAcrossEveryAxisKeepsValuesBlanksCoordinatesAnd
                     EXPECT_EQ(testsupport::ElementValue(*out, n, c), testsupport::ElementValue(in, m, c));
                     EXPECT_EQ(out->IsBlank(n, c), in.IsBlank(m, c)) << n << " " << c;
                 }
-                EXPECT_TRUE(testsupport::Near(out->IJKToXYZ(ijk[0], ijk[1], ijk[2]), in.IJKToXYZ(src[0], src[1], src[2]),
-                                              1e-9))
-                    << n;
+                const shr::Vec3d expected = in.IJKToXYZ(src[0], src[1], src[2]);
+                EXPECT_TRUE(testsupport::Near(out->IJKToXYZ(ijk[0], ijk[1], ijk[2]), expected, 1e-9)) << n;
             }
         }
     }
