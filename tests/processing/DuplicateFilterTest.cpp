@@ -190,20 +190,15 @@ VdPoints* NetworkPoints()
     return points;
 }
 
-double Value(const VdPoints& points, unsigned int p, unsigned int c)
-{
-    return *static_cast<const double*>(points.DataPtr(p, c));
-}
+const auto& Value = testsupport::ElementValue;
 
-class DuplicateFilterModule : public testsupport::ReportingNetworkTest {};
+class DuplicateFilterModule : public testsupport::DataNetworkTest {};
 
 } // namespace
 
 TEST_F(DuplicateFilterModule, FiltersItsInputThroughTheNetwork)
 {
-    auto* source = Add(new testsupport::DataSource(NetworkPoints(), PortPoints));
-    auto* filter = Add(new VoDuplicateFilter);
-    Link(filter, source, 0);
+    auto* filter = Feed(NetworkPoints(), new VoDuplicateFilter);
     struct Case {
         const char* rule;
         std::vector<double> first;     // component 0 of each output point
@@ -217,7 +212,7 @@ TEST_F(DuplicateFilterModule, FiltersItsInputThroughTheNetwork)
     };
     for (const Case& c : cases) {
         Edit(filter, {{VoDuplicateFilter::RuleId, c.rule}, {VoDuplicateFilter::XToleranceId, "0.5"}});
-        const auto* out = dynamic_cast<const VdPoints*>(filter->GetOutput(0)->Data());
+        const auto* out = Output<VdPoints>(filter);
         ASSERT_NE(out, nullptr) << c.rule << ": " << LastError();
         ASSERT_EQ(out->VertexCount(), c.first.size()) << c.rule;
         ASSERT_EQ(out->ComponentCount(), 2u);
