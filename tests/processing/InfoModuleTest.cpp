@@ -4,15 +4,9 @@
 
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
-#include "core/processing/VoGeomSrc.h"
 #include "core/processing/VoInfo.h"
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/wells/VdWellData.h"
-
-#include <Inventor/nodes/SoCoordinate3.h>
-#include <Inventor/nodes/SoFaceSet.h>
-#include <Inventor/nodes/SoPointSet.h>
-#include <Inventor/nodes/SoSeparator.h>
 
 using namespace core;
 using namespace sourcetest;
@@ -30,19 +24,6 @@ VdPoints* MakePoints()
     for (unsigned int p = 0; p < 3; ++p)
         points->SetBlank(p, 1);
     return points;
-}
-
-// One triangle and three loose points.
-InvSmartPtr<SoNode> MakeShapes()
-{
-    auto* group = new SoSeparator;
-    auto* coords = new SoCoordinate3;
-    const SbVec3f corners[3] = {SbVec3f(0, 0, 0), SbVec3f(2, 0, 0), SbVec3f(0, 4, 1)};
-    coords->point.setValues(0, 3, corners);
-    group->addChild(coords);
-    group->addChild(new SoFaceSet);
-    group->addChild(new SoPointSet);
-    return InvSmartPtr<SoNode>(group);
 }
 
 class InfoModuleTest : public SourceModuleTest {

@@ -13,7 +13,6 @@
 #include "core/processing/VoSampleLattice.h"
 #include "shr/Archive.h"
 
-#include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoCube.h>
 #include <Inventor/nodes/SoSeparator.h>
 #include <Inventor/nodes/SoTranslation.h>
@@ -56,15 +55,6 @@ VdLattice* MakeKind(int kind)
     const_cast<VdArray&>(lattice->GetCoords()).SetBlank(1, 0);
     lattice->SetModifiedCoords();
     return lattice;
-}
-
-template <class Node>
-Node* FindFirst(SoNode* root)
-{
-    SoSearchAction search;
-    search.setType(Node::getClassTypeId());
-    search.apply(root);
-    return search.getPath() ? static_cast<Node*>(search.getPath()->getTail()) : nullptr;
 }
 
 // A cube of side 2 centred on (1000, 2000, 0).
