@@ -198,7 +198,13 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
 {
     using Rows = std::vector<std::pair<int, boost::any>>;
     const int kBudget = -1; // not a row: the memory budget in bytes
-    const std::string internal = "Internal Error.";
+    const int kInput = -2;  // not a row: new input points
+    const std::string internal = "Internal Error.", noData = "The input point set contains no associated data.";
+    const double coords[] = {0, 0, 0, 1, 1, 1};
+    const double values[] = {1, 2};
+    auto* blank = new VdPoints(shr::Double, shr::Double, 2, coords, values, 1);
+    blank->SetBlank(0, 0);
+    blank->SetBlank(1, 0);
     const std::pair<Rows, std::string> cases[] = {
         {{{IdXMax, 0.0}, {IdXNum, 1u}}, "The minimum X limit must be less than the maximum."},
         {{{IdXNum, 10001u}}, "The X resolution must be >= 2 and <= 10000"},
@@ -214,6 +220,9 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
          "Anisotropy ellipse axes are coplanar.  Specify three non-coplanar axes."},
         {{{IdMethod, 0u}, {IdMetric, 21u}}, internal},
         {{{kBudget, size_t(4096)}, {IdXNum, 1000u}}, "Insufficient memory to perform operation"},
+        {{{kInput, new VdPoints()}}, "The input point set is empty."},
+        {{{kInput, new VdPoints(shr::Double, shr::Double, 2, coords, nullptr, 0)}}, noData},
+        {{{kInput, blank}}, noData},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.second);
@@ -227,6 +236,10 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
         for (const auto& row : c.first) {
             if (row.first == kBudget) {
                 core::MemoryBudget::SetBytes(boost::any_cast<size_t>(row.second));
+                continue;
+            }
+            if (row.first == kInput) {
+                Connect(boost::any_cast<VdPoints*>(row.second));
                 continue;
             }
             list.AnyValue(row.first, row.second, true);
@@ -252,29 +265,6 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
     EXPECT_TRUE(proxy.Errors().empty());
     ASSERT_NE(Output(), nullptr);
     EXPECT_EQ(Output()->GetDims()[0], 10000u);
-}
-
-TEST_F(GridderModuleTest, InputProblemsAreReported)
-{
-    const double coords[] = {0, 0, 0, 1, 1, 1};
-    const double values[] = {1, 2};
-    auto* blank = new VdPoints(shr::Double, shr::Double, 2, coords, values, 1);
-    blank->SetBlank(0, 0);
-    blank->SetBlank(1, 0);
-    const std::pair<VdPoints*, std::string> cases[] = {
-        {new VdPoints(), "The input point set is empty."},
-        {new VdPoints(shr::Double, shr::Double, 2, coords, nullptr, 0),
-         "The input point set contains no associated data."},
-        {blank, "The input point set contains no associated data."},
-    };
-    for (const auto& c : cases) {
-        TearDown();
-        SetUp();
-        Connect(c.first);
-        Grid();
-        EXPECT_EQ(proxy.Errors(), std::vector<std::string>{c.second});
-        EXPECT_EQ(Output(), nullptr);
-    }
 }
 
 TEST_F(GridderModuleTest, AbortLeavesNoOutput)
