@@ -265,12 +265,8 @@ TEST_F(SourceModuleTest, SourcesRoundTripThroughEveryVersionGate)
          },
          [](shr::Archive& archive, int version) {
              TransferTemporary(archive, MakeKind(1));
-             unsigned char zero = 0;
-             archive.Transfer(zero);
-             archive.Transfer(zero);
-             shr::Box3d data(0, 2, 5, 4, 3, 5), user(-1, -2, 5, 3, 4, 5);
-             archive.Transfer(data);
-             archive.Transfer(user);
+             const unsigned char zero = 0;
+             testsupport::Put(archive, zero, zero, shr::Box3d(0, 2, 5, 4, 3, 5), shr::Box3d(-1, -2, 5, 3, 4, 5));
              WriteName(archive, version, "survey.lat");
          },
          [](VoModule& module, int version) {
@@ -305,9 +301,7 @@ TEST_F(SourceModuleTest, SourcesRoundTripThroughEveryVersionGate)
          },
          [](shr::Archive& archive, int version) {
              WriteName(archive, version, "model.iv");
-             uint32_t style = 2, length = 0;
-             archive.Transfer(style);
-             archive.Transfer(length);
+             testsupport::Put(archive, uint32_t(2), uint32_t(0)); // the draw style, no geometry
          },
          [](VoModule& module, int version) {
              auto& source = static_cast<VoGeomSrc&>(module);
