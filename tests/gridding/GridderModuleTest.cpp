@@ -198,7 +198,13 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
 {
     using Rows = std::vector<std::pair<int, boost::any>>;
     const int kBudget = -1; // not a row: the memory budget in bytes
-    const std::string internal = "Internal Error.";
+    const int kInput = -2;  // not a row: new input points
+    const std::string internal = "Internal Error.", noData = "The input point set contains no associated data.";
+    const double coords[] = {0, 0, 0, 1, 1, 1};
+    const double values[] = {1, 2};
+    auto* blank = new VdPoints(shr::Double, shr::Double, 2, coords, values, 1);
+    blank->SetBlank(0, 0);
+    blank->SetBlank(1, 0);
     const std::pair<Rows, std::string> cases[] = {
         {{{IdXMax, 0.0}, {IdXNum, 1u}}, "The minimum X limit must be less than the maximum."},
         {{{IdXNum, 10001u}}, "The X resolution must be >= 2 and <= 10000"},
@@ -214,6 +220,9 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
          "Anisotropy ellipse axes are coplanar.  Specify three non-coplanar axes."},
         {{{IdMethod, 0u}, {IdMetric, 21u}}, internal},
         {{{kBudget, size_t(4096)}, {IdXNum, 1000u}}, "Insufficient memory to perform operation"},
+        {{{kInput, new VdPoints()}}, "The input point set is empty."},
+        {{{kInput, new VdPoints(shr::Double, shr::Double, 2, coords, nullptr, 0)}}, noData},
+        {{{kInput, blank}}, noData},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.second);
@@ -227,6 +236,10 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
         for (const auto& row : c.first) {
             if (row.first == kBudget) {
                 core::MemoryBudget::SetBytes(boost::any_cast<size_t>(row.second));
+                continue;
+            }
+            if (row.first == kInput) {
+                Connect(boost::any_cast<VdPoints*>(row.second));
                 continue;
             }
             list.AnyValue(row.first, row.second, true);
@@ -252,29 +265,6 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
     EXPECT_TRUE(proxy.Errors().empty());
     ASSERT_NE(Output(), nullptr);
     EXPECT_EQ(Output()->GetDims()[0], 10000u);
-}
-
-TEST_F(GridderModuleTest, InputProblemsAreReported)
-{
-    const double coords[] = {0, 0, 0, 1, 1, 1};
-    const double values[] = {1, 2};
-    auto* blank = new VdPoints(shr::Double, shr::Double, 2, coords, values, 1);
-    blank->SetBlank(0, 0);
-    blank->SetBlank(1, 0);
-    const std::pair<VdPoints*, std::string> cases[] = {
-        {new VdPoints(), "The input point set is empty."},
-        {new VdPoints(shr::Double, shr::Double, 2, coords, nullptr, 0),
-         "The input point set contains no associated data."},
-        {blank, "The input point set contains no associated data."},
-    };
-    for (const auto& c : cases) {
-        TearDown();
-        SetUp();
-        Connect(c.first);
-        Grid();
-        EXPECT_EQ(proxy.Errors(), std::vector<std::string>{c.second});
-        EXPECT_EQ(Output(), nullptr);
-    }
 }
 
 TEST_F(GridderModuleTest, AbortLeavesNoOutput)
@@ -305,29 +295,18 @@ std::vector<unsigned char> OldDocument(int version, Damage damage = nullptr)
     uint32_t component = 2;
     if (version >= 112)
         archive.Transfer(component);
-    bool flag = false; // defaults pending, then (after the options) the run flag
-    archive.Transfer(flag);
-    archive.Transfer(o.reserved);
-    archive.Transfer(o.limits);
+    const bool flag = false; // defaults pending, then (after the options) the run flag
     shr::Vec3i resolution(7, 50, 50);
     if (damage)
         damage(o, resolution);
-    archive.Transfer(resolution);
-    archive.Transfer(o.searchType);
-    archive.Transfer(o.minCount);
-    archive.Transfer(o.maxCount);
+    testsupport::Put(archive, flag, o.reserved, o.limits, resolution, o.searchType, o.minCount, o.maxCount);
     for (int i = 0; i < 13; ++i) // the radius and the search axes
         archive.Transfer(o.radius);
-    archive.Transfer(o.method);
-    archive.Transfer(o.anisotropyType);
-    for (int i = 0; i < 12; ++i)
+    testsupport::Put(archive, o.method, o.anisotropyType);
+    for (int i = 0; i < 12; ++i) // the anisotropy lengths and axes
         archive.Transfer(o.radius);
-    archive.Transfer(o.metric);
-    archive.Transfer(o.distancePower);
-    archive.Transfer(o.distanceSmooth);
-    archive.Transfer(o.polynomialPower);
-    archive.Transfer(o.polynomialOrder);
-    archive.Transfer(flag);
+    testsupport::Put(archive, o.metric, o.distancePower, o.distanceSmooth, o.polynomialPower, o.polynomialOrder,
+                     flag);
     if (version >= 102) {
         const unsigned dims[3] = {2, 2, 2};
         shr::CTypedObject* lattice = new VdUniformLattice(shr::Double, dims, nullptr, 1);
@@ -340,10 +319,13 @@ std::vector<unsigned char> OldDocument(int version, Damage damage = nullptr)
 
 } // namespace
 
-TEST(GridderDocument, RoundTripsThroughEveryVersionGate)
+// Every version loads; a document may hold anything, but what the rows would
+// not take is refused, so that a damaged resolution or count never becomes a
+// grid or a search.
+TEST(GridderDocument, EveryVersionLoadsAndValuesBeyondTheRowsLimitsAreRefused)
 {
-    const std::pair<int, uint32_t> cases[] = {{101, 0}, {102, 0}, {111, 0}, {112, 2}, {130, 2}};
-    for (const auto& c : cases) {
+    const std::pair<int, uint32_t> versions[] = {{101, 0}, {102, 0}, {111, 0}, {112, 2}, {130, 2}};
+    for (const auto& c : versions) {
         VoGridder3 loaded;
         testsupport::Load(loaded, OldDocument(c.first));
         EXPECT_EQ(loaded.Options().component, c.second) << c.first;
@@ -351,24 +333,17 @@ TEST(GridderDocument, RoundTripsThroughEveryVersionGate)
         EXPECT_EQ(loaded.GetOutput(0)->Data() != nullptr, c.first >= 102) << c.first;
         EXPECT_EQ(loaded.IsCachingOutput(), c.first >= 102) << c.first;
     }
-}
-
-// A document may hold anything: what the rows would not take is refused, so
-// that a damaged resolution or count never becomes a grid or a search.
-TEST(GridderDocument, ValuesBeyondTheRowsLimitsAreRefused)
-{
-    const Damage cases[] = {
+    const Damage damages[] = {
         [](VoGridder3::GriddingOptions&, shr::Vec3i& r) { r.y = 1; },
         [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.maxCount = 1 << 30; },
         [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.anisotropyType = 7; },
         [](VoGridder3::GriddingOptions& o, shr::Vec3i&) { o.polynomialOrder = -1; },
     };
-    for (size_t n = 0; n < std::size(cases); ++n) {
+    for (size_t n = 0; n < std::size(damages); ++n) {
         VoGridder3 loaded;
-        EXPECT_THROW(testsupport::Load(loaded, OldDocument(shr::Archive::CurrentVersion, cases[n])),
-                     shr::Exception)
-            << "case " << n;
-        EXPECT_EQ(loaded.Options().resolution[0], VoGridder3().Options().resolution[0]) << "case " << n;
+        EXPECT_THROW(testsupport::Load(loaded, OldDocument(shr::Archive::CurrentVersion, damages[n])), shr::Exception)
+            << "damage " << n;
+        EXPECT_EQ(loaded.Options().resolution[0], VoGridder3().Options().resolution[0]) << "damage " << n;
     }
 }
 

@@ -105,6 +105,11 @@ TEST(DuplicateFilter, EachRuleChoosesItsRow)
     const CPointData random = Filter(SampleTable(), F::RuleRandom, 0.1, 0.1, 0.1);
     ASSERT_EQ(random.size(), 3u);
     EXPECT_TRUE(random[0].ID() >= 1 && random[0].ID() <= 3) << random[0].ID();
+
+    VoDuplicateFilter unknown;
+    unknown.SetRule(F::RuleCount);
+    CPointData table = SampleTable();
+    EXPECT_EQ(testsupport::RaisedBy([&] { unknown.FilterDuplicates(table); }).message, "Invalid duplicate rule.");
 }
 
 TEST(DuplicateFilter, StatisticRulesMakeANewRowFromTheValidValues)
@@ -170,15 +175,6 @@ TEST(DuplicateFilter, TolerancesDrawBoxesAroundTheFirstRowOfEachSet)
         EXPECT_EQ(Ids(Filter(MakeTable(c.rows, 1), c.rule, c.tx, c.ty, c.tz)), c.ids) << c.what;
 }
 
-TEST(DuplicateFilter, AnUnknownRuleIsAnError)
-{
-    VoDuplicateFilter filter;
-    filter.SetRule(VoDuplicateFilter::RuleCount);
-    CPointData table = SampleTable();
-    EXPECT_NE(testsupport::RaisedText([&] { filter.FilterDuplicates(table); }).find("Invalid duplicate rule."),
-              std::string::npos);
-}
-
 namespace {
 
 // Points 0 and 2 coincide; 1 stands apart. Two components, point 2 blank in
@@ -194,20 +190,15 @@ VdPoints* NetworkPoints()
     return points;
 }
 
-double Value(const VdPoints& points, unsigned int p, unsigned int c)
-{
-    return *static_cast<const double*>(points.DataPtr(p, c));
-}
+const auto& Value = testsupport::ElementValue;
 
-class DuplicateFilterModule : public testsupport::ReportingNetworkTest {};
+class DuplicateFilterModule : public testsupport::DataNetworkTest {};
 
 } // namespace
 
 TEST_F(DuplicateFilterModule, FiltersItsInputThroughTheNetwork)
 {
-    auto* source = Add(new testsupport::DataSource(NetworkPoints(), PortPoints));
-    auto* filter = Add(new VoDuplicateFilter);
-    Link(filter, source, 0);
+    auto* filter = Feed(NetworkPoints(), new VoDuplicateFilter);
     struct Case {
         const char* rule;
         std::vector<double> first;     // component 0 of each output point
@@ -221,7 +212,7 @@ TEST_F(DuplicateFilterModule, FiltersItsInputThroughTheNetwork)
     };
     for (const Case& c : cases) {
         Edit(filter, {{VoDuplicateFilter::RuleId, c.rule}, {VoDuplicateFilter::XToleranceId, "0.5"}});
-        const auto* out = dynamic_cast<const VdPoints*>(filter->GetOutput(0)->Data());
+        const auto* out = Output<VdPoints>(filter);
         ASSERT_NE(out, nullptr) << c.rule << ": " << LastError();
         ASSERT_EQ(out->VertexCount(), c.first.size()) << c.rule;
         ASSERT_EQ(out->ComponentCount(), 2u);

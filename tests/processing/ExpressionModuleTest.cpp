@@ -16,8 +16,7 @@
 #include <cmath>
 
 using namespace core;
-using testsupport::DataSource;
-using ExpressionModuleTest = testsupport::ReportingNetworkTest;
+using ExpressionModuleTest = testsupport::DataNetworkTest;
 
 namespace {
 
@@ -25,11 +24,6 @@ using Row = ExpressionLattice;
 constexpr int XMin = Row::LimitsId + 1, XMax = Row::LimitsId + 2, ZMax = Row::LimitsId + 8;
 constexpr int XNum = Row::ResolutionId + 1, YNum = Row::ResolutionId + 2, ZNum = Row::ResolutionId + 3;
 constexpr int Expr1 = Row::ExprFirstId, Expr2 = Row::ExprFirstId + 1, Expr3 = Row::ExprFirstId + 2;
-
-const VdUniformLattice* OutputLattice(const VoModule* module)
-{
-    return dynamic_cast<const VdUniformLattice*>(module->GetOutput(0)->Data());
-}
 
 const auto& Value = testsupport::ElementValue;
 
@@ -66,7 +60,7 @@ TEST_F(ExpressionModuleTest, FunctionLatticeNodesIndicesAndBlanks)
                   {ZNum, "2"},
                   {XMax, "4"},
                   {ZMax, "3"}});
-    const VdUniformLattice* lattice = OutputLattice(module);
+    const VdUniformLattice* lattice = Output<VdUniformLattice>(module);
     ASSERT_NE(lattice, nullptr) << LastError();
     ASSERT_EQ(lattice->ComponentCount(), 3u);
     for (unsigned int n = 0; n < lattice->VertexCount(); ++n) {
@@ -103,25 +97,22 @@ TEST_F(ExpressionModuleTest, FunctionLatticeParseErrorsNameTheCodeWithoutTheAdde
         EXPECT_EQ(error.rfind(c.prefix, 0), 0u) << c.text << ": " << error;
         EXPECT_EQ(error.find("W = "), std::string::npos) << error;
         EXPECT_EQ(module->GetStatus(), VoModule::ModuleFailed) << c.text;
-        EXPECT_EQ(OutputLattice(module), nullptr) << "a failure leaves no output";
+        EXPECT_EQ(Output<VdUniformLattice>(module), nullptr) << "a failure leaves no output";
     }
 }
 
 TEST_F(ExpressionModuleTest, LatticeMathSamplesItsInputsByIndex)
 {
-    auto* a = Add(new DataSource(MakeInputA()));
     const unsigned int dimsB[3] = {2, 2, 2};
     auto* latticeB = new VdUniformLattice(shr::Double, dimsB, nullptr, 1);
     for (unsigned int n = 0; n < 8; ++n)
         StoreElement(*latticeB, n, 0, 5.0);
-    auto* b = Add(new DataSource(latticeB));
-    auto* math = Add(new VoLatticeMath);
-    Link(math, a, 0);
-    Link(math, b, 1);
+    auto* math = Feed(MakeInputA(), new VoLatticeMath, 0);
+    Feed(latticeB, math, 1);
     math->SampleByIndex(true);
     Edit(math, {{Row::OutTypeId, "8"}, {Row::OutCompsId, "2"}, {Expr1, "a"}, {Expr2, "A2 + B1"}, {XNum, "3"},
                 {YNum, "3"}, {ZNum, "3"}});
-    const VdUniformLattice* out = OutputLattice(math);
+    const VdUniformLattice* out = Output<VdUniformLattice>(math);
     ASSERT_NE(out, nullptr) << LastError();
     EXPECT_EQ(out->GetUVWBounds(), shr::Box3d(0, 0, 0, 2, 2, 2)) << "limits from the inputs";
     for (unsigned int n = 0; n < out->VertexCount(); ++n) {
@@ -159,9 +150,7 @@ TEST_F(ExpressionModuleTest, LatticeMathMessages)
         {{{ZNum, "10001"}},
          "The number of nodes in the k direction must be greater than 0 and less than or equal to 10000", false},
     };
-    auto* a = Add(new DataSource(MakeInputA()));
-    auto* math = Add(new VoLatticeMath);
-    Link(math, a, 0);
+    auto* math = Feed(MakeInputA(), new VoLatticeMath);
     for (const Case& c : cases) {
         proxy->Clear();
         Edit(math, c.rows);
@@ -230,12 +219,10 @@ TEST_F(ExpressionModuleTest, ExclusionFilterKeepsThePointsForWhichTheConditionDo
         {"1 / (C1 - 2)", {2, 4}},           // no value (at 2) keeps the point
         {"Z < 0", {0, 1, 2, 3, 4, 5}},
     };
-    auto* source = Add(new DataSource(MakePoints(), PortPoints));
-    auto* filter = Add(new VoExclusionFilter);
-    Link(filter, source, 0);
+    auto* filter = Feed(MakePoints(), new VoExclusionFilter);
     for (const Case& c : cases) {
         Edit(filter, {{VoExclusionFilter::ExpressionId, c.text}});
-        const auto* out = dynamic_cast<const VdPoints*>(filter->GetOutput(0)->Data());
+        const auto* out = Output<VdPoints>(filter);
         ASSERT_NE(out, nullptr) << c.text << ": " << LastError();
         ASSERT_EQ(out->VertexCount(), c.kept.size()) << c.text;
         EXPECT_TRUE(out->HasUserTransform());
@@ -265,9 +252,7 @@ TEST_F(ExpressionModuleTest, ExclusionFilterMessages)
         {"W > 1", "Invalid function expression (24850):\n"},
         {"C3 > 1", "Invalid function expression (24850):\n"},
     };
-    auto* source = Add(new DataSource(MakePoints(), PortPoints));
-    auto* filter = Add(new VoExclusionFilter);
-    Link(filter, source, 0);
+    auto* filter = Feed(MakePoints(), new VoExclusionFilter);
     for (const Case& c : cases) {
         proxy->Clear();
         Edit(filter, {{VoExclusionFilter::ExpressionId, c.text}});

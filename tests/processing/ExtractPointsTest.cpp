@@ -1,6 +1,7 @@
 // Point extraction through the network: lattice nodes and depths along wells
 // to points, blanks and defaults, the component rows and the stored form.
 #include "NetworkFixture.h"
+#include "../wells/WellTestSupport.h"
 
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
@@ -43,13 +44,7 @@ VdUniformLattice* MakeLattice()
     return lattice;
 }
 
-std::shared_ptr<WellLog> Log(const char* name, std::initializer_list<LogEntry> entries)
-{
-    auto log = std::make_shared<WellLog>(LogInit{name, kNull});
-    for (const LogEntry& entry : entries)
-        log->Append(entry);
-    return log;
-}
+const auto Log = welltest::MakeLog;
 
 // Well A runs straight down from the origin to MD 200 with a gamma log (a gap
 // at 150 and a sample at 250, below the path) and a one-sample resistivity
@@ -72,19 +67,8 @@ VdWellData* MakeWells()
     return data;
 }
 
-class ExtractPointsModule : public testsupport::ReportingNetworkTest {
+class ExtractPointsModule : public testsupport::DataNetworkTest {
 protected:
-    VoExtractPoints* Extractor(VdData* data, unsigned int type)
-    {
-        auto* source = Add(new testsupport::DataSource(data, type));
-        auto* module = Add(new VoExtractPoints);
-        Link(module, source);
-        return module;
-    }
-    static const VdPoints* Output(const VoExtractPoints* module)
-    {
-        return dynamic_cast<const VdPoints*>(module->GetOutput(0)->Data());
-    }
     // Every value, point by point, with kBlank for a blank.
     static std::vector<double> Values(const VdPoints& points)
     {
@@ -103,11 +87,11 @@ protected:
 
 TEST_F(ExtractPointsModule, LatticeNodesWithBlanksAndDefaults)
 {
-    VoExtractPoints* module = Extractor(MakeLattice(), PortUniformLattice);
+    VoExtractPoints* module = Feed(MakeLattice(), new VoExtractPoints);
     Edit(module, {{VoExtractPoints::IdOutComponents, "3"},
                   {VoExtractPoints::IdFirstComponent, "Component 2"},
                   {VoExtractPoints::IdFirstComponent + 1, "1"}});
-    const VdPoints* points = Output(module);
+    const VdPoints* points = Output<VdPoints>(module);
     ASSERT_TRUE(points);
     EXPECT_FALSE(points->HasUserTransform());
     EXPECT_EQ(points->GetCoordType(), shr::Double);
@@ -117,19 +101,19 @@ TEST_F(ExtractPointsModule, LatticeNodesWithBlanksAndDefaults)
     EXPECT_EQ(Values(*points), (std::vector<double>{0, 0, B, -1, B, B, -2, 20, B, -3, 30, B, B, B, B, -5, 50, B}));
 
     Edit(module, {{VoExtractPoints::IdUseDefault, "true"}, {VoExtractPoints::IdDefaultValue, "-99"}});
-    EXPECT_EQ(Values(*Output(module)), (std::vector<double>{0, 0, -99, -1, -99, -99, -2, 20, -99, -3, 30, -99, -99,
+    EXPECT_EQ(Values(*Output<VdPoints>(module)), (std::vector<double>{0, 0, -99, -1, -99, -99, -2, 20, -99, -3, 30, -99, -99,
                                                             -99, -99, -5, 50, -99}));
-    EXPECT_FALSE(Output(module)->HasBlanks());
+    EXPECT_FALSE(Output<VdPoints>(module)->HasBlanks());
 }
 
 TEST_F(ExtractPointsModule, DepthsAlongWells)
 {
-    VoExtractPoints* module = Extractor(MakeWells(), PortWellData);
+    VoExtractPoints* module = Feed(MakeWells(), new VoExtractPoints);
     EXPECT_EQ(module->CollectComponents(), (std::vector<shr::GString>{"GR", "NPHI", "RT"}));
     Edit(module, {{VoExtractPoints::IdOutComponents, "2"},
                   {VoExtractPoints::IdFirstComponent, "GR"},
                   {VoExtractPoints::IdFirstComponent + 1, "rt"}});
-    const VdPoints* points = Output(module);
+    const VdPoints* points = Output<VdPoints>(module);
     ASSERT_TRUE(points);
     // A: path points 0, 100, 200 and samples at 25 (RT) and 50 (GR); the GR
     // sample at 250 lies below the path and ends the well. B: its two points.
@@ -142,7 +126,7 @@ TEST_F(ExtractPointsModule, DepthsAlongWells)
 
 TEST_F(ExtractPointsModule, RowsKeysAndStoredForm)
 {
-    VoExtractPoints* module = Extractor(MakeLattice(), PortUniformLattice);
+    VoExtractPoints* module = Feed(MakeLattice(), new VoExtractPoints);
     Edit(module, {{VoExtractPoints::IdOutComponents, "2"}, {VoExtractPoints::IdFirstComponent + 1, "Component 2"}});
     EXPECT_TRUE(list.IsProp(VoExtractPoints::IdFirstComponent + 1));
     EXPECT_FALSE(list.IsProp(VoExtractPoints::IdFirstComponent + 2));
@@ -161,22 +145,14 @@ TEST_F(ExtractPointsModule, RowsKeysAndStoredForm)
         rows.StringValue(row.first, row.second);
         alone.PropertyEvent(rows, VbPropertyEvent(row.first, rows.AnyValue(row.first)));
     }
-    std::vector<unsigned char> bytes = testsupport::Store(alone);
-    VoExtractPoints copy;
-    EXPECT_EQ(testsupport::Load(copy, bytes), 0u);
-    EXPECT_EQ(testsupport::Store(copy), bytes);
+    std::vector<unsigned char> bytes = testsupport::ExpectRoundTrip(alone);
     // A document asking for 21 components is refused and changes nothing.
     const size_t countAt = bytes.size() - 1 - (4 + 20 * 4 + 11) - 8 - 4;
     ASSERT_EQ(bytes[countAt], 2);
     bytes[countAt] = 21;
     VoExtractPoints fresh, untouched;
     EXPECT_THROW(testsupport::Load(fresh, bytes), shr::Exception);
-    // The module's own fields, after the base's: marker, count, default, 20 empty names, flag.
-    const auto ownFields = [](VoExtractPoints& module) {
-        const std::vector<unsigned char> stored = testsupport::Store(module);
-        return std::vector<unsigned char>(stored.end() - (4 + 4 + 8 + 4 + 20 * 4 + 1), stored.end());
-    };
-    EXPECT_EQ(ownFields(fresh), ownFields(untouched)) << "left as it was";
+    EXPECT_EQ(testsupport::Store(fresh), testsupport::Store(untouched)) << "left as it was";
 }
 
 } // namespace

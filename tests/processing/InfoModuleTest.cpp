@@ -1,17 +1,12 @@
 // The info module's rows for each kind of input, read as a host lists them.
 #include "SourceTestSupport.h"
+#include "../wells/WellTestSupport.h"
 
 #include "core/data/VdPoints.h"
 #include "core/data/VdUniformLattice.h"
-#include "core/processing/VoGeomSrc.h"
 #include "core/processing/VoInfo.h"
 #include "core/properties/VbPropertyRegistry.h"
 #include "core/wells/VdWellData.h"
-
-#include <Inventor/nodes/SoCoordinate3.h>
-#include <Inventor/nodes/SoFaceSet.h>
-#include <Inventor/nodes/SoPointSet.h>
-#include <Inventor/nodes/SoSeparator.h>
 
 using namespace core;
 using namespace sourcetest;
@@ -29,19 +24,6 @@ VdPoints* MakePoints()
     for (unsigned int p = 0; p < 3; ++p)
         points->SetBlank(p, 1);
     return points;
-}
-
-// One triangle and three loose points.
-InvSmartPtr<SoNode> MakeShapes()
-{
-    auto* group = new SoSeparator;
-    auto* coords = new SoCoordinate3;
-    const SbVec3f corners[3] = {SbVec3f(0, 0, 0), SbVec3f(2, 0, 0), SbVec3f(0, 4, 1)};
-    coords->point.setValues(0, 3, corners);
-    group->addChild(coords);
-    group->addChild(new SoFaceSet);
-    group->addChild(new SoPointSet);
-    return InvSmartPtr<SoNode>(group);
 }
 
 class InfoModuleTest : public SourceModuleTest {
@@ -112,12 +94,9 @@ TEST_F(InfoModuleTest, WellRows)
     auto* wells = new VdWellData;
     auto a = std::make_shared<Well>("A-1");
     a->Top(shr::Point3<double>(500100.25, 7000200.5, 841.125));
-    auto gr = std::make_shared<WellLog>(LogInit{"GR", WellLog::DefaultNullValue});
-    for (const auto& entry : {LogEntry(40, 80.5), LogEntry(10, 12), LogEntry(20, WellLog::DefaultNullValue)})
-        gr->Append(entry);
-    a->AddLog(gr);
+    a->AddLog(welltest::MakeLog("GR", {LogEntry(40, 80.5), LogEntry(10, 12), LogEntry(20, WellLog::DefaultNullValue)}));
     auto b = std::make_shared<Well>("B-2");
-    b->AddLog(std::make_shared<WellLog>(LogInit{"empty", WellLog::DefaultNullValue}));
+    b->AddLog(welltest::MakeLog("empty", {}));
     wells->AddWell(b);
     wells->AddWell(a);
     VoInfo* info = AddInfo(Add(new testsupport::DataSource(wells, PortWellData)));

@@ -165,13 +165,6 @@ TEST_F(LatticeFilterModule, EachFilterKeepsItsOwnParameters)
 
 // ---- the stored form --------------------------------------------------------------------------
 
-std::vector<unsigned char> Header(int version)
-{
-    std::vector<unsigned char> bytes;
-    shr::Archive archive(bytes, "", version);
-    return bytes;
-}
-
 // The module's stored form without its links.
 std::vector<unsigned char> StoreAlone(VoModule& module)
 {
@@ -209,8 +202,8 @@ TEST_F(LatticeFilterModule, StoredFormThroughTheVersionGate)
     expectSettings(loaded, F::XZPlanes, {true, false});
 
     // Before the gate: no orientation, reserved word or flags (4 + 4 + 4 + 2 bytes).
-    const size_t header = Header(shr::Archive::CurrentVersion).size();
-    std::vector<unsigned char> old = Header(M::OrientationVersion - 1);
+    const size_t header = testsupport::Header(shr::Archive::CurrentVersion).size();
+    std::vector<unsigned char> old = testsupport::Header(M::OrientationVersion - 1);
     old.insert(old.end(), current.begin() + long(header), current.end() - 14);
     VoLatticeFilter legacy;
     EXPECT_EQ(testsupport::Load(legacy, old), 0u);

@@ -1,14 +1,11 @@
 // The slice module: one node layer of each lattice kind across each axis, with
 // values, blanks, coordinates and the user transform kept; the fallback to the
 // middle layer; persistence.
+#include "LatticeSupport.h"
 #include "NetworkFixture.h"
 
-#include "core/data/VdCurvilinearLattice.h"
-#include "core/data/VdRectilinearLattice.h"
-#include "core/data/VdUniformLattice.h"
 #include "core/processing/VoLatticeSlice.h"
 #include "core/properties/VbPropertyEvent.h"
-#include "shr/Archive.h"
 #include "shr/Mat4d.h"
 
 #include <gtest/gtest.h>
@@ -21,92 +18,40 @@ namespace {
 using core::VdLattice;
 using core::VoLatticeSlice;
 using core::VoModule;
-using testsupport::DataSource;
+using LatticeSliceTest = testsupport::DataNetworkTest;
 
 const unsigned int kDims[3] = {3, 4, 5};
 
-// Two float components: 100i + 10j + k and its negative; component 1 is
-// blank where (i + j + k) is divisible by 4.
-std::vector<float> MakeValues()
-{
-    std::vector<float> values;
-    for (unsigned int k = 0; k < kDims[2]; ++k)
-        for (unsigned int j = 0; j < kDims[1]; ++j)
-            for (unsigned int i = 0; i < kDims[0]; ++i) {
-                const float v = 100.0f * i + 10.0f * j + k;
-                values.push_back(v);
-                values.push_back(-v);
-            }
-    return values;
-}
-
-void AddBlanksAndTransform(VdLattice& lattice)
-{
-    for (uint32_t n = 0; n < lattice.VertexCount(); ++n) {
-        unsigned int i, j, k;
-        lattice.IndexToIJK(n, i, j, k);
-        if ((i + j + k) % 4 == 0)
-            lattice.SetBlank(n, 1);
-    }
-    lattice.SetUserTransform(shr::Mat4d::MakeScale(2.0, 1.0, 0.5) * shr::Mat4d::MakeTranslation(1000.0, -50.0, 3.0));
-}
-
+// Two float components on the nodes of `kind` (the curvilinear grid sheared:
+// no axis of it is a plane of constant coordinate): 100u + 10v + w, distinct
+// at every node, and its negative; component 1 is blank where (i + j + k) is
+// divisible by 4; scaled and moved by the user transform.
 std::unique_ptr<VdLattice> MakeLattice(unsigned int kind)
 {
-    const std::vector<float> values = MakeValues();
-    std::unique_ptr<VdLattice> lattice;
-    if (kind == core::PortUniformLattice) {
-        auto uniform = std::make_unique<core::VdUniformLattice>(shr::Float, kDims, values.data(), 2);
-        uniform->SetUVWBounds(shr::Box3d(-1.0, 0.0, 10.0, 1.0, 6.0, 12.0));
-        lattice = std::move(uniform);
-    } else if (kind == core::PortRectilinearLattice) {
-        lattice = std::make_unique<core::VdRectilinearLattice>(shr::Float, kDims, values.data(), 2,
-                                                              std::vector<double>{0.0, 1.0, 5.0},
-                                                              std::vector<double>{-3.0, -2.5, 0.0, 9.0},
-                                                              std::vector<double>{1.0, 2.0, 4.0, 8.0, 16.0});
-    } else {
-        // A sheared grid: no axis of it is a plane of constant coordinate.
-        std::vector<double> coords;
-        for (unsigned int k = 0; k < kDims[2]; ++k)
-            for (unsigned int j = 0; j < kDims[1]; ++j)
-                for (unsigned int i = 0; i < kDims[0]; ++i) {
-                    coords.push_back(i + 0.25 * j);
-                    coords.push_back(j + 0.5 * k);
-                    coords.push_back(k + 0.125 * i);
-                }
-        lattice = std::make_unique<core::VdCurvilinearLattice>(shr::Double, shr::Float, kDims, coords.data(),
-                                                              values.data(), 2);
+    std::unique_ptr<VdLattice> lattice =
+        testsupport::SpacedLattice(kind, kDims, shr::Float, 2, [](const shr::Vec3d& p, unsigned int c) {
+            const double v = 100.0 * p.x + 10.0 * p.y + p.z;
+            return c ? -v : v;
+        });
+    for (uint32_t n = 0; n < lattice->VertexCount(); ++n) {
+        unsigned int i, j, k;
+        lattice->IndexToIJK(n, i, j, k);
+        if ((i + j + k) % 4 == 0)
+            lattice->SetBlank(n, 1);
     }
-    AddBlanksAndTransform(*lattice);
+    lattice->SetUserTransform(shr::Mat4d::MakeScale(2.0, 1.0, 0.5) * shr::Mat4d::MakeTranslation(1000.0, -50.0, 3.0));
     return lattice;
 }
 
-class LatticeSliceTest : public testsupport::ReportingNetworkTest {
-protected:
-    VoLatticeSlice* AddSlice(VdLattice* input, unsigned int kind)
-    {
-        source = Add(new DataSource(input, kind));
-        auto* slice = Add(new VoLatticeSlice);
-        Link(slice, source, 0);
-        return slice;
-    }
-    static const VdLattice* Output(const VoModule* module)
-    {
-        return dynamic_cast<const VdLattice*>(module->GetOutput(0)->Data());
-    }
-
-    DataSource* source = nullptr;
-};
-
 TEST_F(LatticeSliceTest, EveryKindAcrossEveryAxisKeepsValuesBlanksCoordinatesAndTransform)
 {
-    for (unsigned int kind : {core::PortUniformLattice, core::PortRectilinearLattice, core::PortCurvilinearLattice}) {
+    for (unsigned int kind : testsupport::kLatticeKinds) {
         for (unsigned int axis = 0; axis < 3; ++axis) {
             SCOPED_TRACE(testing::Message() << "kind " << kind << " axis " << axis);
             network().DeleteAllNodes();
             std::unique_ptr<VdLattice> input = MakeLattice(kind);
             const VdLattice& in = *input;
-            VoLatticeSlice* slice = AddSlice(input.release(), kind);
+            VoLatticeSlice* slice = Feed(input.release(), new VoLatticeSlice);
             const unsigned int index = kDims[axis] - 2;
             const std::string axisText = std::to_string(axis), indexText = std::to_string(index);
             Edit(slice, {{VoLatticeSlice::IdAxis, axisText.c_str()}, {VoLatticeSlice::IdIndex, indexText.c_str()}});
@@ -129,15 +74,11 @@ TEST_F(LatticeSliceTest, EveryKindAcrossEveryAxisKeepsValuesBlanksCoordinatesAnd
                 src[axis] = index;
                 const uint32_t m = in.Index(src[0], src[1], src[2]);
                 for (unsigned int c = 0; c < 2; ++c) {
-                    EXPECT_EQ(*static_cast<const float*>(out->DataPtr(n, c)),
-                              *static_cast<const float*>(in.DataPtr(m, c)));
+                    EXPECT_EQ(testsupport::ElementValue(*out, n, c), testsupport::ElementValue(in, m, c));
                     EXPECT_EQ(out->IsBlank(n, c), in.IsBlank(m, c)) << n << " " << c;
                 }
                 const shr::Vec3d expected = in.IJKToXYZ(src[0], src[1], src[2]);
-                const shr::Vec3d actual = out->IJKToXYZ(ijk[0], ijk[1], ijk[2]);
-                EXPECT_NEAR(actual.x, expected.x, 1e-9);
-                EXPECT_NEAR(actual.y, expected.y, 1e-9);
-                EXPECT_NEAR(actual.z, expected.z, 1e-9);
+                EXPECT_TRUE(testsupport::Near(out->IJKToXYZ(ijk[0], ijk[1], ijk[2]), expected, 1e-9)) << n;
             }
         }
     }
@@ -145,7 +86,7 @@ TEST_F(LatticeSliceTest, EveryKindAcrossEveryAxisKeepsValuesBlanksCoordinatesAnd
 
 TEST_F(LatticeSliceTest, AnIndexThatNoLongerFitsFallsBackToTheMiddleLayer)
 {
-    VoLatticeSlice* slice = AddSlice(MakeLattice(core::PortUniformLattice).release(), core::PortUniformLattice);
+    VoLatticeSlice* slice = Feed(MakeLattice(core::PortUniformLattice).release(), new VoLatticeSlice);
     // The default is the middle layer across Z.
     RunPass();
     EXPECT_EQ(slice->GetIndex(), 2);
@@ -162,17 +103,15 @@ TEST_F(LatticeSliceTest, AnIndexThatNoLongerFitsFallsBackToTheMiddleLayer)
     Edit(slice, {{VoLatticeSlice::IdIndex, "2"}});
     const unsigned int thin[3] = {2, 2, 2};
     const std::vector<float> values(8, 1.0f);
-    auto* other = Add(new DataSource(new core::VdUniformLattice(shr::Float, thin, values.data(), 1),
-                                     core::PortUniformLattice));
-    Link(slice, other, 0);
+    Feed(new core::VdUniformLattice(shr::Float, thin, values.data(), 1), slice);
     RunPass();
     EXPECT_EQ(slice->GetIndex(), 1);
     EXPECT_EQ(slice->GetStatus(), VoModule::ModuleOk) << LastError();
 }
 
-TEST_F(LatticeSliceTest, RefusesAnIndexBeyondTheInputAndAnUnknownAxis)
+TEST_F(LatticeSliceTest, RefusesAnIndexBeyondTheInputAndAnUnknownAxisInRowsAndDocuments)
 {
-    VoLatticeSlice* slice = AddSlice(MakeLattice(core::PortRectilinearLattice).release(), core::PortRectilinearLattice);
+    VoLatticeSlice* slice = Feed(MakeLattice(core::PortRectilinearLattice).release(), new VoLatticeSlice);
     RunPass();
     list.RemoveAll();
     slice->UpdateProperties(list);
@@ -184,10 +123,7 @@ TEST_F(LatticeSliceTest, RefusesAnIndexBeyondTheInputAndAnUnknownAxis)
     EXPECT_THROW(slice->SetAxis(3), shr::Exception);
     EXPECT_EQ(slice->GetAxis(), static_cast<unsigned int>(VoLatticeSlice::AlongZ));
     EXPECT_THROW(VoLatticeSlice::Extract(*MakeLattice(core::PortUniformLattice), 1, 4), shr::Exception);
-}
 
-TEST_F(LatticeSliceTest, RoundTripsThroughAnArchiveAndRejectsBadInput)
-{
     VoLatticeSlice stored;
     stored.SetAxis(VoLatticeSlice::AlongY);
     stored.SetIndex(7);

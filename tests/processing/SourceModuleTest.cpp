@@ -13,7 +13,6 @@
 #include "core/processing/VoSampleLattice.h"
 #include "shr/Archive.h"
 
-#include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoCube.h>
 #include <Inventor/nodes/SoSeparator.h>
 #include <Inventor/nodes/SoTranslation.h>
@@ -56,15 +55,6 @@ VdLattice* MakeKind(int kind)
     const_cast<VdArray&>(lattice->GetCoords()).SetBlank(1, 0);
     lattice->SetModifiedCoords();
     return lattice;
-}
-
-template <class Node>
-Node* FindFirst(SoNode* root)
-{
-    SoSearchAction search;
-    search.setType(Node::getClassTypeId());
-    search.apply(root);
-    return search.getPath() ? static_cast<Node*>(search.getPath()->getTail()) : nullptr;
 }
 
 // A cube of side 2 centred on (1000, 2000, 0).
@@ -227,28 +217,13 @@ TEST_F(SourceModuleTest, FilePathAndWorksheetRequestsGoToTheHost)
 
 namespace {
 
-// A source's part of a document as an older version wrote it: the module base
-// of that version (port counts only from 113) with one unlinked output, then
-// the source's own fields from `body`.
+// A source's part of a document as a version before 113 wrote it: the module
+// base with one unlinked output, then the source's own fields from `body`.
 std::vector<unsigned char> OldDocument(int version, const std::function<void(shr::Archive&)>& body)
 {
     std::vector<unsigned char> bytes;
     shr::Archive archive(bytes, kDocument, version);
-    archive.SyncCheck();
-    int32_t status = VoModule::ModuleOk;
-    std::string name("Old");
-    bool flags[2] = {true, true};
-    archive.Transfer(status);
-    archive.Transfer(name);
-    archive.Transfer(flags[0]);
-    archive.Transfer(flags[1]);
-    int32_t inputs = 0, outputs = 1;
-    uint32_t links = 0;
-    if (version >= 113)
-        archive.Transfer(inputs);
-    if (version >= 113)
-        archive.Transfer(outputs);
-    archive.Transfer(links);
+    testsupport::WriteOldModulePart(archive, "Old", 1);
     archive.SyncCheck();
     body(archive);
     archive.Close();
@@ -290,12 +265,8 @@ TEST_F(SourceModuleTest, SourcesRoundTripThroughEveryVersionGate)
          },
          [](shr::Archive& archive, int version) {
              TransferTemporary(archive, MakeKind(1));
-             unsigned char zero = 0;
-             archive.Transfer(zero);
-             archive.Transfer(zero);
-             shr::Box3d data(0, 2, 5, 4, 3, 5), user(-1, -2, 5, 3, 4, 5);
-             archive.Transfer(data);
-             archive.Transfer(user);
+             const unsigned char zero = 0;
+             testsupport::Put(archive, zero, zero, shr::Box3d(0, 2, 5, 4, 3, 5), shr::Box3d(-1, -2, 5, 3, 4, 5));
              WriteName(archive, version, "survey.lat");
          },
          [](VoModule& module, int version) {
@@ -330,9 +301,7 @@ TEST_F(SourceModuleTest, SourcesRoundTripThroughEveryVersionGate)
          },
          [](shr::Archive& archive, int version) {
              WriteName(archive, version, "model.iv");
-             uint32_t style = 2, length = 0;
-             archive.Transfer(style);
-             archive.Transfer(length);
+             testsupport::Put(archive, uint32_t(2), uint32_t(0)); // the draw style, no geometry
          },
          [](VoModule& module, int version) {
              auto& source = static_cast<VoGeomSrc&>(module);

@@ -186,14 +186,10 @@ TEST_F(WellDataModuleTest, PathsOfTheWellsThatCanHaveThem)
         Event(module, VoWellData::IdComputePaths, true);
         // Each label finds its calculator: the path is the one it makes.
         const char* keys[] = {"AverageAngle", "BalancedTangential", "MinimumCurvature", "Tangential"};
-        Well expected("A");
-        expected.Top(shr::Point3<double>(100, 200, 300.5));
-        for (auto s = module->OutputWellData()->Well("A")->trajectory_begin();
-             s != module->OutputWellData()->Well("A")->trajectory_end(); ++s)
-            expected.AddTrajectoryPoint(*s);
-        WellPathGeneratorFactory::Construct(keys[method])->Generate(expected);
+        const auto expected = SurveyedWell("A");
+        WellPathGeneratorFactory::Construct(keys[method])->Generate(*expected);
         const auto a = module->OutputWellData()->Well("A");
-        EXPECT_TRUE(std::equal(a->path_begin(), a->path_end(), expected.path_begin(), expected.path_end())) << method;
+        EXPECT_TRUE(std::equal(a->path_begin(), a->path_end(), expected->path_begin(), expected->path_end())) << method;
         EXPECT_EQ(module->OutputWellData()->Well("B")->path_size(), 3u);
         EXPECT_TRUE(module->OutputWellData()->Well("C")->path_empty());
         EXPECT_EQ(proxy.Errors(), std::vector<std::string>{"Failed to compute paths for one or more wells.\n"

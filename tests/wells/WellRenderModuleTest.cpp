@@ -205,11 +205,10 @@ TEST_F(WellRenderModuleTest, HiddenAndDegenerateWells)
 
 TEST_F(WellRenderModuleTest, LogRangesOverAllWells)
 {
-    auto* more = new VdWellData(*wells);
+    const auto more = std::make_unique<VdWellData>(*wells);
     auto other = std::make_shared<Well>("W");
     other->AddLog(MakeLog("RT", {LogEntry(0, 7), LogEntry(5, kNull)}));
     more->AddWell(other);
-    std::unique_ptr<VdWellData> hold(more);
     EXPECT_EQ(VoWellRender::CollectLogs(*more), (std::vector<shr::GString>{"AZ", "DIP", "GR", "RT", "ZONE"}));
     VoWellRender::Range range(-1, -1);
     std::vector<uint32_t> bins(4);

@@ -1,7 +1,8 @@
 #pragma once
 // What the well tests share: error texts, and logs made from a list of entries.
+#include "TestSupport.h"
+
 #include "core/wells/WellLog.h"
-#include "shr/Exception.h"
 
 #include <gtest/gtest.h>
 
@@ -14,12 +15,7 @@ namespace welltest {
 // `call` raises an error with exactly this message.
 inline void ExpectError(const std::function<void()>& call, const char* message)
 {
-    try {
-        call();
-        ADD_FAILURE() << "no error, expected: " << message;
-    } catch (const shr::Exception& error) {
-        EXPECT_EQ(error.Message(), message);
-    }
+    EXPECT_EQ(testsupport::RaisedBy(call).message, message);
 }
 
 inline std::shared_ptr<core::WellLog> MakeLog(const char* name, std::initializer_list<core::LogEntry> entries)

@@ -35,14 +35,13 @@ std::vector<double> Depths(const std::vector<WellPathPoint>& points)
 
 TEST(WellEntryWalk, PositionsAtValidEntriesWithinThePath)
 {
-    const auto bent = BentWell();
-    const Well& well = *bent;
+    const auto well = BentWell();
     // Above the path, a gap, at a path point, between points, then below the
     // path (which ends the walk even though a valid entry at 30 follows).
     const auto log = welltest::MakeLog("DIP", {LogEntry(5, 1), LogEntry(10, 2), LogEntry(12, -999.25),
                                                LogEntry(20, 3), LogEntry(30, 4), LogEntry(41, 5),
                                                LogEntry(42, 6)});
-    WellEntryWalk walk(well, *log);
+    WellEntryWalk walk(*well, *log);
     WellPathPoint point;
     const LogEntry* entry = nullptr;
     std::vector<WellPathPoint> points;
@@ -64,8 +63,7 @@ TEST(WellEntryWalk, PositionsAtValidEntriesWithinThePath)
 
 TEST(ExtractPathSegment, ThePathBetweenTwoDepths)
 {
-    const auto bent = BentWell();
-    const Well& well = *bent;
+    const auto well = BentWell();
     const struct {
         double md, thickness;
         std::vector<double> depths;
@@ -80,13 +78,13 @@ TEST(ExtractPathSegment, ThePathBetweenTwoDepths)
     };
     std::vector<WellPathPoint> out;
     for (const auto& c : cases) {
-        ExtractPathSegment(well, c.md, c.thickness, out);
+        ExtractPathSegment(*well, c.md, c.thickness, out);
         EXPECT_EQ(Depths(out), c.depths) << c.md << " + " << c.thickness;
     }
-    ExtractPathSegment(well, 15, 10, out);
+    ExtractPathSegment(*well, 15, 10, out);
     EXPECT_EQ(out[0], WellPathPoint(0, 5, 0, 15));
     EXPECT_EQ(out[2], WellPathPoint(0, 10, -5, 25));
-    ExpectError([&] { ExtractPathSegment(well, 15, -1, out); }, "Thickness must be greater than or equal to zero.");
+    ExpectError([&] { ExtractPathSegment(*well, 15, -1, out); }, "Thickness must be greater than or equal to zero.");
 }
 
 } // namespace
