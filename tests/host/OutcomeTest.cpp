@@ -1,16 +1,12 @@
 // One outcome per run: outputs are checked before anything is computed and
-// appear together or not at all; user mistakes exit 1 naming file, module and
-// key; system failures exit 3 without source paths; each error is printed once.
+// appear together or not at all; system failures exit 3 without source paths.
 #include "HostTestSupport.h"
 
 #include "core/data/MemoryBudget.h"
-#include "host/RenderCommand.h"
-#include "shr/Exception.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sstream>
 
 using hosttest::CommandResult;
 using hosttest::ReadText;
@@ -25,14 +21,6 @@ std::string Scene(const std::string& boxProperties)
 {
     return R"({"modules": [{"name": "Box", "type": "TestBox", "properties": {)" + boxProperties +
            R"(}}], "view": {"size": [16, 12]}})";
-}
-
-size_t Count(const std::string& text, const std::string& part)
-{
-    size_t count = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-        ++count;
-    return count;
 }
 
 } // namespace
@@ -78,41 +66,6 @@ TEST(Outcome, AFailedOutputLeavesEveryEarlierFileAsItWas)
     EXPECT_EQ(result.err, "fenrak: the box refuses to be stored\n") << "no source path, no temporary name";
     EXPECT_EQ(ReadText(picture), "an earlier picture");
     EXPECT_EQ(folder.Files(), (std::vector<std::string>{"out.png", "scene.json"}));
-}
-
-TEST(Outcome, UserMistakesNameFileModuleAndKeyOnce)
-{
-    ScratchFolder folder;
-    folder.Write("box.json", Scene(R"("TestBoxFail": "true")"));
-    struct Case {
-        const char* file;
-        std::string scene;
-        std::string message; // after "<path>: "
-    } cases[] = {
-        {"box.json", "", "module \"Box\": execution failed: the box refuses to be built"},
-        {"big.json", R"({"modules": [], "view": {"azimuth": 1e99999}})", "JSON error: number overflow"},
-        {"size.json", R"({"modules": [], "view": {"size": [4294967297, 10]}})", "view: size"},
-        {"points.json",
-         R"({"modules": [{"name": "Pts", "type": "PointSet", "properties": {"PointsSrcFilename": "gone.csv"}}]})",
-         "module \"Pts\": gone.csv: cannot open the point file"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.file);
-        const std::string path = c.scene.empty() ? folder.Path(c.file) : folder.Write(c.file, c.scene);
-        const CommandResult result = Render({path, "-o", folder.Path("out.png")});
-        EXPECT_EQ(result.status, 1);
-        EXPECT_THAT(result.err, HasSubstr("fenrak: " + path + ": " + c.message));
-        EXPECT_EQ(Count(result.err, c.message), 1u) << result.err;
-        EXPECT_FALSE(hosttest::FileExists(folder.Path("out.png")));
-    }
-}
-
-TEST(Outcome, SystemFailuresKeepSourcePathsForTheLog)
-{
-    std::ostringstream err;
-    const shr::Exception failure("Core", "/src/core/data/VdArray.cpp", 41, 46, "Insufficient memory");
-    EXPECT_EQ(host::RenderCommand::ReportFailure(failure, err), 3);
-    EXPECT_EQ(err.str(), "fenrak: Insufficient memory\n");
 }
 
 // Point files are held to the memory budget, devices included.

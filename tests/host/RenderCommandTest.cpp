@@ -31,14 +31,28 @@ std::string BoxScene(const std::string& boxProperties, const std::string& extraM
               "view": {"size": [64, 48], "azimuth": 0, "elevation": 90, "background": [0, 0, 255]}})";
 }
 
+size_t Occurrences(const std::string& text, const std::string& part)
+{
+    size_t count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
+}
+
 } // namespace
 
-TEST(RenderCommand, SceneErrorsNameFileModuleAndKeyAndWriteNothing)
+// Each mistake in a scene is printed once, naming the file, the module and
+// the key; no output is written and an earlier picture stands.
+TEST(RenderCommand, SceneErrorsNameFileModuleAndKeyOnceAndWriteNothing)
 {
+    ScratchFolder folder;
+    const std::string picture = folder.Write("out.png", "an earlier picture");
+    folder.Write("points.csv", "x,y,z\n0,0,0\n1,1,x\n");
+    folder.Write("wells.csv", "Well,MD (m),Inclination,Azimuth\nA,0,200,10\n");
     struct Case {
         const char* what;
         std::string scene;
-        std::string message; // after "<path>: "
+        std::string message; // after "fenrak: <path>: "
     } cases[] = {
         {"unknown module type", R"({"modules": [{"name": "Shell", "type": "NoSuchModule"}]})",
          "module \"Shell\": unknown module type \"NoSuchModule\""},
@@ -59,6 +73,7 @@ TEST(RenderCommand, SceneErrorsNameFileModuleAndKeyAndWriteNothing)
          "module \"A\": input 0 (\"Input Lattice A\"): a module cannot be its own input"},
         {"malformed JSON", "{\"modules\": [\n  {\"name\": \"A\",\n   \"type\": \"TestBox\",, }\n]}",
          "JSON syntax error at line 3"},
+        {"number overflow", R"({"modules": [], "view": {"azimuth": 1e99999}})", "JSON error: number overflow"},
         {"execution fails", BoxScene(R"("TestBoxFail": "true")"),
          "module \"Box\": execution failed: the box refuses to be built"},
         {"duplicate names", R"({"modules": [{"name": "A", "type": "TestBox"}, {"name": "A", "type": "TestBox"}]})",
@@ -67,26 +82,37 @@ TEST(RenderCommand, SceneErrorsNameFileModuleAndKeyAndWriteNothing)
          "module \"A\": unknown key \"propertes\""},
         {"missing point file", R"({"modules": [{"name": "Pts", "type": "PointSet", "file": "absent.csv"}]})",
          "module \"Pts\": point file \"absent.csv\" not found"},
+        {"point file of a property",
+         R"({"modules": [{"name": "Pts", "type": "PointSet", "properties": {"PointsSrcFilename": "gone.csv"}}]})",
+         "module \"Pts\": gone.csv: cannot open the point file"},
+        {"bad point file beside the scene",
+         R"({"modules": [{"name": "Pts", "type": "PointSet", "file": "points.csv"}]})",
+         "module \"Pts\": points.csv: line 3, column 3 (\"z\")"},
+        {"missing well file", R"({"modules": [{"name": "Wells", "type": "WellData", "files": ["missing.las"]}]})",
+         "module \"Wells\": well file \"missing.las\" not found"},
+        {"bad well file", R"({"modules": [{"name": "Wells", "type": "WellData", "files": ["wells.csv"]}]})",
+         "module \"Wells\": " + folder.Path("wells.csv") + ": line 2, column 3 (\"Inclination\")"},
+        {"no well files", R"({"modules": [{"name": "Wells", "type": "WellData", "files": []}]})",
+         "module \"Wells\": \"files\" must be a list of file names"},
+        {"well files elsewhere", R"({"modules": [{"name": "Grid", "type": "TestLattice", "files": ["wells.csv"]}]})",
+         "module \"Grid\": \"files\" is only for a well data"},
+        {"a scene as a lattice file", R"({"modules": [{"name": "Cube", "type": "Lattice", "file": "scene.json"}]})",
+         "module \"Cube\": scene.json: neither a NetCDF grid nor a SEG-Y cube"},
+        {"missing lattice file", R"({"modules": [{"name": "Cube", "type": "Lattice", "file": "gone.nc"}]})",
+         "module \"Cube\": lattice file \"gone.nc\" not found"},
         {"bad view", R"({"modules": [], "view": {"elevation": 95}})", "view: the elevation must be from -90 to 90"},
+        {"size beyond 32 bits", R"({"modules": [], "view": {"size": [4294967297, 10]}})", "view: size"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        ScratchFolder folder;
         const std::string scene = folder.Write("scene.json", c.scene);
-        const CommandResult result = Render({scene, "-o", folder.Path("out.png"), "--save", folder.Path("doc.fkd")});
+        const CommandResult result = Render({scene, "-o", picture, "--save", folder.Path("doc.fkd")});
         EXPECT_EQ(result.status, 1);
-        EXPECT_THAT(result.err, HasSubstr(scene + ": " + c.message));
-        EXPECT_EQ(folder.Files(), std::vector<std::string>{"scene.json"});
+        EXPECT_THAT(result.err, HasSubstr("fenrak: " + scene + ": " + c.message));
+        EXPECT_EQ(Occurrences(result.err, c.message), 1u) << result.err;
+        EXPECT_EQ(folder.Files(), (std::vector<std::string>{"out.png", "points.csv", "scene.json", "wells.csv"}));
+        EXPECT_EQ(ReadText(picture), "an earlier picture");
     }
-}
-
-TEST(RenderCommand, FailedSceneLeavesAnEarlierPictureAlone)
-{
-    ScratchFolder folder;
-    const std::string picture = folder.Write("out.png", "an earlier picture");
-    const std::string scene = folder.Write("scene.json", BoxScene(R"("TestBoxFail": "true")"));
-    EXPECT_EQ(Render({scene, "-o", picture}).status, 1);
-    EXPECT_EQ(ReadText(picture), "an earlier picture");
 }
 
 TEST(RenderCommand, DrawsTheSceneOnItsBackground)
@@ -152,6 +178,31 @@ TEST(RenderCommand, DocumentRestoresModulesPropertiesAndPicture)
     network.DeleteAllNodes();
 }
 
+// Well files named in a scene are read through the module's Import; the
+// saved document holds the wells and draws the same picture without them.
+TEST(RenderCommand, DocumentHoldsTheWellsOfTheScenesFiles)
+{
+    std::string files;
+    for (const char* name : {"heads.csv", "surveys.csv", "KV-101.las", "KV-102.las", "KV-103.las", "KV-104.las",
+                             "KV-105.las", "tops.csv"})
+        files += std::string(files.empty() ? "\"" : ", \"") + FENRAK_SOURCE_DATA_DIR + "/samples/wells/" + name + "\"";
+    ScratchFolder folder;
+    const std::string scene = folder.Write(
+        "wells.json", "{\"modules\": [{\"name\": \"Wells\", \"type\": \"WellData\", \"files\": [" + files +
+                          "]}, {\"name\": \"Tubes\", \"type\": \"WellRender\", \"inputs\": [\"Wells\"],"
+                          " \"properties\": {\"WellRenderPathColor\": \"255 255 0 255\", \"WellRenderPathSize\": "
+                          "\"12\"}}], \"view\": {\"size\": [200, 150]}}");
+    const CommandResult drawn = Render({scene, "-o", folder.Path("scene.png"), "--save", folder.Path("wells.fkd")});
+    ASSERT_EQ(drawn.status, 0) << drawn.err;
+    const render::Image picture = ReadPng(folder.Path("scene.png"));
+    EXPECT_GT(hosttest::Count(picture, 0, 0, 200, 150,
+                              [](const shr::Color4b& c) { return c.r > 150 && c.g > 150 && c.b < 60; }),
+              200);
+    const CommandResult again = Render({folder.Path("wells.fkd"), "-o", folder.Path("doc.png")});
+    ASSERT_EQ(again.status, 0) << again.err;
+    EXPECT_TRUE(ReadPng(folder.Path("doc.png")) == picture);
+}
+
 TEST(RenderCommand, CorruptDocumentIsAUserError)
 {
     ScratchFolder folder;
@@ -181,22 +232,6 @@ TEST(RenderCommand, StatisticsAndSceneGraphFile)
     EXPECT_EQ(graph.rfind("#Inventor V2.1 ascii", 0), 0u);
     EXPECT_THAT(graph, HasSubstr("Cube"));
     EXPECT_THAT(graph, HasSubstr("width 2"));
-}
-
-TEST(RenderCommand, PointSetReadsItsFileBesideTheScene)
-{
-    ScratchFolder folder;
-    folder.Write("samples.csv", "Easting,Northing,Elevation,Cu\n0,0,0,1\n1,1,1,2\n");
-    const std::string scene = folder.Write(
-        "scene.json", R"({"modules": [{"name": "Samples", "type": "PointSet", "file": "samples.csv"}]})");
-    const CommandResult result = Render({scene, "--stats"});
-    ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_THAT(result.out, ::testing::ContainsRegex("Samples +PointSet +ok"));
-
-    folder.Write("samples.csv", "Easting,Northing,Elevation,Cu\n0,0,0,1\n1,1,x,2\n");
-    const CommandResult bad = Render({scene, "--stats"});
-    EXPECT_EQ(bad.status, 1);
-    EXPECT_THAT(bad.err, HasSubstr(scene + ": module \"Samples\": samples.csv: line 3, column 3 (\"Elevation\")"));
 }
 
 TEST(RenderCommand, CommandLineMistakes)
@@ -231,7 +266,6 @@ TEST(PropertiesCommand, ListsKeysKindsAndValues)
     EXPECT_THAT(unknown.err, HasSubstr("unknown module type \"NoSuchModule\""));
 }
 
-// The sample scene of the source tree, drawn by the library's own modules.
 // The background a global settings module gives the network ends with its
 // scene: the next scene in the same process starts from the default.
 TEST(RenderCommand, GlobalSettingsEndWithTheirScene)
@@ -248,50 +282,4 @@ TEST(RenderCommand, GlobalSettingsEndWithTheirScene)
         ASSERT_EQ(Render({scene, "-o", folder.Path("out.png"), "--size", "8x6"}).status, 0);
         EXPECT_EQ(ReadPng(folder.Path("out.png")).At(4, 3), c.second);
     }
-}
-
-TEST(RenderCommand, SampleSceneDrawsSurfaces)
-{
-    ScratchFolder folder;
-    const std::string picture = folder.Path("sample.png");
-    const CommandResult result =
-        Render({std::string(FENRAK_SOURCE_DATA_DIR) + "/scenes/function-lattice.json", "-o", picture, "--size", "80x60"});
-    ASSERT_EQ(result.status, 0) << result.err;
-    const render::Image image = ReadPng(picture);
-    const shr::Color4b background = image.At(0, 0);
-    int drawn = 0, seeThrough = 0;
-    for (int y = 0; y < image.Height(); ++y) {
-        for (int x = 0; x < image.Width(); ++x) {
-            drawn += image.At(x, y) != background;
-            seeThrough += image.At(x, y).a != 255;
-        }
-    }
-    EXPECT_GT(drawn, 80 * 60 / 20); // the surfaces cover a good part of the view
-    EXPECT_EQ(seeThrough, 0) << "the translucent shell leaves the picture opaque";
-}
-
-// The built-in scene: a translucent shell with a core inside, a vertical
-// section behind them, and the shell's legend in the lower left corner, its
-// strip running from the map's blue at the bottom to its red at the top.
-TEST(RenderCommand, DemoSceneShowsSurfacesAndTheirLegend)
-{
-    ScratchFolder folder;
-    const std::string picture = folder.Path("demo.png");
-    const CommandResult result = Render({"-o", picture, "--stats"});
-    ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_NE(result.out.find("Shell"), std::string::npos) << result.out;
-    const render::Image image = ReadPng(picture);
-    ASSERT_EQ(image.Width(), 1024);
-    const shr::Color4b background = image.At(1000, 20);
-    EXPECT_EQ(background, shr::Color4b(0, 0, 0, 255));
-
-    const shr::Color4b stripBottom = image.At(50, 696), stripTop = image.At(50, 380);
-    EXPECT_GT(stripBottom.b, 200);
-    EXPECT_LT(stripBottom.r, 40);
-    EXPECT_GT(stripTop.r, 200);
-    EXPECT_LT(stripTop.b, 40);
-
-    const shr::Color4b surface = image.At(475, 480);
-    EXPECT_GT(surface.g, 150); // the isovalues map to green and yellow
-    EXPECT_GT(surface.g, surface.b);
 }
