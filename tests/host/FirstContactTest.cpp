@@ -32,17 +32,6 @@ std::string File(const std::string& name)
     return std::string(FENRAK_HOST_FILES) + "/" + name;
 }
 
-// Pixels of the lower-left legend corner of an 800 x 600 picture for which `test` holds.
-template <class Test>
-int LegendPixels(const render::Image& image, Test test)
-{
-    int count = 0;
-    for (int y = 250; y < image.Height(); ++y)
-        for (int x = 0; x < 200; ++x)
-            count += test(image.At(x, y));
-    return count;
-}
-
 } // namespace
 
 // A scene may say which column is which; without it, an identifier is never
@@ -80,24 +69,24 @@ TEST(FirstContact, ColumnsAreTakenAsMappedOrByTheRulesAndReported)
 TEST(FirstContact, LegendsAreReadableOnTheDefaultBackgroundAndOnWhite)
 {
     ScratchFolder folder;
-    const auto scene = [&](const std::string& view) {
-        return folder.Write("scene.json", R"({"modules": [
+    // Pixels of the lower-left legend corner of an 800 x 600 picture that pass `test`.
+    const auto legend = [&](const std::string& view, bool (*test)(const shr::Color4b&)) {
+        const std::string scene = folder.Write("scene.json", R"({"modules": [
             {"name": "Survey", "type": "PointSet", "file": ")" + File("survey-2d.csv") + R"("},
             {"name": "Grid", "type": "Gridder", "inputs": ["Survey"],
              "properties": {"Gridder3XNum": "8", "Gridder3YNum": "8", "Gridder3ZNum": "2"}},
             {"name": "Map", "type": "OrthoImage", "inputs": ["Grid"],
              "properties": {"OrthoSliceColormap": "Rainbow:", "OrthoSliceLegendEnable": "1",
                             "OrthoSliceLegendTitle": "Value"}}])" + view + "}");
+        const std::string picture = folder.Path("map.png");
+        EXPECT_EQ(Render({scene, "-o", picture}).status, 0);
+        const render::Image image = hosttest::ReadPng(picture);
+        return hosttest::Count(image, 0, 250, 200, image.Height(), test);
     };
-    const std::string picture = folder.Path("map.png");
-    ASSERT_EQ(Render({scene(""), "-o", picture}).status, 0);
-    const int white = LegendPixels(hosttest::ReadPng(picture),
-                                   [](const shr::Color4b& c) { return c.r > 200 && c.g > 200 && c.b > 200; });
-    EXPECT_GT(white, 40);
-    ASSERT_EQ(Render({scene(R"(, "view": {"background": "white"})"), "-o", picture}).status, 0);
-    const int dark = LegendPixels(hosttest::ReadPng(picture),
-                                  [](const shr::Color4b& c) { return c.r < 60 && c.g < 60 && c.b < 60; });
-    EXPECT_GT(dark, 40);
+    EXPECT_GT(legend("", [](const shr::Color4b& c) { return c.r > 200 && c.g > 200 && c.b > 200; }), 40);
+    EXPECT_GT(legend(R"(, "view": {"background": "white"})",
+                     [](const shr::Color4b& c) { return c.r < 60 && c.g < 60 && c.b < 60; }),
+              40);
 }
 
 // Through a filter, the gridder's data arrive only in the first pass and
@@ -171,11 +160,8 @@ TEST(FirstContact, APointFileGivenAsTheSceneIsDrawnWithADefaultScene)
         EXPECT_THAT(result.err, HasSubstr(c.file + " is a point file, not a scene: " + c.says));
         EXPECT_THAT(result.out, ::testing::ContainsRegex(c.symbols));
         const render::Image image = hosttest::ReadPng(picture);
-        int coloured = 0;
-        for (int y = 0; y < image.Height(); ++y)
-            for (int x = 0; x < image.Width(); ++x)
-                coloured += image.At(x, y) != image.At(0, 0);
-        EXPECT_GT(coloured, 80 * 60 / 10);
+        EXPECT_GT(hosttest::Count(image, 0, 0, 80, 60, [&](const shr::Color4b& c) { return c != image.At(0, 0); }),
+                  80 * 60 / 10);
     }
     const CommandResult binary = Render({folder.Write("image.bin", std::string("\x89PNG\r\n\x1a\n\0\0", 10))});
     EXPECT_EQ(binary.status, 1);

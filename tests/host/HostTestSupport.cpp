@@ -1,5 +1,6 @@
 #include "HostTestSupport.h"
 
+#include "host/ExportCommand.h"
 #include "host/PropertiesCommand.h"
 #include "host/RenderCommand.h"
 #include "render/CoinInit.h"
@@ -82,6 +83,12 @@ CommandResult Render(const std::vector<std::string>& args)
 }
 
 CommandResult Properties(const std::vector<std::string>& args) { return Capture(&host::PropertiesCommand::Run, args); }
+
+CommandResult Export(const std::vector<std::string>& args)
+{
+    return Capture([](const auto& words, auto& out, auto& err) { return host::ExportCommand::Run(words, out, err); },
+                   args);
+}
 
 render::Image ReadPng(const std::string& path)
 {

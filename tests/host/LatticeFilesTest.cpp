@@ -17,7 +17,6 @@
 #include <netcdf.h>
 
 #include <cmath>
-#include <fstream>
 
 using hosttest::ScratchFolder;
 using hosttest::SegyCube;
@@ -129,11 +128,6 @@ TEST(SegyReader, DamagedFilesAreRefusedWithThePosition)
 {
     ScratchFolder folder;
     const std::vector<unsigned char> good = SegyCube().Bytes();
-    const auto write = [&](const char* name, std::vector<unsigned char> bytes) {
-        std::ofstream(folder.Path(name), std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), long(bytes.size()));
-        return folder.Path(name);
-    };
     auto truncated = good;
     truncated.resize(good.size() - 7);
     auto duplicate = good;
@@ -145,14 +139,15 @@ TEST(SegyReader, DamagedFilesAreRefusedWithThePosition)
     for (size_t t = 0; t < 12; ++t)
         noInterval[3600 + t * 260 + 116] = noInterval[3600 + t * 260 + 117] = 0;
     const std::pair<std::string, std::string> cases[] = {
-        {write("truncated.sgy", truncated), "neither a NetCDF grid nor a SEG-Y cube"},
-        {write("duplicate.sgy", duplicate), "trace 2 (byte 3860): inline 100 crossline 200 already came in trace 1"},
-        {write("inconsistent.sgy", inconsistent), "trace 3 (byte 4120): 9 samples, the file's traces have 5"},
-        {write("interval.sgy", noInterval), "no sample interval in the headers"},
+        {folder.Write("truncated.sgy", truncated), "neither a NetCDF grid nor a SEG-Y cube"},
+        {folder.Write("duplicate.sgy", duplicate),
+         "trace 2 (byte 3860): inline 100 crossline 200 already came in trace 1"},
+        {folder.Write("inconsistent.sgy", inconsistent), "trace 3 (byte 4120): 9 samples, the file's traces have 5"},
+        {folder.Write("interval.sgy", noInterval), "no sample interval in the headers"},
     };
     for (const auto& c : cases)
         EXPECT_THAT(ReadError(c.first), testing::HasSubstr(c.second)) << c.first;
-    EXPECT_THAT(ReadError(write("ok.sgy", good), {{"inlineByte", "10"}}),
+    EXPECT_THAT(ReadError(folder.Write("ok.sgy", good), {{"inlineByte", "10"}}),
                 testing::HasSubstr("\"inlineByte\": byte 10 is not the start of a trace header field"));
     EXPECT_THAT(ReadError(folder.Path("ok.sgy"), {{"inlinebyte", "9"}}),
                 testing::HasSubstr("takes no setting \"inlinebyte\""));
@@ -297,8 +292,7 @@ TEST(NetcdfGrid, DamagedFilesAreRefused)
     const unsigned dims[3] = {4, 4, 4};
     core::VdUniformLattice lattice(shr::Float, dims, nullptr, 1);
     host::NetcdfGrid::Write(lattice, folder.Path("whole.nc"), "whole.nc");
-    std::ifstream in(folder.Path("whole.nc"), std::ios::binary);
-    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    const std::string bytes = hosttest::ReadText(folder.Path("whole.nc"));
     folder.Write("cut.nc", bytes.substr(0, bytes.size() - 4));
     EXPECT_THAT(ReadError(folder.Path("cut.nc")),
                 testing::HasSubstr("cube: variable \"component_1\" runs past the end of the file"));
@@ -363,8 +357,7 @@ TEST(LatticeFile, LatticesBeyondTheMemoryBudgetAreRefused)
     std::vector<unsigned char> diagonal = line.Bytes();
     for (size_t t = 0; t < 12; ++t)
         diagonal[3600 + t * 260 + 188 + 3] = static_cast<unsigned char>(t); // inline t, crossline t
-    std::ofstream(folder.Path("diagonal.sgy"), std::ios::binary)
-        .write(reinterpret_cast<const char*>(diagonal.data()), long(diagonal.size()));
+    folder.Write("diagonal.sgy", diagonal);
     const unsigned dims[3] = {10, 10, 10};
     host::NetcdfGrid::Write(core::VdUniformLattice(shr::Float, dims, nullptr, 1), folder.Path("grid.nc"), "grid.nc");
     const std::string refused = "cube: Insufficient memory to perform operation: ";
