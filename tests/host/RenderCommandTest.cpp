@@ -148,21 +148,18 @@ TEST(RenderCommand, DocumentRestoresModulesPropertiesAndPicture)
           "view": {"size": [64, 48], "azimuth": 20, "elevation": 60, "zoom": 0.5, "background": [0, 0, 255]}})");
     const std::string document = folder.Path("scene.fkd");
     ASSERT_EQ(Render({scene, "-o", folder.Path("a.png"), "--save", document}).status, 0);
-    const CommandResult reloaded = Render({document, "-o", folder.Path("b.png"), "--stats"});
+    const CommandResult reloaded = Render({document, "-o", folder.Path("b.png")});
     ASSERT_EQ(reloaded.status, 0) << reloaded.err;
 
+    // The view and the box's colour show in the picture.
     const render::Image before = ReadPng(folder.Path("a.png"));
     EXPECT_EQ(before.At(32, 24), shr::Color4b(0, 255, 0, 255));
     EXPECT_TRUE(before == ReadPng(folder.Path("b.png")));
-    EXPECT_THAT(reloaded.out, HasSubstr("Field"));
-    EXPECT_THAT(reloaded.out, HasSubstr("FunctionLattice"));
 
-    // The modules, their link and their values, as the document restores them.
+    // The modules, their link and the values the picture does not show.
     core::VoNetwork& network = core::VoNetwork::Instance();
     network.Init();
-    const host::SceneView view = host::NetworkDocument::Load(document);
-    EXPECT_EQ(view.width, 64);
-    EXPECT_EQ(view.zoom, 0.5);
+    host::NetworkDocument::Load(document);
     ASSERT_EQ(network.size(), 2u);
     core::VoModule* box = network.FindNode(shr::GString("Box"));
     core::VoModule* lattice = network.FindNode(shr::GString("Field"));
@@ -170,7 +167,6 @@ TEST(RenderCommand, DocumentRestoresModulesPropertiesAndPicture)
     EXPECT_EQ(box->GetInputConnection(0, 0), lattice);
     host::PropertyEditor boxRows(*box);
     EXPECT_EQ(boxRows.ValueText(boxRows.List().FindKey("TestBoxSize")), "0.5");
-    EXPECT_EQ(boxRows.ValueText(boxRows.List().FindKey("TestBoxColor")), "0 255 0 255");
     host::PropertyEditor latticeRows(*lattice);
     EXPECT_EQ(latticeRows.ValueText(latticeRows.List().FindKey("FunctionLatticeXNum")), "5");
     // Ids go on above the restored ones.
