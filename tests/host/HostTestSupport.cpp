@@ -8,11 +8,11 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
-#include <dirent.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -30,9 +30,8 @@ ScratchFolder::ScratchFolder()
 
 ScratchFolder::~ScratchFolder()
 {
-    for (const std::string& name : Files())
-        unlink(Path(name).c_str());
-    rmdir(m_Path.c_str());
+    std::error_code ignored;
+    std::filesystem::remove_all(m_Path, ignored);
 }
 
 std::string ScratchFolder::Write(const std::string& name, const std::string& text) const
@@ -48,14 +47,8 @@ std::string ScratchFolder::Write(const std::string& name, const std::string& tex
 std::vector<std::string> ScratchFolder::Files() const
 {
     std::vector<std::string> names;
-    if (DIR* dir = opendir(m_Path.c_str())) {
-        while (const dirent* entry = readdir(dir)) {
-            const std::string name = entry->d_name;
-            if (name != "." && name != "..")
-                names.push_back(name);
-        }
-        closedir(dir);
-    }
+    for (const auto& entry : std::filesystem::directory_iterator(m_Path))
+        names.push_back(entry.path().filename());
     std::sort(names.begin(), names.end());
     return names;
 }

@@ -1,7 +1,9 @@
 // `fenrak render` driven in-process: scene errors, pictures, documents,
-// statistics and the scene-graph file.
+// statistics and the scene-graph file, and one outcome a run: outputs are
+// checked before anything is computed and appear together or not at all.
 #include "HostTestSupport.h"
 
+#include "core/data/MemoryBudget.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
 #include "host/NetworkDocument.h"
@@ -18,16 +20,16 @@ using hosttest::ReadText;
 using hosttest::Render;
 using hosttest::ScratchFolder;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 namespace {
 
 const shr::Color4b kBlue(0, 0, 255, 255);
 
 // A red box on blue, 64 x 48, seen from straight above.
-std::string BoxScene(const std::string& boxProperties, const std::string& extraModules = "")
+std::string BoxScene(const std::string& boxProperties)
 {
-    return R"({"modules": [)" + extraModules +
-           R"({"name": "Box", "type": "TestBox", "properties": {)" + boxProperties + R"(}}],
+    return R"({"modules": [{"name": "Box", "type": "TestBox", "properties": {)" + boxProperties + R"(}}],
               "view": {"size": [64, 48], "azimuth": 0, "elevation": 90, "background": [0, 0, 255]}})";
 }
 
@@ -115,6 +117,71 @@ TEST(RenderCommand, SceneErrorsNameFileModuleAndKeyOnceAndWriteNothing)
     }
 }
 
+// A missing folder is found before the scene runs: the failing box never gets
+// to fail, and no output of the run appears.
+TEST(Outcome, OutputsAreCheckedBeforeAnythingIsComputed)
+{
+    ScratchFolder folder;
+    const std::string scene = folder.Write("scene.json", BoxScene(R"("TestBoxFail": "true")"));
+    const std::string missing = folder.Path("no/such/folder/out.iv");
+    struct Case {
+        std::vector<std::string> args;
+        std::string message;
+    } cases[] = {
+        {{"-o", folder.Path("none/out.png")}, folder.Path("none/out.png") + ": cannot write the picture"},
+        {{"--save", folder.Path("a.fkd"), "--iv", missing}, missing + ": cannot write the scene graph"},
+        {{"-o", folder.Path("")}, "cannot write the picture: it is a folder"},
+        {{"-o", folder.Path("x"), "--iv", folder.Path("x")}, "named for both the picture and the scene graph"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.message);
+        std::vector<std::string> args = {scene};
+        args.insert(args.end(), c.args.begin(), c.args.end());
+        const CommandResult result = Render(args);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.err, HasSubstr(c.message));
+        EXPECT_THAT(result.err, Not(HasSubstr("refuses"))) << "nothing ran";
+        EXPECT_THAT(result.err, Not(HasSubstr(".part")));
+        EXPECT_EQ(folder.Files(), std::vector<std::string>{"scene.json"});
+    }
+}
+
+// The document is written last; when it fails, the picture written before it
+// is not renamed into place: the earlier picture stands and nothing is left.
+TEST(Outcome, AFailedOutputLeavesEveryEarlierFileAsItWas)
+{
+    ScratchFolder folder;
+    const std::string scene = folder.Write("scene.json", BoxScene(R"("TestBoxFailStore": "true")"));
+    const std::string picture = folder.Write("out.png", "an earlier picture");
+    const CommandResult result = Render({scene, "-o", picture, "--save", folder.Path("doc.fkd")});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.err, "fenrak: the box refuses to be stored\n") << "no source path, no temporary name";
+    EXPECT_EQ(ReadText(picture), "an earlier picture");
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"out.png", "scene.json"}));
+}
+
+// Point files are held to the memory budget, devices included.
+TEST(Outcome, PointFilesBeyondTheMemoryBudgetAreRefused)
+{
+    ScratchFolder folder;
+    std::string rows = "x,y,z,v\n";
+    for (int i = 0; i < 200; ++i)
+        rows += "1,2,3,4\n";
+    folder.Write("big.csv", rows);
+    core::MemoryBudget::SetBytes(1024);
+    for (const std::string& file : {std::string("big.csv"), std::string("/dev/zero")}) {
+        SCOPED_TRACE(file);
+        const std::string scene = folder.Write(
+            "scene.json", R"({"modules": [{"name": "Pts", "type": "PointSet", "file": ")" + file + R"("}]})");
+        const CommandResult result = Render({scene, "--stats"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.err, HasSubstr("module \"Pts\": " + file +
+                                          ": the point file is larger than the memory budget of 1024 bytes "
+                                          "(FENRAK_MEMORY_LIMIT)"));
+    }
+    core::MemoryBudget::SetBytes(0);
+}
+
 TEST(RenderCommand, DrawsTheSceneOnItsBackground)
 {
     ScratchFolder folder;
@@ -197,21 +264,6 @@ TEST(RenderCommand, DocumentHoldsTheWellsOfTheScenesFiles)
     const CommandResult again = Render({folder.Path("wells.fkd"), "-o", folder.Path("doc.png")});
     ASSERT_EQ(again.status, 0) << again.err;
     EXPECT_TRUE(ReadPng(folder.Path("doc.png")) == picture);
-}
-
-TEST(RenderCommand, CorruptDocumentIsAUserError)
-{
-    ScratchFolder folder;
-    const std::string scene = folder.Write("scene.json", BoxScene(""));
-    const std::string document = folder.Path("doc.fkd");
-    ASSERT_EQ(Render({scene, "--save", document}).status, 0);
-    std::string bytes = ReadText(document);
-    const std::string cut = folder.Write("cut.fkd", bytes.substr(0, bytes.size() / 2));
-    const CommandResult result = Render({cut, "-o", folder.Path("cut.png")});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.err, HasSubstr(cut + ": cannot read the document"));
-    EXPECT_FALSE(FileExists(folder.Path("cut.png")));
-    EXPECT_EQ(core::VoNetwork::Instance().size(), 0u);
 }
 
 TEST(RenderCommand, StatisticsAndSceneGraphFile)
