@@ -158,10 +158,7 @@ void Validate(const Json& value, const Json& schema, const std::string& where)
         bool matched = false;
         for (const Json& type : types) {
             const std::string t = type;
-            matched = matched || (t == "object" && value.is_object()) || (t == "array" && value.is_array()) ||
-                      (t == "string" && value.is_string()) || (t == "number" && value.is_number()) ||
-                      (t == "integer" && value.is_number_integer()) || (t == "boolean" && value.is_boolean()) ||
-                      (t == "null" && value.is_null());
+            matched = matched || t == value.type_name() || (t == "integer" && value.is_number_integer());
         }
         ASSERT_TRUE(matched) << where << ": " << value.dump() << " is not " << types.dump();
     }
@@ -205,7 +202,6 @@ TEST(RenderReport, FollowsItsSchemaAndCarriesWhatModulesCompute)
 {
     ScratchFolder folder;
     const Json report = RenderedReport(folder.Write("scene.json", kScene), folder);
-    EXPECT_FALSE(hosttest::FileExists("out.png")); // a report alone draws nothing
     const Json& field = report["modules"][0];
     EXPECT_EQ(field["outputs"][0]["kind"], "Uniform lattice");
     EXPECT_EQ(field["outputs"][0]["nodes"], Json({6, 5, 4}));

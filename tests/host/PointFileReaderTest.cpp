@@ -241,13 +241,3 @@ TEST(PointFileReader, ColumnsMappedByNameOrNumber)
     wrong.axes[0] = {host::ColumnChoice::Named, "Note"};
     EXPECT_THAT(ErrorOf(soil, wrong), HasSubstr("pts.csv: column \"Note\" (for x) holds text, not numbers"));
 }
-
-TEST(PointFileReader, MissingFileIsAnErrorNamingIt)
-{
-    try {
-        PointFileReader::Read("/nonexistent/samples.csv");
-        FAIL() << "no error";
-    } catch (const shr::Exception& error) {
-        EXPECT_THAT(error.Message(), HasSubstr("/nonexistent/samples.csv: cannot open the point file"));
-    }
-}

@@ -182,27 +182,6 @@ TEST(Outcome, PointFilesBeyondTheMemoryBudgetAreRefused)
     core::MemoryBudget::SetBytes(0);
 }
 
-TEST(RenderCommand, DrawsTheSceneOnItsBackground)
-{
-    ScratchFolder folder;
-    const std::string scene = folder.Write("scene.json", BoxScene(R"("TestBoxColor": "255 0 0 255")"));
-    const CommandResult result = Render({scene, "-o", folder.Path("box.png")});
-    ASSERT_EQ(result.status, 0) << result.err;
-    const render::Image image = ReadPng(folder.Path("box.png"));
-    ASSERT_EQ(image.Width(), 64);
-    ASSERT_EQ(image.Height(), 48);
-    EXPECT_EQ(image.At(0, 0), kBlue);
-    EXPECT_EQ(image.At(63, 47), kBlue);
-    EXPECT_EQ(image.At(32, 24), shr::Color4b(255, 0, 0, 255));
-    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"box.png", "scene.json"}));
-
-    // --size overrides the scene's view.
-    ASSERT_EQ(Render({scene, "-o", folder.Path("small.png"), "--size", "20x10"}).status, 0);
-    const render::Image small = ReadPng(folder.Path("small.png"));
-    EXPECT_EQ(small.Width(), 20);
-    EXPECT_EQ(small.Height(), 10);
-}
-
 TEST(RenderCommand, DocumentRestoresModulesPropertiesAndPicture)
 {
     ScratchFolder folder;
@@ -215,13 +194,23 @@ TEST(RenderCommand, DocumentRestoresModulesPropertiesAndPicture)
           "view": {"size": [64, 48], "azimuth": 20, "elevation": 60, "zoom": 0.5, "background": [0, 0, 255]}})");
     const std::string document = folder.Path("scene.fkd");
     ASSERT_EQ(Render({scene, "-o", folder.Path("a.png"), "--save", document}).status, 0);
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"a.png", "scene.fkd", "scene.json"}));
     const CommandResult reloaded = Render({document, "-o", folder.Path("b.png")});
     ASSERT_EQ(reloaded.status, 0) << reloaded.err;
 
-    // The view and the box's colour show in the picture.
+    // The box on the scene's background, in the view the document restores.
     const render::Image before = ReadPng(folder.Path("a.png"));
+    ASSERT_EQ(before.Width(), 64);
+    ASSERT_EQ(before.Height(), 48);
+    EXPECT_EQ(before.At(0, 0), kBlue);
+    EXPECT_EQ(before.At(63, 47), kBlue);
     EXPECT_EQ(before.At(32, 24), shr::Color4b(0, 255, 0, 255));
     EXPECT_TRUE(before == ReadPng(folder.Path("b.png")));
+    // --size overrides the view.
+    ASSERT_EQ(Render({document, "-o", folder.Path("small.png"), "--size", "20x10"}).status, 0);
+    const render::Image small = ReadPng(folder.Path("small.png"));
+    EXPECT_EQ(small.Width(), 20);
+    EXPECT_EQ(small.Height(), 10);
 
     // The modules, their link and the values the picture does not show.
     core::VoNetwork& network = core::VoNetwork::Instance();
@@ -264,22 +253,6 @@ TEST(RenderCommand, DocumentHoldsTheWellsOfTheScenesFiles)
     const CommandResult again = Render({folder.Path("wells.fkd"), "-o", folder.Path("doc.png")});
     ASSERT_EQ(again.status, 0) << again.err;
     EXPECT_TRUE(ReadPng(folder.Path("doc.png")) == picture);
-}
-
-TEST(RenderCommand, StatisticsAndSceneGraphFile)
-{
-    ScratchFolder folder;
-    const std::string scene = folder.Write("scene.json", BoxScene(R"("TestBoxSize": "2")"));
-    const CommandResult result = Render({scene, "--stats", "--iv", folder.Path("scene.iv")});
-    ASSERT_EQ(result.status, 0) << result.err;
-    // Only what was asked for: no picture.
-    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"scene.iv", "scene.json"}));
-    // name, type, status, seconds, then triangles of a cube: 6 faces of 2.
-    EXPECT_THAT(result.out, ::testing::ContainsRegex("Box +TestBox +ok +[0-9.]+ +12 +0 +0"));
-    const std::string graph = ReadText(folder.Path("scene.iv"));
-    EXPECT_EQ(graph.rfind("#Inventor V2.1 ascii", 0), 0u);
-    EXPECT_THAT(graph, HasSubstr("Cube"));
-    EXPECT_THAT(graph, HasSubstr("width 2"));
 }
 
 TEST(RenderCommand, CommandLineMistakes)
