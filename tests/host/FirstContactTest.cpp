@@ -5,17 +5,15 @@
 #include "HostTestSupport.h"
 
 #include "core/data/VdGeometry.h"
-#include "core/data/VdUniformLattice.h"
 #include "core/network/VbPort.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
-#include "host/NetworkDocument.h"
 #include "host/SceneBuilder.h"
 
 #include <Inventor/actions/SoGetBoundingBoxAction.h>
-#include <Inventor/nodes/SoSwitch.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 
 using hosttest::CommandResult;
@@ -98,17 +96,10 @@ TEST(FirstContact, TheGridderComputesTheScenesGridUnlessToldNot)
         {"name": "Unique", "type": "DuplicateFilter", "inputs": ["Survey"]},
         {"name": "Grid", "type": "Gridder", "inputs": ["Unique"],
          "properties": {"Gridder3XNum": "7", "Gridder3YNum": "5", "Gridder3ZNum": "3"}}]})");
-    const std::string document = folder.Path("doc.fkd");
-    ASSERT_EQ(Render({scene, "--save", document}).status, 0);
-    core::VoNetwork& network = core::VoNetwork::Instance();
-    network.Init();
-    host::NetworkDocument::Load(document);
-    const core::VoModule* grid = network.FindNode(shr::GString("Grid"));
-    ASSERT_NE(grid, nullptr);
-    const auto* lattice = dynamic_cast<const core::VdUniformLattice*>(grid->GetOutput(0)->Data());
-    ASSERT_NE(lattice, nullptr);
-    EXPECT_EQ(std::vector<unsigned>(lattice->GetDims(), lattice->GetDims() + 3), (std::vector<unsigned>{7, 5, 3}));
-    network.DeleteAllNodes();
+    ASSERT_EQ(Render({scene, "--report", folder.Path("report.json")}).status, 0);
+    const nlohmann::json grid = nlohmann::json::parse(ReadText(folder.Path("report.json")))["modules"][2];
+    EXPECT_EQ(grid["outputs"][0]["kind"], "Uniform lattice");
+    EXPECT_EQ(grid["outputs"][0]["nodes"], nlohmann::json({7, 5, 3}));
 }
 
 TEST(FirstContact, SinksThatDrawNothingAreNamedWithTheLikelyCause)

@@ -14,7 +14,6 @@
 
 
 using hosttest::CommandResult;
-using hosttest::FileExists;
 using hosttest::ReadPng;
 using hosttest::ReadText;
 using hosttest::Render;
