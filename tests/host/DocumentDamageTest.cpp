@@ -75,6 +75,12 @@ TEST_F(DamagedDocument, EveryTruncationIsRefused)
         SCOPED_TRACE(size);
         EXPECT_FALSE(Load(m_Bytes.substr(0, size)));
     }
+    // Through the command: the file is named, and no picture is written.
+    const std::string cut = m_Folder.Write("cut.fkd", m_Bytes.substr(0, m_Bytes.size() / 2));
+    const CommandResult result = Render({cut, "-o", m_Folder.Path("cut.png")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr(cut + ": cannot read the document"));
+    EXPECT_FALSE(hosttest::FileExists(m_Folder.Path("cut.png")));
 }
 
 // A saved document of each module family (the fuzz seeds), cut at points

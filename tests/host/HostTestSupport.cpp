@@ -1,5 +1,6 @@
 #include "HostTestSupport.h"
 
+#include "host/ExportCommand.h"
 #include "host/PropertiesCommand.h"
 #include "host/RenderCommand.h"
 #include "render/CoinInit.h"
@@ -7,11 +8,11 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
-#include <dirent.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -29,9 +30,8 @@ ScratchFolder::ScratchFolder()
 
 ScratchFolder::~ScratchFolder()
 {
-    for (const std::string& name : Files())
-        unlink(Path(name).c_str());
-    rmdir(m_Path.c_str());
+    std::error_code ignored;
+    std::filesystem::remove_all(m_Path, ignored);
 }
 
 std::string ScratchFolder::Write(const std::string& name, const std::string& text) const
@@ -47,14 +47,8 @@ std::string ScratchFolder::Write(const std::string& name, const std::string& tex
 std::vector<std::string> ScratchFolder::Files() const
 {
     std::vector<std::string> names;
-    if (DIR* dir = opendir(m_Path.c_str())) {
-        while (const dirent* entry = readdir(dir)) {
-            const std::string name = entry->d_name;
-            if (name != "." && name != "..")
-                names.push_back(name);
-        }
-        closedir(dir);
-    }
+    for (const auto& entry : std::filesystem::directory_iterator(m_Path))
+        names.push_back(entry.path().filename());
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -82,6 +76,12 @@ CommandResult Render(const std::vector<std::string>& args)
 }
 
 CommandResult Properties(const std::vector<std::string>& args) { return Capture(&host::PropertiesCommand::Run, args); }
+
+CommandResult Export(const std::vector<std::string>& args)
+{
+    return Capture([](const auto& words, auto& out, auto& err) { return host::ExportCommand::Run(words, out, err); },
+                   args);
+}
 
 render::Image ReadPng(const std::string& path)
 {

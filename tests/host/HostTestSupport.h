@@ -20,6 +20,10 @@ public:
     std::string Path(const std::string& name) const { return m_Path + "/" + name; }
     // Writes `text` to `name` and returns its path.
     std::string Write(const std::string& name, const std::string& text) const;
+    std::string Write(const std::string& name, const std::vector<unsigned char>& bytes) const
+    {
+        return Write(name, std::string(bytes.begin(), bytes.end()));
+    }
     // The names of the files in the folder, sorted.
     std::vector<std::string> Files() const;
 
@@ -35,6 +39,7 @@ struct CommandResult {
 
 CommandResult Render(const std::vector<std::string>& args);
 CommandResult Properties(const std::vector<std::string>& args);
+CommandResult Export(const std::vector<std::string>& args);
 
 // Throws on a missing or unreadable file.
 render::Image ReadPng(const std::string& path);

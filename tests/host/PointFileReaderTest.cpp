@@ -42,6 +42,19 @@ std::vector<double> Values(const PointFile& file)
     return values;
 }
 
+// Values against the expected ones, NaN standing for a blank.
+void ExpectValues(const PointFile& file, const std::vector<double>& expected)
+{
+    const std::vector<double> values = Values(file);
+    ASSERT_EQ(values.size(), expected.size());
+    for (size_t i = 0; i < values.size(); ++i) {
+        if (std::isnan(expected[i]))
+            EXPECT_TRUE(std::isnan(values[i])) << i;
+        else
+            EXPECT_DOUBLE_EQ(values[i], expected[i]) << i;
+    }
+}
+
 std::string LabelOf(const PointFile& file, unsigned index)
 {
     const auto found = file.points->FindLabel(index);
@@ -84,45 +97,50 @@ TEST(PointFileReader, SeparatorsQuotesAndLineEndsGiveTheSamePoints)
     }
 }
 
-TEST(PointFileReader, HeaderNamesChooseTheCoordinateColumns)
+// Survey and modelling names of the axes, and the shapes of public sample
+// files: a 2-D survey with an identifier column, soil samples with local and
+// geographic coordinates, a survey of one value.
+TEST(PointFileReader, HeaderNamesChooseTheAxesAndIdentifiersAreNeverAxes)
 {
     struct Case {
         const char* what;
         const char* text;
         std::vector<double> coords;
         std::vector<std::string> valueNames;
+        const char* label;
     } cases[] = {
-        {"survey names, out of order", "Au,Northing,Easting,Elevation\n7,20,10,30\n", {10, 20, 30}, {"Au"}},
-        {"short names", "E,N,RL,Cu\n10,20,30,7\n", {10, 20, 30}, {"Cu"}},
-        {"units in brackets", "Easting (m);Northing (m);Elev [m];Cu (%)\n10;20;30;7\n", {10, 20, 30}, {"Cu (%)"}},
-        {"depth points down", "X,Y,Depth,Cu\n10,20,30,7\n", {10, 20, -30}, {"Cu"}},
-        {"elevation wins over depth", "X,Y,Depth,Z,Cu\n10,20,5,30,7\n", {10, 20, 30}, {"Depth", "Cu"}},
-        {"unknown names: the first three numbers", "Hole,a,b,c,Cu\nDH1,10,20,30,7\n", {10, 20, 30}, {"Cu"}},
-        {"no header at all", "10 20 30 7\n", {10, 20, 30}, {"column 4"}},
+        {"survey names, out of order", "Au,Northing,Easting,Elevation\n7,20,10,30\n", {10, 20, 30}, {"Au"}, ""},
+        {"short names", "E,N,RL,Cu\n10,20,30,7\n", {10, 20, 30}, {"Cu"}, ""},
+        {"units in brackets", "Easting (m);Northing (m);Elev [m];Cu (%)\n10;20;30;7\n", {10, 20, 30}, {"Cu (%)"}, ""},
+        {"depth points down", "X,Y,Depth,Cu\n10,20,30,7\n", {10, 20, -30}, {"Cu"}, ""},
+        {"elevation wins over depth", "X,Y,Depth,Z,Cu\n10,20,5,30,7\n", {10, 20, 30}, {"Depth", "Cu"}, ""},
+        {"unknown names: the first three numbers", "Hole,a,b,c,Cu\nDH1,10,20,30,7\n", {10, 20, 30}, {"Cu"}, "Hole"},
+        {"no header at all", "10 20 30 7\n", {10, 20, 30}, {"column 4"}, ""},
+        {"2-D survey with an Id", "Id,X,Y,Value\n1,10,20,0.5\n2,11,21,0.7\n", {10, 20, 0, 11, 21, 0}, {"Value"}, "Id"},
+        {"one value", "x,y,thickness\n0,0,1.2\n1,0,1.4\n", {0, 0, 0, 1, 0, 0}, {"thickness"}, ""},
+        {"local beside geographic", "Xloc,Yloc,long,lat,Cd,Zn\n100,200,-120.1,45.2,0.2,23\n",
+         {100, 200, 0}, {"Cd", "Zn"}, ""},
+        {"geographic alone", "Site,lat,lon,Pb\nA,45.2,-120.1,3\n", {-120.1, 45.2, 0}, {"Pb"}, "Site"},
+        {"a numbered sample column", "No.,Easting,Northing,RL,Au\n7,1,2,3,0.4\n", {1, 2, 3}, {"Au"}, "No."},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         const PointFile file = Parse(c.text);
         EXPECT_EQ(Coords(file), c.coords);
         EXPECT_EQ(file.valueNames, c.valueNames);
+        EXPECT_EQ(file.labelName, c.label);
     }
 }
 
 TEST(PointFileReader, NoDataMarkersBecomeBlanks)
 {
-    const PointFile file = Parse("x,y,z,a,b\n"
-                                 "0,0,0,,1\n"
-                                 "1,0,0,NA,-999\n"
-                                 "2,0,0,NaN,-999.25\n"
-                                 "3,0,0,n/a,2\n"
-                                 "4,0,0,3,1e30\n");
-    const std::vector<double> values = Values(file);
-    const std::vector<bool> blank = {true, false, true, true, true, true, true, false, false, true};
-    ASSERT_EQ(values.size(), blank.size());
-    for (size_t i = 0; i < values.size(); ++i)
-        EXPECT_EQ(std::isnan(values[i]), blank[i]) << "value " << i;
-    EXPECT_EQ(values[1], 1.0);
-    EXPECT_EQ(values[8], 3.0);
+    ExpectValues(Parse("x,y,z,a,b\n"
+                       "0,0,0,,1\n"
+                       "1,0,0,NA,-999\n"
+                       "2,0,0,NaN,-999.25\n"
+                       "3,0,0,n/a,2\n"
+                       "4,0,0,3,1e30\n"),
+                 {NAN, 1, NAN, NAN, NAN, NAN, NAN, 2, 3, NAN});
 }
 
 TEST(PointFileReader, FirstTextColumnBecomesTheLabels)
@@ -165,34 +183,6 @@ TEST(PointFileReader, BadRowsNameTheLineAndColumn)
     }
 }
 
-// Shapes of public sample files: a 2-D survey with an identifier column, soil
-// samples with local and geographic coordinates and assays below detection,
-// a survey of one value.
-TEST(PointFileReader, IdentifiersAreNeverAxesAndXYAloneIsTwoDimensional)
-{
-    struct Case {
-        const char* what;
-        const char* text;
-        std::vector<double> coords;
-        std::vector<std::string> values;
-        const char* label;
-    } cases[] = {
-        {"2-D survey with an Id", "Id,X,Y,Value\n1,10,20,0.5\n2,11,21,0.7\n", {10, 20, 0, 11, 21, 0}, {"Value"}, "Id"},
-        {"one value", "x,y,thickness\n0,0,1.2\n1,0,1.4\n", {0, 0, 0, 1, 0, 0}, {"thickness"}, ""},
-        {"local beside geographic", "Xloc,Yloc,long,lat,Cd,Zn\n100,200,-120.1,45.2,0.2,23\n",
-         {100, 200, 0}, {"Cd", "Zn"}, ""},
-        {"geographic alone", "Site,lat,lon,Pb\nA,45.2,-120.1,3\n", {-120.1, 45.2, 0}, {"Pb"}, "Site"},
-        {"a numbered sample column", "No.,Easting,Northing,RL,Au\n7,1,2,3,0.4\n", {1, 2, 3}, {"Au"}, "No."},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        const PointFile file = Parse(c.text);
-        EXPECT_EQ(Coords(file), c.coords);
-        EXPECT_EQ(file.valueNames, c.values);
-        EXPECT_EQ(file.labelName, c.label);
-    }
-}
-
 // A first cell below detection no longer turns the column into labels; the
 // rule decides what such a cell becomes, and the cells are counted.
 TEST(PointFileReader, BelowDetectionCellsFollowTheRule)
@@ -212,14 +202,7 @@ TEST(PointFileReader, BelowDetectionCellsFollowTheRule)
         options.belowDetection = c.first;
         SCOPED_TRACE(host::PointFileOptions::RuleName(c.first));
         const PointFile file = Parse(soil, options);
-        const std::vector<double> values = Values(file);
-        ASSERT_EQ(values.size(), c.second.size());
-        for (size_t i = 0; i < values.size(); ++i) {
-            if (std::isnan(c.second[i]))
-                EXPECT_TRUE(std::isnan(values[i])) << i;
-            else
-                EXPECT_DOUBLE_EQ(values[i], c.second[i]) << i;
-        }
+        ExpectValues(file, c.second);
         EXPECT_EQ(file.censored, (std::vector<size_t>{2, 2}));
     }
     EXPECT_EQ(Parse(soil).Describe(), "X = Xloc, Y = Yloc, Z = 0 (2-D); values: Cd, Zn; labels: none; not used: long, "
@@ -257,14 +240,4 @@ TEST(PointFileReader, ColumnsMappedByNameOrNumber)
     EXPECT_THAT(ErrorOf(soil, wrong), HasSubstr("pts.csv: column 9 (for x) is not in the file, which has 8"));
     wrong.axes[0] = {host::ColumnChoice::Named, "Note"};
     EXPECT_THAT(ErrorOf(soil, wrong), HasSubstr("pts.csv: column \"Note\" (for x) holds text, not numbers"));
-}
-
-TEST(PointFileReader, MissingFileIsAnErrorNamingIt)
-{
-    try {
-        PointFileReader::Read("/nonexistent/samples.csv");
-        FAIL() << "no error";
-    } catch (const shr::Exception& error) {
-        EXPECT_THAT(error.Message(), HasSubstr("/nonexistent/samples.csv: cannot open the point file"));
-    }
 }

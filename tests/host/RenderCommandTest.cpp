@@ -1,7 +1,9 @@
 // `fenrak render` driven in-process: scene errors, pictures, documents,
-// statistics and the scene-graph file.
+// statistics and the scene-graph file, and one outcome a run: outputs are
+// checked before anything is computed and appear together or not at all.
 #include "HostTestSupport.h"
 
+#include "core/data/MemoryBudget.h"
 #include "core/network/VoModule.h"
 #include "core/network/VoNetwork.h"
 #include "host/NetworkDocument.h"
@@ -12,33 +14,46 @@
 
 
 using hosttest::CommandResult;
-using hosttest::FileExists;
 using hosttest::ReadPng;
 using hosttest::ReadText;
 using hosttest::Render;
 using hosttest::ScratchFolder;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 namespace {
 
 const shr::Color4b kBlue(0, 0, 255, 255);
 
 // A red box on blue, 64 x 48, seen from straight above.
-std::string BoxScene(const std::string& boxProperties, const std::string& extraModules = "")
+std::string BoxScene(const std::string& boxProperties)
 {
-    return R"({"modules": [)" + extraModules +
-           R"({"name": "Box", "type": "TestBox", "properties": {)" + boxProperties + R"(}}],
+    return R"({"modules": [{"name": "Box", "type": "TestBox", "properties": {)" + boxProperties + R"(}}],
               "view": {"size": [64, 48], "azimuth": 0, "elevation": 90, "background": [0, 0, 255]}})";
+}
+
+size_t Occurrences(const std::string& text, const std::string& part)
+{
+    size_t count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
 }
 
 } // namespace
 
-TEST(RenderCommand, SceneErrorsNameFileModuleAndKeyAndWriteNothing)
+// Each mistake in a scene is printed once, naming the file, the module and
+// the key; no output is written and an earlier picture stands.
+TEST(RenderCommand, SceneErrorsNameFileModuleAndKeyOnceAndWriteNothing)
 {
+    ScratchFolder folder;
+    const std::string picture = folder.Write("out.png", "an earlier picture");
+    folder.Write("points.csv", "x,y,z\n0,0,0\n1,1,x\n");
+    folder.Write("wells.csv", "Well,MD (m),Inclination,Azimuth\nA,0,200,10\n");
     struct Case {
         const char* what;
         std::string scene;
-        std::string message; // after "<path>: "
+        std::string message; // after "fenrak: <path>: "
     } cases[] = {
         {"unknown module type", R"({"modules": [{"name": "Shell", "type": "NoSuchModule"}]})",
          "module \"Shell\": unknown module type \"NoSuchModule\""},
@@ -59,6 +74,7 @@ TEST(RenderCommand, SceneErrorsNameFileModuleAndKeyAndWriteNothing)
          "module \"A\": input 0 (\"Input Lattice A\"): a module cannot be its own input"},
         {"malformed JSON", "{\"modules\": [\n  {\"name\": \"A\",\n   \"type\": \"TestBox\",, }\n]}",
          "JSON syntax error at line 3"},
+        {"number overflow", R"({"modules": [], "view": {"azimuth": 1e99999}})", "JSON error: number overflow"},
         {"execution fails", BoxScene(R"("TestBoxFail": "true")"),
          "module \"Box\": execution failed: the box refuses to be built"},
         {"duplicate names", R"({"modules": [{"name": "A", "type": "TestBox"}, {"name": "A", "type": "TestBox"}]})",
@@ -67,47 +83,102 @@ TEST(RenderCommand, SceneErrorsNameFileModuleAndKeyAndWriteNothing)
          "module \"A\": unknown key \"propertes\""},
         {"missing point file", R"({"modules": [{"name": "Pts", "type": "PointSet", "file": "absent.csv"}]})",
          "module \"Pts\": point file \"absent.csv\" not found"},
+        {"point file of a property",
+         R"({"modules": [{"name": "Pts", "type": "PointSet", "properties": {"PointsSrcFilename": "gone.csv"}}]})",
+         "module \"Pts\": gone.csv: cannot open the point file"},
+        {"bad point file beside the scene",
+         R"({"modules": [{"name": "Pts", "type": "PointSet", "file": "points.csv"}]})",
+         "module \"Pts\": points.csv: line 3, column 3 (\"z\")"},
+        {"missing well file", R"({"modules": [{"name": "Wells", "type": "WellData", "files": ["missing.las"]}]})",
+         "module \"Wells\": well file \"missing.las\" not found"},
+        {"bad well file", R"({"modules": [{"name": "Wells", "type": "WellData", "files": ["wells.csv"]}]})",
+         "module \"Wells\": " + folder.Path("wells.csv") + ": line 2, column 3 (\"Inclination\")"},
+        {"no well files", R"({"modules": [{"name": "Wells", "type": "WellData", "files": []}]})",
+         "module \"Wells\": \"files\" must be a list of file names"},
+        {"well files elsewhere", R"({"modules": [{"name": "Grid", "type": "TestLattice", "files": ["wells.csv"]}]})",
+         "module \"Grid\": \"files\" is only for a well data"},
+        {"a scene as a lattice file", R"({"modules": [{"name": "Cube", "type": "Lattice", "file": "scene.json"}]})",
+         "module \"Cube\": scene.json: neither a NetCDF grid nor a SEG-Y cube"},
+        {"missing lattice file", R"({"modules": [{"name": "Cube", "type": "Lattice", "file": "gone.nc"}]})",
+         "module \"Cube\": lattice file \"gone.nc\" not found"},
         {"bad view", R"({"modules": [], "view": {"elevation": 95}})", "view: the elevation must be from -90 to 90"},
+        {"size beyond 32 bits", R"({"modules": [], "view": {"size": [4294967297, 10]}})", "view: size"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        ScratchFolder folder;
         const std::string scene = folder.Write("scene.json", c.scene);
-        const CommandResult result = Render({scene, "-o", folder.Path("out.png"), "--save", folder.Path("doc.fkd")});
+        const CommandResult result = Render({scene, "-o", picture, "--save", folder.Path("doc.fkd")});
         EXPECT_EQ(result.status, 1);
-        EXPECT_THAT(result.err, HasSubstr(scene + ": " + c.message));
+        EXPECT_THAT(result.err, HasSubstr("fenrak: " + scene + ": " + c.message));
+        EXPECT_EQ(Occurrences(result.err, c.message), 1u) << result.err;
+        EXPECT_EQ(folder.Files(), (std::vector<std::string>{"out.png", "points.csv", "scene.json", "wells.csv"}));
+        EXPECT_EQ(ReadText(picture), "an earlier picture");
+    }
+}
+
+// A missing folder is found before the scene runs: the failing box never gets
+// to fail, and no output of the run appears.
+TEST(Outcome, OutputsAreCheckedBeforeAnythingIsComputed)
+{
+    ScratchFolder folder;
+    const std::string scene = folder.Write("scene.json", BoxScene(R"("TestBoxFail": "true")"));
+    const std::string missing = folder.Path("no/such/folder/out.iv");
+    struct Case {
+        std::vector<std::string> args;
+        std::string message;
+    } cases[] = {
+        {{"-o", folder.Path("none/out.png")}, folder.Path("none/out.png") + ": cannot write the picture"},
+        {{"--save", folder.Path("a.fkd"), "--iv", missing}, missing + ": cannot write the scene graph"},
+        {{"-o", folder.Path("")}, "cannot write the picture: it is a folder"},
+        {{"-o", folder.Path("x"), "--iv", folder.Path("x")}, "named for both the picture and the scene graph"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.message);
+        std::vector<std::string> args = {scene};
+        args.insert(args.end(), c.args.begin(), c.args.end());
+        const CommandResult result = Render(args);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.err, HasSubstr(c.message));
+        EXPECT_THAT(result.err, Not(HasSubstr("refuses"))) << "nothing ran";
+        EXPECT_THAT(result.err, Not(HasSubstr(".part")));
         EXPECT_EQ(folder.Files(), std::vector<std::string>{"scene.json"});
     }
 }
 
-TEST(RenderCommand, FailedSceneLeavesAnEarlierPictureAlone)
+// The document is written last; when it fails, the picture written before it
+// is not renamed into place: the earlier picture stands and nothing is left.
+TEST(Outcome, AFailedOutputLeavesEveryEarlierFileAsItWas)
 {
     ScratchFolder folder;
+    const std::string scene = folder.Write("scene.json", BoxScene(R"("TestBoxFailStore": "true")"));
     const std::string picture = folder.Write("out.png", "an earlier picture");
-    const std::string scene = folder.Write("scene.json", BoxScene(R"("TestBoxFail": "true")"));
-    EXPECT_EQ(Render({scene, "-o", picture}).status, 1);
+    const CommandResult result = Render({scene, "-o", picture, "--save", folder.Path("doc.fkd")});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.err, "fenrak: the box refuses to be stored\n") << "no source path, no temporary name";
     EXPECT_EQ(ReadText(picture), "an earlier picture");
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"out.png", "scene.json"}));
 }
 
-TEST(RenderCommand, DrawsTheSceneOnItsBackground)
+// Point files are held to the memory budget, devices included.
+TEST(Outcome, PointFilesBeyondTheMemoryBudgetAreRefused)
 {
     ScratchFolder folder;
-    const std::string scene = folder.Write("scene.json", BoxScene(R"("TestBoxColor": "255 0 0 255")"));
-    const CommandResult result = Render({scene, "-o", folder.Path("box.png")});
-    ASSERT_EQ(result.status, 0) << result.err;
-    const render::Image image = ReadPng(folder.Path("box.png"));
-    ASSERT_EQ(image.Width(), 64);
-    ASSERT_EQ(image.Height(), 48);
-    EXPECT_EQ(image.At(0, 0), kBlue);
-    EXPECT_EQ(image.At(63, 47), kBlue);
-    EXPECT_EQ(image.At(32, 24), shr::Color4b(255, 0, 0, 255));
-    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"box.png", "scene.json"}));
-
-    // --size overrides the scene's view.
-    ASSERT_EQ(Render({scene, "-o", folder.Path("small.png"), "--size", "20x10"}).status, 0);
-    const render::Image small = ReadPng(folder.Path("small.png"));
-    EXPECT_EQ(small.Width(), 20);
-    EXPECT_EQ(small.Height(), 10);
+    std::string rows = "x,y,z,v\n";
+    for (int i = 0; i < 200; ++i)
+        rows += "1,2,3,4\n";
+    folder.Write("big.csv", rows);
+    core::MemoryBudget::SetBytes(1024);
+    for (const std::string& file : {std::string("big.csv"), std::string("/dev/zero")}) {
+        SCOPED_TRACE(file);
+        const std::string scene = folder.Write(
+            "scene.json", R"({"modules": [{"name": "Pts", "type": "PointSet", "file": ")" + file + R"("}]})");
+        const CommandResult result = Render({scene, "--stats"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.err, HasSubstr("module \"Pts\": " + file +
+                                          ": the point file is larger than the memory budget of 1024 bytes "
+                                          "(FENRAK_MEMORY_LIMIT)"));
+    }
+    core::MemoryBudget::SetBytes(0);
 }
 
 TEST(RenderCommand, DocumentRestoresModulesPropertiesAndPicture)
@@ -122,21 +193,28 @@ TEST(RenderCommand, DocumentRestoresModulesPropertiesAndPicture)
           "view": {"size": [64, 48], "azimuth": 20, "elevation": 60, "zoom": 0.5, "background": [0, 0, 255]}})");
     const std::string document = folder.Path("scene.fkd");
     ASSERT_EQ(Render({scene, "-o", folder.Path("a.png"), "--save", document}).status, 0);
-    const CommandResult reloaded = Render({document, "-o", folder.Path("b.png"), "--stats"});
+    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"a.png", "scene.fkd", "scene.json"}));
+    const CommandResult reloaded = Render({document, "-o", folder.Path("b.png")});
     ASSERT_EQ(reloaded.status, 0) << reloaded.err;
 
+    // The box on the scene's background, in the view the document restores.
     const render::Image before = ReadPng(folder.Path("a.png"));
+    ASSERT_EQ(before.Width(), 64);
+    ASSERT_EQ(before.Height(), 48);
+    EXPECT_EQ(before.At(0, 0), kBlue);
+    EXPECT_EQ(before.At(63, 47), kBlue);
     EXPECT_EQ(before.At(32, 24), shr::Color4b(0, 255, 0, 255));
     EXPECT_TRUE(before == ReadPng(folder.Path("b.png")));
-    EXPECT_THAT(reloaded.out, HasSubstr("Field"));
-    EXPECT_THAT(reloaded.out, HasSubstr("FunctionLattice"));
+    // --size overrides the view.
+    ASSERT_EQ(Render({document, "-o", folder.Path("small.png"), "--size", "20x10"}).status, 0);
+    const render::Image small = ReadPng(folder.Path("small.png"));
+    EXPECT_EQ(small.Width(), 20);
+    EXPECT_EQ(small.Height(), 10);
 
-    // The modules, their link and their values, as the document restores them.
+    // The modules, their link and the values the picture does not show.
     core::VoNetwork& network = core::VoNetwork::Instance();
     network.Init();
-    const host::SceneView view = host::NetworkDocument::Load(document);
-    EXPECT_EQ(view.width, 64);
-    EXPECT_EQ(view.zoom, 0.5);
+    host::NetworkDocument::Load(document);
     ASSERT_EQ(network.size(), 2u);
     core::VoModule* box = network.FindNode(shr::GString("Box"));
     core::VoModule* lattice = network.FindNode(shr::GString("Field"));
@@ -144,7 +222,6 @@ TEST(RenderCommand, DocumentRestoresModulesPropertiesAndPicture)
     EXPECT_EQ(box->GetInputConnection(0, 0), lattice);
     host::PropertyEditor boxRows(*box);
     EXPECT_EQ(boxRows.ValueText(boxRows.List().FindKey("TestBoxSize")), "0.5");
-    EXPECT_EQ(boxRows.ValueText(boxRows.List().FindKey("TestBoxColor")), "0 255 0 255");
     host::PropertyEditor latticeRows(*lattice);
     EXPECT_EQ(latticeRows.ValueText(latticeRows.List().FindKey("FunctionLatticeXNum")), "5");
     // Ids go on above the restored ones.
@@ -152,51 +229,29 @@ TEST(RenderCommand, DocumentRestoresModulesPropertiesAndPicture)
     network.DeleteAllNodes();
 }
 
-TEST(RenderCommand, CorruptDocumentIsAUserError)
+// Well files named in a scene are read through the module's Import; the
+// saved document holds the wells and draws the same picture without them.
+TEST(RenderCommand, DocumentHoldsTheWellsOfTheScenesFiles)
 {
+    std::string files;
+    for (const char* name : {"heads.csv", "surveys.csv", "KV-101.las", "KV-102.las", "KV-103.las", "KV-104.las",
+                             "KV-105.las", "tops.csv"})
+        files += std::string(files.empty() ? "\"" : ", \"") + FENRAK_SOURCE_DATA_DIR + "/samples/wells/" + name + "\"";
     ScratchFolder folder;
-    const std::string scene = folder.Write("scene.json", BoxScene(""));
-    const std::string document = folder.Path("doc.fkd");
-    ASSERT_EQ(Render({scene, "--save", document}).status, 0);
-    std::string bytes = ReadText(document);
-    const std::string cut = folder.Write("cut.fkd", bytes.substr(0, bytes.size() / 2));
-    const CommandResult result = Render({cut, "-o", folder.Path("cut.png")});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.err, HasSubstr(cut + ": cannot read the document"));
-    EXPECT_FALSE(FileExists(folder.Path("cut.png")));
-    EXPECT_EQ(core::VoNetwork::Instance().size(), 0u);
-}
-
-TEST(RenderCommand, StatisticsAndSceneGraphFile)
-{
-    ScratchFolder folder;
-    const std::string scene = folder.Write("scene.json", BoxScene(R"("TestBoxSize": "2")"));
-    const CommandResult result = Render({scene, "--stats", "--iv", folder.Path("scene.iv")});
-    ASSERT_EQ(result.status, 0) << result.err;
-    // Only what was asked for: no picture.
-    EXPECT_EQ(folder.Files(), (std::vector<std::string>{"scene.iv", "scene.json"}));
-    // name, type, status, seconds, then triangles of a cube: 6 faces of 2.
-    EXPECT_THAT(result.out, ::testing::ContainsRegex("Box +TestBox +ok +[0-9.]+ +12 +0 +0"));
-    const std::string graph = ReadText(folder.Path("scene.iv"));
-    EXPECT_EQ(graph.rfind("#Inventor V2.1 ascii", 0), 0u);
-    EXPECT_THAT(graph, HasSubstr("Cube"));
-    EXPECT_THAT(graph, HasSubstr("width 2"));
-}
-
-TEST(RenderCommand, PointSetReadsItsFileBesideTheScene)
-{
-    ScratchFolder folder;
-    folder.Write("samples.csv", "Easting,Northing,Elevation,Cu\n0,0,0,1\n1,1,1,2\n");
     const std::string scene = folder.Write(
-        "scene.json", R"({"modules": [{"name": "Samples", "type": "PointSet", "file": "samples.csv"}]})");
-    const CommandResult result = Render({scene, "--stats"});
-    ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_THAT(result.out, ::testing::ContainsRegex("Samples +PointSet +ok"));
-
-    folder.Write("samples.csv", "Easting,Northing,Elevation,Cu\n0,0,0,1\n1,1,x,2\n");
-    const CommandResult bad = Render({scene, "--stats"});
-    EXPECT_EQ(bad.status, 1);
-    EXPECT_THAT(bad.err, HasSubstr(scene + ": module \"Samples\": samples.csv: line 3, column 3 (\"Elevation\")"));
+        "wells.json", "{\"modules\": [{\"name\": \"Wells\", \"type\": \"WellData\", \"files\": [" + files +
+                          "]}, {\"name\": \"Tubes\", \"type\": \"WellRender\", \"inputs\": [\"Wells\"],"
+                          " \"properties\": {\"WellRenderPathColor\": \"255 255 0 255\", \"WellRenderPathSize\": "
+                          "\"12\"}}], \"view\": {\"size\": [200, 150]}}");
+    const CommandResult drawn = Render({scene, "-o", folder.Path("scene.png"), "--save", folder.Path("wells.fkd")});
+    ASSERT_EQ(drawn.status, 0) << drawn.err;
+    const render::Image picture = ReadPng(folder.Path("scene.png"));
+    EXPECT_GT(hosttest::Count(picture, 0, 0, 200, 150,
+                              [](const shr::Color4b& c) { return c.r > 150 && c.g > 150 && c.b < 60; }),
+              200);
+    const CommandResult again = Render({folder.Path("wells.fkd"), "-o", folder.Path("doc.png")});
+    ASSERT_EQ(again.status, 0) << again.err;
+    EXPECT_TRUE(ReadPng(folder.Path("doc.png")) == picture);
 }
 
 TEST(RenderCommand, CommandLineMistakes)
@@ -231,7 +286,6 @@ TEST(PropertiesCommand, ListsKeysKindsAndValues)
     EXPECT_THAT(unknown.err, HasSubstr("unknown module type \"NoSuchModule\""));
 }
 
-// The sample scene of the source tree, drawn by the library's own modules.
 // The background a global settings module gives the network ends with its
 // scene: the next scene in the same process starts from the default.
 TEST(RenderCommand, GlobalSettingsEndWithTheirScene)
@@ -248,50 +302,4 @@ TEST(RenderCommand, GlobalSettingsEndWithTheirScene)
         ASSERT_EQ(Render({scene, "-o", folder.Path("out.png"), "--size", "8x6"}).status, 0);
         EXPECT_EQ(ReadPng(folder.Path("out.png")).At(4, 3), c.second);
     }
-}
-
-TEST(RenderCommand, SampleSceneDrawsSurfaces)
-{
-    ScratchFolder folder;
-    const std::string picture = folder.Path("sample.png");
-    const CommandResult result =
-        Render({std::string(FENRAK_SOURCE_DATA_DIR) + "/scenes/function-lattice.json", "-o", picture, "--size", "80x60"});
-    ASSERT_EQ(result.status, 0) << result.err;
-    const render::Image image = ReadPng(picture);
-    const shr::Color4b background = image.At(0, 0);
-    int drawn = 0, seeThrough = 0;
-    for (int y = 0; y < image.Height(); ++y) {
-        for (int x = 0; x < image.Width(); ++x) {
-            drawn += image.At(x, y) != background;
-            seeThrough += image.At(x, y).a != 255;
-        }
-    }
-    EXPECT_GT(drawn, 80 * 60 / 20); // the surfaces cover a good part of the view
-    EXPECT_EQ(seeThrough, 0) << "the translucent shell leaves the picture opaque";
-}
-
-// The built-in scene: a translucent shell with a core inside, a vertical
-// section behind them, and the shell's legend in the lower left corner, its
-// strip running from the map's blue at the bottom to its red at the top.
-TEST(RenderCommand, DemoSceneShowsSurfacesAndTheirLegend)
-{
-    ScratchFolder folder;
-    const std::string picture = folder.Path("demo.png");
-    const CommandResult result = Render({"-o", picture, "--stats"});
-    ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_NE(result.out.find("Shell"), std::string::npos) << result.out;
-    const render::Image image = ReadPng(picture);
-    ASSERT_EQ(image.Width(), 1024);
-    const shr::Color4b background = image.At(1000, 20);
-    EXPECT_EQ(background, shr::Color4b(0, 0, 0, 255));
-
-    const shr::Color4b stripBottom = image.At(50, 696), stripTop = image.At(50, 380);
-    EXPECT_GT(stripBottom.b, 200);
-    EXPECT_LT(stripBottom.r, 40);
-    EXPECT_GT(stripTop.r, 200);
-    EXPECT_LT(stripTop.b, 40);
-
-    const shr::Color4b surface = image.At(475, 480);
-    EXPECT_GT(surface.g, 150); // the isovalues map to green and yellow
-    EXPECT_GT(surface.g, surface.b);
 }

@@ -23,11 +23,9 @@ double MeanDifference(const render::Image& a, const render::Image& b)
 
 bool Uniform(const render::Image& image)
 {
-    for (int y = 0; y < image.Height(); ++y)
-        for (int x = 0; x < image.Width(); ++x)
-            if (image.At(x, y) != image.At(0, 0))
-                return false;
-    return true;
+    const shr::Color4b corner = image.At(0, 0);
+    const auto other = [&](const shr::Color4b& c) { return c != corner; };
+    return hosttest::Count(image, 0, 0, image.Width(), image.Height(), other) == 0;
 }
 
 const char* const kSlicedScene = R"({"modules": [
