@@ -18,6 +18,7 @@ using core::SceneTransform;
 using core::VgRenderer;
 using core::VgVertexData;
 using shr::Color4b;
+using fonttest::Vertices;
 using shr::Vec3d;
 
 namespace {
@@ -55,13 +56,6 @@ render::Image Draw(const std::function<void(VgRenderer&)>& build) { return Draw(
 Color4b At(const render::Image& image, double x, double y)
 {
     return image.At(int(std::floor(100.0 + 50.0 * x)), int(std::floor(50.0 - 50.0 * y)));
-}
-
-VgVertexData Vertices(std::initializer_list<Vec3d> points)
-{
-    VgVertexData data;
-    data.vertices.assign(points);
-    return data;
 }
 
 // Two triangles coloured per face: left red, right green; the colour comes
