@@ -26,7 +26,6 @@
 #include <Inventor/nodes/SoTransform.h>
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -37,23 +36,11 @@ using core::InvSmartPtr;
 using core::VgDragger;
 using draggertest::DragRelay;
 
+using Recorder = draggertest::EventRecorder;
+
 class DraggerTest : public ::testing::Test {
 protected:
     void SetUp() override { draggertest::EnsureDraggerClasses(); }
-
-    // Records the events a dragger sends, and what the dragger held then.
-    struct Recorder {
-        std::vector<VgDragger::Event> events;
-        std::function<void(const VgDragger&)> onEvent;
-        static void Callback(VgDragger::Event event, const VgDragger* sender, void* data)
-        {
-            auto* self = static_cast<Recorder*>(data);
-            EXPECT_TRUE(sender->InCallback());
-            self->events.push_back(event);
-            if (self->onEvent)
-                self->onEvent(*sender);
-        }
-    };
 };
 
 SoGroup* AsGroup(const InvSmartPtr<SoNode>& node) { return static_cast<SoGroup*>(node.get()); }

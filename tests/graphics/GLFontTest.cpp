@@ -8,7 +8,6 @@
 #include <cmath>
 #include <fstream>
 #include <limits>
-#include <thread>
 
 using core::GLFont;
 using core::GLFontManager;
@@ -170,21 +169,16 @@ TEST(GLFontManager, FontsAreSharedSafelyBetweenThreads)
     }
     GLFontManager::Instance().Clear();
     std::vector<std::vector<double>> results(4);
-    std::vector<std::thread> threads;
-    for (auto& result : results)
-        threads.emplace_back([&texts, &result] {
-            auto font = GLFontManager::Instance().GetFont("Arial", 17.0, GLFont::Outline);
-            for (int round = 0; round < 20; ++round)
-                for (const char* text : texts) {
-                    auto* outline = static_cast<core::GLOutlineFont*>(font.get());
-                    std::vector<shr::Vec2f> triangles;
-                    outline->AppendTriangles(text, 0.0f, 0.0f, triangles);
-                    if (round == 0)
-                        result.push_back(font->Advance(text));
-                }
-        });
-    for (auto& thread : threads)
-        thread.join();
+    testsupport::RunThreads(4, [&texts, &results](unsigned int id) {
+        auto font = GLFontManager::Instance().GetFont("Arial", 17.0, GLFont::Outline);
+        for (int round = 0; round < 20; ++round)
+            for (const char* text : texts) {
+                std::vector<shr::Vec2f> triangles;
+                static_cast<core::GLOutlineFont*>(font.get())->AppendTriangles(text, 0.0f, 0.0f, triangles);
+                if (round == 0)
+                    results[id].push_back(font->Advance(text));
+            }
+    });
     for (const auto& result : results)
         EXPECT_EQ(result, expected);
 }

@@ -8,38 +8,22 @@
 #include "core/graphics/VgMaterial.h"
 #include "core/graphics/VgVertexData.h"
 #include "core/network/VoModule.h"
-#include "shr/Archive.h"
 
-#include <Inventor/nodes/SoCube.h>
-#include <Inventor/nodes/SoTranslation.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <functional>
 
 using core::InvSmartPtr;
+using fonttest::CubeAt;
 using fonttest::ErrorOf;
 
 namespace {
 
-// A separator holding a 2-unit cube moved to (x, 0, 0).
-SoSeparator* CubeAt(float x, const char* name = nullptr)
-{
-    auto* group = new SoSeparator;
-    auto* move = new SoTranslation;
-    move->translation = SbVec3f(x, 0, 0);
-    group->addChild(move);
-    auto* cube = new SoCube;
-    if (name)
-        cube->setName(name);
-    group->addChild(cube);
-    return group;
-}
-
 TEST(InvInterface, BoundingBoxesInDouble)
 {
     fonttest::EnsureFontClasses();
-    InvSmartPtr<SoNode> cube(CubeAt(10));
+    InvSmartPtr<SoNode> cube(CubeAt({10, 0, 0}));
     const shr::Box3d box = core::InvBoundingBox(cube);
     EXPECT_EQ(box, shr::Box3d(9, -1, -1, 11, 1, 1));
     EXPECT_EQ(ErrorOf([] { core::InvBoundingBox(InvSmartPtr<SoNode>()); }).message,
@@ -47,7 +31,7 @@ TEST(InvInterface, BoundingBoxesInDouble)
 
     // Children measured one by one: the translation of one does not move the next.
     InvSmartPtr<SoGroup> group(new SoGroup);
-    group->addChild(CubeAt(10));
+    group->addChild(CubeAt({10, 0, 0}));
     auto* looseCube = new SoCube;
     group->addChild(looseCube);
     const shr::CTypeInfo* moduleType = core::VoModule::GetClassTypeId();
@@ -56,7 +40,7 @@ TEST(InvInterface, BoundingBoxesInDouble)
     core::InvModuleSwitch::initClass();
     auto* moduleSwitch = new core::InvModuleSwitch;
     moduleSwitch->whichChild = SO_SWITCH_ALL;
-    moduleSwitch->addChild(CubeAt(-20));
+    moduleSwitch->addChild(CubeAt({-20, 0, 0}));
     group->addChild(moduleSwitch);
     EXPECT_EQ(core::InvChildrenBoundingBox(group, moduleType).min.x, -21.0);
     EXPECT_TRUE(core::InvChildrenBoundingBox(InvSmartPtr<SoGroup>(), moduleType).IsEmpty());
@@ -68,7 +52,7 @@ TEST(InvMemoryArchive, WritesAndReadsBackAGraph)
 {
     fonttest::EnsureFontClasses();
     core::InvMemoryArchive archive("some/folder/scene.doc");
-    InvSmartPtr<SoNode> scene(CubeAt(3, "Block"));
+    InvSmartPtr<SoNode> scene(CubeAt({3, 0, 0}, "Block"));
     void* buffer = nullptr;
     const size_t size = archive.Write(scene.get(), buffer);
     ASSERT_NE(buffer, nullptr);
@@ -93,29 +77,15 @@ TEST(VgMaterial, SerializeRoundTripsAndLayout)
     material.name = "Granite";
     material.diffuse = shr::Color4b(10, 20, 30, 40);
     material.shininess = 0.75f;
-    std::vector<unsigned char> bytes;
-    {
-        shr::Archive out(bytes);
-        material.Serialize(out);
-    }
-    shr::Archive in(bytes.data(), bytes.size());
+    const std::vector<unsigned char> bytes = testsupport::ExpectRoundTrip(material, {3});
     core::VgMaterial loaded;
-    loaded.Serialize(in);
+    testsupport::Load(loaded, bytes);
     EXPECT_EQ(loaded, material);
-    EXPECT_EQ(in.BytesRemaining(), 0u);
-    // The six floats close the record at 4 bytes each, transparency last.
-    float transparency = -1.0f;
-    std::memcpy(&transparency, bytes.data() + bytes.size() - 4, 4);
-    EXPECT_EQ(transparency, 0.0f);
-    float shininess = -1.0f;
-    std::memcpy(&shininess, bytes.data() + bytes.size() - 8, 4);
-    EXPECT_EQ(shininess, 0.75f);
-
-    // A truncated record throws and leaves the target as it was.
-    shr::Archive truncated(bytes.data(), bytes.size() - 3);
-    core::VgMaterial target;
-    EXPECT_THROW(target.Serialize(truncated), shr::Exception);
-    EXPECT_EQ(target, core::VgMaterial());
+    // The six floats close the record at 4 bytes each: shininess, then transparency.
+    float tail[2] = {-1.0f, -1.0f};
+    std::memcpy(tail, bytes.data() + bytes.size() - 8, 8);
+    EXPECT_EQ(tail[0], 0.75f);
+    EXPECT_EQ(tail[1], 0.0f);
 }
 
 } // namespace

@@ -27,6 +27,7 @@ using core::InvPlaneDragger;
 using core::InvSmartPtr;
 using core::VgDragger;
 using core::VgPlaneDragger;
+using Recorder = draggertest::EventRecorder;
 
 std::vector<int> Row(unsigned mask)
 {
@@ -88,14 +89,6 @@ TEST(InvPlaneDraggerTable, RowsListTheCrossedEdgesAsOneRing)
 class InvPlaneDraggerTest : public ::testing::Test {
 protected:
     void SetUp() override { draggertest::EnsureDraggerClasses(); }
-
-    struct Recorder {
-        std::vector<VgDragger::Event> events;
-        static void Callback(VgDragger::Event event, const VgDragger*, void* data)
-        {
-            static_cast<Recorder*>(data)->events.push_back(event);
-        }
-    };
 
     static std::vector<shr::Vec3d> Outline(const InvPlaneDragger& node)
     {

@@ -64,13 +64,9 @@ TEST(VbSegCombiner, EverySegmentIsUsedOnceAtAStar)
     for (int id = 1; id < 8; id += 2)
         EXPECT_EQ(seen[size_t(id)], 1) << id; // the far ends, once each
     EXPECT_LT(combiner.GetChains().size(), 4u);
-
-    VbSegCombiner copy(combiner);
-    EXPECT_EQ(copy.GetChains(), combiner.GetChains());
+    // A new call starts afresh.
     combiner.Connect(star.data(), 0);
     EXPECT_TRUE(combiner.GetChains().empty());
-    copy.Clear();
-    EXPECT_EQ(copy.GetTotalVertexCount(), 0u);
 }
 
 } // namespace

@@ -18,6 +18,7 @@ using core::SceneTransform;
 using core::VgRenderer;
 using core::VgVertexData;
 using shr::Color4b;
+using fonttest::Vertices;
 using shr::Vec3d;
 
 namespace {
@@ -55,13 +56,6 @@ render::Image Draw(const std::function<void(VgRenderer&)>& build) { return Draw(
 Color4b At(const render::Image& image, double x, double y)
 {
     return image.At(int(std::floor(100.0 + 50.0 * x)), int(std::floor(50.0 - 50.0 * y)));
-}
-
-VgVertexData Vertices(std::initializer_list<Vec3d> points)
-{
-    VgVertexData data;
-    data.vertices.assign(points);
-    return data;
 }
 
 // Two triangles coloured per face: left red, right green; the colour comes
@@ -154,32 +148,6 @@ TEST(VgRendererDraw, GeologicalCoordinatesLandWhereTheOffsetPutsThem)
     });
     EXPECT_EQ(At(second, 1.25, 0.5), kGreen);
     EXPECT_EQ(At(second, 0.0, 0.0), kBlack);
-}
-
-// Screen text and scene text both leave ink near where they are placed.
-TEST(VgRendererDraw, TextLandsAtItsPosition)
-{
-    const render::Image screenText = Draw([](VgRenderer& r) {
-        r.setBaseColor(Color4b::White);
-        r.drawText2(Vec3d(500001.0, 6000000.5, 0), "Well A", VgRenderer::LEFT, false);
-    });
-    const fonttest::Ink ink = fonttest::InkOf(screenText, kBlack);
-    ASSERT_FALSE(ink.Empty());
-    // The offset puts the text at the origin, pixel (100, 50), left aligned.
-    EXPECT_GE(ink.minX, 98);
-    EXPECT_LE(ink.minX, 104);
-    EXPECT_LE(ink.maxY, 52);
-
-    const render::Image sceneText = Draw(SceneTransform(0, 0, true), [](VgRenderer& r) {
-        r.setBaseColor(kRed);
-        r.multTransform(shr::Mat4d());
-        r.setTzFont("Arial", 0.5, 0);
-        r.drawTzText("Tx");
-    });
-    const fonttest::Ink sceneInk = fonttest::InkOf(sceneText, kBlack);
-    ASSERT_FALSE(sceneInk.Empty());
-    EXPECT_GE(sceneInk.minX, 99);
-    EXPECT_LE(sceneInk.maxY, 51);
 }
 
 } // namespace

@@ -11,7 +11,6 @@
 
 #include <Inventor/nodes/SoBaseColor.h>
 #include <Inventor/nodes/SoClipPlane.h>
-#include <Inventor/nodes/SoCube.h>
 #include <Inventor/nodes/SoDrawStyle.h>
 #include <Inventor/nodes/SoLineSet.h>
 #include <Inventor/nodes/SoMarkerSet.h>
@@ -34,6 +33,7 @@ using core::SceneTransform;
 using core::VgRenderer;
 using core::VgVertexData;
 using shr::Color4b;
+using fonttest::Vertices;
 using shr::Vec3d;
 
 namespace {
@@ -57,13 +57,6 @@ struct Fixture {
     InvSmartPtr<SoSeparator> root;
     VgRenderer renderer;
 };
-
-VgVertexData Vertices(std::initializer_list<Vec3d> points)
-{
-    VgVertexData data;
-    data.vertices.assign(points);
-    return data;
-}
 
 // Setters add one node each, with only the fields they name in use.
 TEST(VgRendererNodes, EachSetterAddsOneNodeWithItsFields)
@@ -370,16 +363,7 @@ TEST(SceneTransformTest, OnlyTheFirstUpdateSetsTheOffset)
         {"empty box gives zero", [](VgRenderer& r) { r.UpdateTransform(shr::Box3d(5, 0, 0, 1, 1, 1), shr::Mat4d()); },
          0.0, 0.0},
         {"node bounds",
-         [](VgRenderer& r) {
-             auto* cube = new SoCube;
-             auto* group = new SoSeparator;
-             auto* move = new SoTranslation;
-             move->translation = SbVec3f(10, -4, 0);
-             group->addChild(move);
-             group->addChild(cube);
-             r.UpdateTransform(InvSmartPtr<SoNode>(group));
-         },
-         -10.0, 4.0},
+         [](VgRenderer& r) { r.UpdateTransform(InvSmartPtr<SoNode>(fonttest::CubeAt({10, -4, 0}))); }, -10.0, 4.0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);

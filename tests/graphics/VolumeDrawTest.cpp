@@ -8,16 +8,11 @@
 #include "core/graphics/SoGLExtension.h"
 #include "core/graphics/SoSafeTexture.h"
 #include "core/graphics/VbColorMap.h"
-#include "render/CoinInit.h"
-#include "render/Image.h"
-#include "render/OffscreenContext.h"
-#include "render/SceneRenderer.h"
+#include "tests/support/PictureSupport.h"
 
 #include <GL/gl.h>
 #include <Inventor/elements/SoGLCacheContextElement.h>
 #include <Inventor/misc/SoContextHandler.h>
-#include <Inventor/nodes/SoOrthographicCamera.h>
-#include <Inventor/nodes/SoSeparator.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -31,10 +26,8 @@ namespace {
 
 render::OffscreenContext& Context()
 {
-    static render::OffscreenContext context;
-    render::EnsureCoinInit();
     InvVolume::initClass();
-    return context;
+    return testsupport::PictureContext();
 }
 
 // n^3 float nodes over [-1, 1]^3 valued i / (n - 1): a grey ramp along X,
@@ -65,19 +58,7 @@ struct RampVolume {
     }
 
     // Seen from above, the cube spanning pixels 16 to 144.
-    render::Image Picture() const
-    {
-        InvSmartPtr<SoSeparator> root(new SoSeparator);
-        auto* camera = new SoOrthographicCamera;
-        camera->position = SbVec3f(0, 0, 50);
-        camera->height = 2.5f;
-        camera->nearDistance = 1.0f;
-        camera->farDistance = 100.0f;
-        root->addChild(camera);
-        root->addChild(node.get());
-        render::SceneRenderer drawing(Context(), 160, 160, Color4b::Black);
-        return drawing.Render(root.get());
-    }
+    render::Image Picture() const { return testsupport::TopDownPicture(node.get(), 2.5f); }
 
     VdUniformLattice* lattice;
     VbColorMap map;

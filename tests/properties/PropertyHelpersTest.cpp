@@ -271,6 +271,9 @@ TEST(VbLabelFormat, GetPropertiesAddsItsRowsAndPreview)
 {
     RecordingList list;
     VbLabelFormat format(VbLabelFormat::Fixed, 3);
+    EXPECT_EQ(testsupport::RaisedBy([&] { format.UpdateDigits(kModule, 31, list); }).code, 2)
+        << "no key prefix, no digits row";
+    EXPECT_TRUE(list.empty());
     format.Prefix("x=");
     format.GetProperties(kModule, list, "Axes", 30);
     const std::vector<std::string> expected = {
@@ -294,6 +297,13 @@ TEST(VbLabelFormat, GetPropertiesAddsItsRowsAndPreview)
     EXPECT_EQ(list.log[4], "Remove 32") << "the digits row is rebuilt in its place";
     EXPECT_EQ(list.log[5], "Insert 30 31 1");
     EXPECT_EQ(list.log[7], "Insert -1 -1 0");
+
+    // Disabling touches only the header.
+    list.log.clear();
+    format.EnableProperties(list, 30, false);
+    EXPECT_EQ(list.log, std::vector<std::string>{"Enabled 30 0"});
+    EXPECT_FALSE(list.Enabled(30));
+    EXPECT_TRUE(list.Enabled(31));
 }
 
 TEST(VbLabelFormat, PropertyEventReadsTheChangedRow)
@@ -340,20 +350,4 @@ TEST(VbLabelFormat, PropertyEventReadsTheChangedRow)
     EXPECT_EQ(RaisedText([&] { format.PropertyEvent(kModule, list, VbPropertyEvent(11, 0), 10); }),
               "Core: Format out of range.");
     EXPECT_EQ(format.GetType(), 2) << "a type the format cannot show leaves it as it was";
-}
-
-TEST(VbLabelFormat, DigitsNeedTheKeyPrefixAndEnableTouchesOnlyTheHeader)
-{
-    RecordingList list;
-    VbLabelFormat format(VbLabelFormat::General, 4);
-    EXPECT_EQ(testsupport::RaisedBy([&] { format.UpdateDigits(kModule, 1, list); }).code, 2)
-        << "no key prefix, no digits row";
-    EXPECT_TRUE(list.empty());
-
-    format.GetProperties(kModule, list, "Contour", 1);
-    list.log.clear();
-    format.EnableProperties(list, 1, false);
-    EXPECT_EQ(list.log, std::vector<std::string>{"Enabled 1 0"});
-    EXPECT_FALSE(list.Enabled(1));
-    EXPECT_TRUE(list.Enabled(2));
 }

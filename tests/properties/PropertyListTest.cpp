@@ -239,7 +239,6 @@ TEST(SimplePropertyCollection, HeaderCommentsAndFormattedTexts)
     list.SetHeaderCommentFmt(1, "(%d, %.1f)", 3, 4.5);
     EXPECT_EQ(boost::any_cast<VbHeaderProperty::ValueType>(list.AnyValue(1)),
               VbHeaderProperty::ValueType("Limits", "(3, 4.5)"));
-    EXPECT_EQ(list.StringValue(1), "") << "a header has no text form";
 
     list.AnyValue(2, shr::GString("plain"), true);
     list.SetHeaderComment(2, "comment");

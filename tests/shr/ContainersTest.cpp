@@ -69,7 +69,7 @@ std::vector<int> Ids(const ById& storage)
     return ids;
 }
 
-TEST(SimpleUniqueStorageTest, InsertKeepsOrderAndRefusesEqualKeys)
+TEST(SimpleUniqueStorageTest, InsertKeepsOrderRefusesEqualKeysFindsAndErases)
 {
     std::vector<Item> items{{5, "e"}, {1, "a"}, {9, "i"}, {3, "c"}, {7, "g"}};
     ById storage;
@@ -86,19 +86,11 @@ TEST(SimpleUniqueStorageTest, InsertKeepsOrderAndRefusesEqualKeys)
     EXPECT_TRUE(storage.Insert(&last));
     EXPECT_TRUE(storage.Insert(&first));
     EXPECT_EQ(Ids(storage), (std::vector<int>{0, 1, 3, 5, 7, 9, 10}));
-}
-
-TEST(SimpleUniqueStorageTest, FindContainsErase)
-{
-    std::vector<Item> items{{2, "b"}, {4, "d"}, {6, "f"}};
-    ById storage;
-    for (Item& item : items)
-        storage.Insert(&item);
 
     const struct {
         int key;
         bool present;
-    } lookups[] = {{1, false}, {2, true}, {3, false}, {6, true}, {7, false}};
+    } lookups[] = {{-1, false}, {0, true}, {2, false}, {5, true}, {10, true}, {11, false}};
     for (const auto& l : lookups) {
         SCOPED_TRACE(l.key);
         Item probe{l.key, ""};
@@ -106,11 +98,11 @@ TEST(SimpleUniqueStorageTest, FindContainsErase)
         EXPECT_EQ(storage.Contains(&probe), l.present);
     }
 
-    EXPECT_EQ(storage.Erase(3), nullptr);
-    EXPECT_EQ(storage.Erase(4), &items[1]);
-    EXPECT_EQ(Ids(storage), (std::vector<int>{2, 6}));
-    EXPECT_EQ(storage.Erase(2), &items[0]);
-    EXPECT_EQ(storage.Erase(6), &items[2]);
+    EXPECT_EQ(storage.Erase(4), nullptr);
+    EXPECT_EQ(storage.Erase(5), &items[0]);
+    EXPECT_EQ(Ids(storage), (std::vector<int>{0, 1, 3, 7, 9, 10}));
+    for (int key : {0, 1, 3, 7, 9, 10})
+        EXPECT_NE(storage.Erase(key), nullptr) << key;
     EXPECT_TRUE(storage.empty());
     EXPECT_EQ(RaisedText([&] { storage.Contains(nullptr); }),
               "Shared: Invalid item retrieval request in unique storage.");

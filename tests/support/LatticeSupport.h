@@ -171,14 +171,30 @@ core::VdUniformLattice* VectorLattice(unsigned int nx, unsigned int ny, unsigned
 
 using Field = std::function<double(const shr::Vec3d& uvw, unsigned int component)>;
 
-// A lattice of `kind` (the port bit of uniform, rectilinear or curvilinear)
-// whose node (i, j, k) stands at place(i, j, k) and holds field(position, c)
-// as `type`. A uniform lattice spans the first and last places (`place` must
-// be affine); a rectilinear one takes its axes from place(n, n, n).
-inline std::unique_ptr<core::VdLattice> KindLattice(unsigned int kind, const unsigned int* dims, shr::PrimType type,
-                                                    unsigned int components, const Placement& place,
-                                                    const Field& field)
+const unsigned int kLatticeKinds[3] = {core::PortUniformLattice, core::PortRectilinearLattice,
+                                       core::PortCurvilinearLattice};
+
+// Node (i, j, k) of each kind: uniform from (10, -4, 2) with spacing
+// (1.5, 2, 0.5); rectilinear with uneven steps; curvilinear sheared, every
+// cell a parallelepiped, so that a linear field stays linear in each cell.
+inline shr::Vec3d KindPosition(unsigned int kind, unsigned int i, unsigned int j, unsigned int k)
 {
+    if (kind == core::PortUniformLattice)
+        return shr::Vec3d(10 + 1.5 * i, -4 + 2.0 * j, 2 + 0.5 * k);
+    if (kind == core::PortRectilinearLattice)
+        return shr::Vec3d(10 + 1.5 * i + 0.4 * (i % 2), -4 + 2.0 * j + 0.7 * (j % 2), 2 + 0.5 * k + 0.1 * (k % 2));
+    return shr::Vec3d(10 + 1.5 * i + 0.5 * j, -4 + 2.0 * j + 0.3 * k, 2 + 0.5 * k + 0.2 * i);
+}
+
+// A lattice of `kind` (the port bit of uniform, rectilinear or curvilinear)
+// whose node (i, j, k) stands at KindPosition and holds field(position, c) as
+// `type`.
+inline std::unique_ptr<core::VdLattice> SpacedLattice(unsigned int kind, const unsigned int* dims, shr::PrimType type,
+                                                      unsigned int components, const Field& field)
+{
+    const auto place = [kind](double i, double j, double k) {
+        return KindPosition(kind, unsigned(i), unsigned(j), unsigned(k));
+    };
     std::unique_ptr<core::VdLattice> lattice;
     if (kind == core::PortUniformLattice) {
         auto uniform = std::make_unique<core::VdUniformLattice>(type, dims, nullptr, components);
@@ -203,31 +219,6 @@ inline std::unique_ptr<core::VdLattice> KindLattice(unsigned int kind, const uns
     }
     lattice->DataModified();
     return lattice;
-}
-
-const unsigned int kLatticeKinds[3] = {core::PortUniformLattice, core::PortRectilinearLattice,
-                                       core::PortCurvilinearLattice};
-
-// Node (i, j, k) of each kind: uniform from (10, -4, 2) with spacing
-// (1.5, 2, 0.5); rectilinear with uneven steps; curvilinear sheared, every
-// cell a parallelepiped, so that a linear field stays linear in each cell.
-inline shr::Vec3d KindPosition(unsigned int kind, unsigned int i, unsigned int j, unsigned int k)
-{
-    if (kind == core::PortUniformLattice)
-        return shr::Vec3d(10 + 1.5 * i, -4 + 2.0 * j, 2 + 0.5 * k);
-    if (kind == core::PortRectilinearLattice)
-        return shr::Vec3d(10 + 1.5 * i + 0.4 * (i % 2), -4 + 2.0 * j + 0.7 * (j % 2), 2 + 0.5 * k + 0.1 * (k % 2));
-    return shr::Vec3d(10 + 1.5 * i + 0.5 * j, -4 + 2.0 * j + 0.3 * k, 2 + 0.5 * k + 0.2 * i);
-}
-
-// A lattice of `kind` with its nodes at KindPosition, holding `field`.
-inline std::unique_ptr<core::VdLattice> SpacedLattice(unsigned int kind, const unsigned int* dims, shr::PrimType type,
-                                                      unsigned int components, const Field& field)
-{
-    const auto place = [kind](double i, double j, double k) {
-        return KindPosition(kind, unsigned(i), unsigned(j), unsigned(k));
-    };
-    return KindLattice(kind, dims, type, components, place, field);
 }
 
 // Element (node, c) of any data array as a double.
