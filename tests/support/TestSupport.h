@@ -18,6 +18,7 @@
 #include <functional>
 #include <initializer_list>
 #include <iterator>
+#include <memory>
 #include <mutex>
 #include <random>
 #include <string>
@@ -31,6 +32,7 @@ struct Raised {
     std::string component;
     std::string message;
     int code = -1;
+    std::string file;
 };
 
 inline Raised RaisedBy(const std::function<void()>& action)
@@ -38,7 +40,7 @@ inline Raised RaisedBy(const std::function<void()>& action)
     try {
         action();
     } catch (const shr::Exception& e) {
-        return {e.Component(), e.Message(), e.Code()};
+        return {e.Component(), e.Message(), e.Code(), e.File()};
     }
     return {};
 }
@@ -57,6 +59,18 @@ std::vector<unsigned char> Store(T& object, int version = shr::Archive::CurrentV
     std::vector<unsigned char> bytes;
     shr::Archive archive(bytes, path, version);
     object.Serialize(archive);
+    return bytes;
+}
+
+// The stored form of a module without its links, as a module on its own.
+template <class T>
+std::vector<unsigned char> StoreUnlinked(T& module)
+{
+    std::vector<unsigned char> bytes;
+    shr::Archive archive(bytes);
+    bool links = false;
+    archive.ConnectionsFlag = &links;
+    module.Serialize(archive);
     return bytes;
 }
 
@@ -99,6 +113,25 @@ std::vector<unsigned char> ExpectRoundTrip(T& object, std::initializer_list<size
         EXPECT_EQ(Store(target), fresh) << "a failed load changes nothing; cut " << cut;
     }
     return bytes;
+}
+
+// `object` stored as the first object of a document (its class name first)
+// and read back as a T, owned by the caller; what else the document holds
+// belongs to the objects that link to it.
+inline std::vector<unsigned char> StoreObject(shr::CTypedObject* object)
+{
+    std::vector<unsigned char> bytes;
+    shr::Archive archive(bytes);
+    archive.TransferObject(object);
+    return bytes;
+}
+template <class T>
+std::unique_ptr<T> LoadObject(const std::vector<unsigned char>& bytes)
+{
+    shr::Archive archive(bytes.data(), bytes.size());
+    T* object = nullptr;
+    archive.TransferObject(object);
+    return std::unique_ptr<T>(object);
 }
 
 // Each damage of `cases`, done to a fresh T (after `prepare`, when given),
