@@ -45,8 +45,14 @@ public:
 };
 SHR_IMPLEMENT_CREATABLE_TYPE(ArchiveTestNode, shr::CTypedObject)
 
+// Registered, but cannot be made by name.
+class ArchiveTestAbstract : public shr::CTypedObject {
+    SHR_DECLARE_TYPE(ArchiveTestAbstract)
+};
+SHR_IMPLEMENT_TYPE(ArchiveTestAbstract, shr::CTypedObject)
+
 // A leaf held by shared pointers.
-class ArchiveTestLeaf : public shr::CTypedObject {
+class ArchiveTestLeaf : public ArchiveTestAbstract {
     SHR_DECLARE_CREATABLE_TYPE(ArchiveTestLeaf)
 public:
     double value = 0.0;
@@ -57,13 +63,7 @@ public:
         archive.Transfer(value);
     }
 };
-SHR_IMPLEMENT_CREATABLE_TYPE(ArchiveTestLeaf, shr::CTypedObject)
-
-// Registered, but cannot be made by name.
-class ArchiveTestAbstract : public shr::CTypedObject {
-    SHR_DECLARE_TYPE(ArchiveTestAbstract)
-};
-SHR_IMPLEMENT_TYPE(ArchiveTestAbstract, shr::CTypedObject)
+SHR_IMPLEMENT_CREATABLE_TYPE(ArchiveTestLeaf, ArchiveTestAbstract)
 
 size_t CountOccurrences(const Bytes& bytes, const std::string& text)
 {
@@ -155,14 +155,7 @@ TEST(ArchiveTest, LayoutIsLittleEndianRawBytes)
     Bytes bytes;
     {
         Archive out(bytes);
-        std::string text = "ab";
-        int number = 0x01020304;
-        bool flag = true;
-        shr::Color4b color(1, 2, 3, 4);
-        out.Transfer(text);
-        out.Transfer(number);
-        out.Transfer(flag);
-        out.Transfer(color);
+        testsupport::Put(out, std::string("ab"), 0x01020304, true, shr::Color4b(1, 2, 3, 4));
         out.SyncCheck();
     }
     const Bytes expected = {'F', 'K', 'D', 'C', 130, 0, 0, 0,     // header
@@ -275,6 +268,11 @@ TEST(ArchiveTest, ObjectErrors)
     shr::CTypedObject* object = &abstract;
     EXPECT_NE(RaisedText([&] { out.TransferObject(object); }).find("cannot be made by name"), std::string::npos);
     EXPECT_TRUE(out.m_ClassNames.empty());
+    // Such a type makes nothing; kinds follow the parents.
+    EXPECT_EQ(ArchiveTestAbstract::GetClassTypeId()->CreateInstance(), nullptr);
+    EXPECT_TRUE(ArchiveTestLeaf().IsKindOf(ArchiveTestAbstract::GetClassTypeId()));
+    EXPECT_TRUE(abstract.IsKindOf(shr::CTypedObject::GetClassTypeId()));
+    EXPECT_FALSE(abstract.IsKindOf(ArchiveTestLeaf::GetClassTypeId()));
 
     // An unknown class name raises code 22.
     Bytes unknown = StoreCycle();
@@ -295,13 +293,8 @@ TEST(ArchiveTest, ObjectErrors)
                                                               "a reference to object 1, of which only 0 are defined.");
 
     // A leaf where a node is expected.
-    Bytes leafBytes;
-    {
-        ArchiveTestLeaf leaf;
-        Archive leafOut(leafBytes);
-        shr::CTypedObject* p = &leaf;
-        leafOut.TransferObject(p);
-    }
+    ArchiveTestLeaf leaf;
+    const Bytes leafBytes = testsupport::StoreObject(&leaf);
     Archive in3(leafBytes.data(), leafBytes.size());
     ArchiveTestNode* node = nullptr;
     EXPECT_NE(RaisedText([&] { in3.TransferObject(node); }).find("\"ArchiveTestLeaf\" stands where"),

@@ -102,7 +102,7 @@ TEST(MathUtil, CalcAutoIncOnAwkwardRanges)
     EXPECT_EQ(CalcAutoInc(0, 10, 5, nullptr, nullptr), 2.0);
 }
 
-TEST(MathUtil, LeastSquaresFitsAnOverdeterminedSystem)
+TEST(MathUtil, LeastSquaresFitsOrRefusesAndAccessIsChecked)
 {
     // y = a + b x through (0,1), (1,3), (2,4), (3,4): a = 1.5, b = 1.
     RMatrix a(4, 2);
@@ -120,10 +120,8 @@ TEST(MathUtil, LeastSquaresFitsAnOverdeterminedSystem)
     const double residual[] = {-0.5, 0.5, 0.5, -0.5};
     for (size_t i = 0; i < 4; ++i)
         EXPECT_NEAR(b[i], residual[i], 1e-13) << i << ": b holds the residual";
-}
 
-TEST(MathUtil, LeastSquaresRefusesWhatItCannotSolveAndAccessIsChecked)
-{
+    // What it cannot solve it refuses, leaving the solution alone.
     struct Row {
         const char* what;
         size_t rows, cols, rhs;
@@ -137,21 +135,21 @@ TEST(MathUtil, LeastSquaresRefusesWhatItCannotSolveAndAccessIsChecked)
         {"NaN", 2, 2, 2, {1, 0, 0, std::nan("")}},
     };
     for (const Row& row : rows) {
-        RMatrix a(row.rows, row.cols);
+        RMatrix refused(row.rows, row.cols);
         for (size_t i = 0; i < row.values.size(); ++i)
-            a(i / row.cols, i % row.cols) = row.values[i];
-        RVector b(row.rhs), x(1);
-        x[0] = 42;
-        EXPECT_FALSE(MGSLeastSquares(a, x, b)) << row.what;
-        EXPECT_EQ(x.Size(), 1u) << row.what;
-        EXPECT_EQ(x[0], 42) << row.what;
+            refused(i / row.cols, i % row.cols) = row.values[i];
+        RVector rhs(row.rhs), kept(1);
+        kept[0] = 42;
+        EXPECT_FALSE(MGSLeastSquares(refused, kept, rhs)) << row.what;
+        EXPECT_EQ(kept.Size(), 1u) << row.what;
+        EXPECT_EQ(kept[0], 42) << row.what;
     }
     // Checked access.
-    RMatrix a(2, 3);
-    EXPECT_THROW(a.At(2, 0), Exception);
-    EXPECT_THROW(a.At(0, 3), Exception);
+    const RMatrix m(2, 3);
+    EXPECT_THROW(m.At(2, 0), Exception);
+    EXPECT_THROW(m.At(0, 3), Exception);
     EXPECT_THROW(RVector(3).At(3), Exception);
-    EXPECT_THROW(a * RVector(2), Exception);
+    EXPECT_THROW(m * RVector(2), Exception);
 }
 
 TEST(Box3d, EmptyExtendQueriesAndCorners)
