@@ -117,18 +117,10 @@ Values SampleValues()
                   shr::Vec3d(1e300, -1e-300, 0.5), shr::Vec3i(-1, 0, 2147483647), {1, 2, 3, 254, 255}};
 }
 
-Bytes Stored(Values values)
-{
-    Bytes bytes;
-    Archive out(bytes);
-    values.Serialize(out);
-    return bytes;
-}
-
 TEST(ArchiveTest, EveryValueTypeRoundTripsThroughMemoryAndFile)
 {
     Values stored = SampleValues();
-    const Bytes bytes = Stored(stored);
+    const Bytes bytes = testsupport::Store(stored);
     testsupport::ScratchFolder folder;
     const std::string path = folder.File("values.fkd");
     {
@@ -138,15 +130,13 @@ TEST(ArchiveTest, EveryValueTypeRoundTripsThroughMemoryAndFile)
     EXPECT_EQ(testsupport::ReadBytes(path), bytes);
 
     Values fromMemory, fromFile;
-    Archive inMemory(bytes.data(), bytes.size());
-    fromMemory.Serialize(inMemory);
-    EXPECT_EQ(inMemory.BytesRemaining(), 0u);
+    EXPECT_EQ(testsupport::Load(fromMemory, bytes), 0u);
     Archive inFile(path, Archive::Load);
     fromFile.Serialize(inFile);
     EXPECT_EQ(inFile.GetFilename(), path);
     // Equal values store equal bytes; the matrix also keeps its classification.
-    EXPECT_EQ(Stored(fromMemory), bytes);
-    EXPECT_EQ(Stored(fromFile), bytes);
+    EXPECT_EQ(testsupport::Store(fromMemory), bytes);
+    EXPECT_EQ(testsupport::Store(fromFile), bytes);
     EXPECT_EQ(fromFile.matrix.GetType(), stored.matrix.GetType());
 }
 

@@ -81,11 +81,14 @@ TEST(SimpleUniqueStorageTest, InsertKeepsOrderRefusesEqualKeysFindsAndErases)
     EXPECT_FALSE(storage.Insert(&duplicate));
     EXPECT_EQ(storage.size(), 5u);
     EXPECT_EQ(storage.Find(3)->name, "c");
+    EXPECT_EQ(RaisedText([&] { storage.Insert(nullptr); }), "Shared: Invalid item insertion request in unique storage.");
+    EXPECT_EQ(storage.size(), 5u);
 
     Item last{10, "j"}, first{0, "z"};
     EXPECT_TRUE(storage.Insert(&last));
     EXPECT_TRUE(storage.Insert(&first));
     EXPECT_EQ(Ids(storage), (std::vector<int>{0, 1, 3, 5, 7, 9, 10}));
+    EXPECT_EQ(storage[2]->name, "c");
 
     const struct {
         int key;
@@ -106,34 +109,6 @@ TEST(SimpleUniqueStorageTest, InsertKeepsOrderRefusesEqualKeysFindsAndErases)
     EXPECT_TRUE(storage.empty());
     EXPECT_EQ(RaisedText([&] { storage.Contains(nullptr); }),
               "Shared: Invalid item retrieval request in unique storage.");
-}
-
-struct NameOf {
-    const std::string& operator()(const std::shared_ptr<Item>& item) const { return item->name; }
-};
-
-TEST(SimpleUniqueStorageTest, SharedItemsByCaseInsensitiveName)
-{
-    shr::SimpleUniqueStorage<std::shared_ptr<Item>, std::string, shr::StringLess, NameOf> storage;
-    for (const char* name : {"Gamma", "alpha", "Beta", "delta"})
-        EXPECT_TRUE(storage.Insert(std::make_shared<Item>(Item{0, name})));
-    EXPECT_FALSE(storage.Insert(std::make_shared<Item>(Item{0, "BETA"})));
-
-    std::vector<std::string> names;
-    for (const auto& item : storage)
-        names.push_back(item->name);
-    EXPECT_EQ(names, (std::vector<std::string>{"alpha", "Beta", "delta", "Gamma"}));
-
-    std::weak_ptr<Item> beta = storage.Find("beta");
-    EXPECT_FALSE(beta.expired());
-    std::shared_ptr<Item> removed = storage.Erase("BETA");
-    ASSERT_TRUE(removed);
-    removed.reset();
-    EXPECT_TRUE(beta.expired()); // the storage let go of its share
-    EXPECT_EQ(storage.size(), 3u);
-    EXPECT_EQ(storage[1]->name, "delta");
-    EXPECT_EQ(RaisedText([&] { storage.Insert(nullptr); }), "Shared: Invalid item insertion request in unique storage.");
-    EXPECT_EQ(storage.size(), 3u);
 }
 
 // ---- Flyweight, Factory --------------------------------------------------
