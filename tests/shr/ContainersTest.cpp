@@ -11,7 +11,6 @@
 
 #include <map>
 #include <memory>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -22,7 +21,7 @@ namespace {
 using shr::Exception;
 using testsupport::RaisedText;
 
-// ---- StringLess / StringEquivalent / PairFirstLess ----------------------
+// ---- StringLess / StringEquivalent --------------------------------------
 
 TEST(StringLessTest, OrdersIgnoringCaseBytewise)
 {
@@ -41,14 +40,6 @@ TEST(StringLessTest, OrdersIgnoringCaseBytewise)
         EXPECT_EQ(shr::StringLess()(c.a, c.b), c.less);
         EXPECT_EQ(shr::StringEquivalent()(c.a, c.b), c.equivalent);
     }
-
-    // PairFirstLess ignores the second member.
-    std::set<std::pair<unsigned, std::string>, shr::PairFirstLess> labels;
-    EXPECT_TRUE(labels.insert({3, "c"}).second);
-    EXPECT_TRUE(labels.insert({1, "a"}).second);
-    EXPECT_FALSE(labels.insert({3, "other"}).second);
-    EXPECT_EQ(labels.begin()->second, "a");
-    EXPECT_EQ(labels.rbegin()->second, "c");
 }
 
 // ---- SimpleUniqueStorage --------------------------------------------------
@@ -169,8 +160,6 @@ TEST(ArrayTest, GrowsAndChecksIndices)
     EXPECT_EQ(values, (shr::Array<double>{1.5, 3.5}));
     EXPECT_THROW(values.At(2), Exception);
     EXPECT_THROW(values.RemoveAt(5), Exception);
-    values.Resize(4, 9.0);
-    EXPECT_EQ(values.At(3), 9.0);
 }
 
 } // namespace

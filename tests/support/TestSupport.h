@@ -74,20 +74,26 @@ std::vector<unsigned char> StoreUnlinked(T& module)
     return bytes;
 }
 
-// Reads all but the last `cut` bytes into `object`; returns the bytes left unread.
-// A failed load leaves what it made to the caller, as a host's loader is left
-// it: this disposes of it and throws on.
-template <class T>
-uint64_t Load(T& object, const std::vector<unsigned char>& bytes, size_t cut = 0, const char* path = "")
+// Runs `read`. A failed load leaves what `archive` made to the caller, as a
+// host's loader is left it: this disposes of it and throws on.
+template <class Read>
+void ReadOrDispose(shr::Archive& archive, Read read)
 {
-    shr::Archive archive(bytes.data(), bytes.size() - cut, path);
     try {
-        object.Serialize(archive);
+        read();
     } catch (...) {
         for (shr::CTypedObject* made : archive.CreatedObjects())
             delete made;
         throw;
     }
+}
+
+// Reads all but the last `cut` bytes into `object`; returns the bytes left unread.
+template <class T>
+uint64_t Load(T& object, const std::vector<unsigned char>& bytes, size_t cut = 0, const char* path = "")
+{
+    shr::Archive archive(bytes.data(), bytes.size() - cut, path);
+    ReadOrDispose(archive, [&] { object.Serialize(archive); });
     return archive.BytesRemaining();
 }
 
@@ -130,7 +136,7 @@ std::unique_ptr<T> LoadObject(const std::vector<unsigned char>& bytes)
 {
     shr::Archive archive(bytes.data(), bytes.size());
     T* object = nullptr;
-    archive.TransferObject(object);
+    ReadOrDispose(archive, [&] { archive.TransferObject(object); });
     return std::unique_ptr<T>(object);
 }
 
