@@ -20,7 +20,6 @@
 #include <iterator>
 #include <memory>
 #include <mutex>
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -361,48 +360,5 @@ void RunThreads(unsigned int count, Work work)
     for (std::thread& thread : threads)
         thread.join();
 }
-
-// Texts for fuzzing a reader: mutations of valid seeds (a byte overwritten,
-// a piece spliced in, a run cut, repeated or truncated) and, one time in five,
-// random bytes. Seeded, so that a failure repeats.
-class TextMutator {
-public:
-    TextMutator(unsigned seed, std::vector<std::string> seeds, std::vector<std::string> pieces, size_t maxEdits = 4)
-        : m_Random(seed), m_Seeds(std::move(seeds)), m_Pieces(std::move(pieces)), m_MaxEdits(maxEdits)
-    {
-    }
-
-    std::string Next()
-    {
-        if (Pick(5) == 0) {
-            std::string text(Pick(64), '\0');
-            for (char& c : text)
-                c = static_cast<char>(Pick(256));
-            return text;
-        }
-        std::string text = m_Seeds[Pick(m_Seeds.size())];
-        for (size_t edits = 1 + Pick(m_MaxEdits); edits > 0; --edits) {
-            const size_t at = text.empty() ? 0 : Pick(text.size() + 1);
-            switch (Pick(5)) {
-            case 0:
-                if (!text.empty())
-                    text[Pick(text.size())] = static_cast<char>(Pick(256));
-                break;
-            case 1: text.insert(at, m_Pieces[Pick(m_Pieces.size())]); break;
-            case 2: text.erase(at, Pick(8)); break;
-            case 3: text.insert(at, text.substr(at, Pick(300))); break;
-            default: text.resize(at); break;
-            }
-        }
-        return text;
-    }
-
-private:
-    size_t Pick(size_t count) { return std::uniform_int_distribution<size_t>(0, count - 1)(m_Random); }
-
-    std::mt19937 m_Random;
-    std::vector<std::string> m_Seeds, m_Pieces;
-    size_t m_MaxEdits;
-};
 
 } // namespace testsupport
