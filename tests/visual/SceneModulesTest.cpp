@@ -6,6 +6,7 @@
 #include "NetworkFixture.h"
 #include "LatticeSupport.h"
 #include "TestSupport.h"
+#include "VisualSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/data/VdPoints.h"
@@ -23,7 +24,6 @@
 #include "shr/Exception.h"
 #include "shr/MathUtil.h"
 
-#include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoClipPlane.h>
 #include <Inventor/nodes/SoDirectionalLight.h>
 #include <Inventor/nodes/SoEnvironment.h>
@@ -43,20 +43,7 @@ namespace {
 using core::VoModule;
 using shr::Color4b;
 using shr::Vec3d;
-
-SoNode* Find(SoNode* root, SoType type)
-{
-    SoSearchAction search;
-    search.setType(type, TRUE);
-    search.apply(root);
-    return search.getPath() ? search.getPath()->getTail() : nullptr;
-}
-
-template <class Node>
-Node* Find(const VoModule& module, size_t output = 0)
-{
-    return static_cast<Node*>(Find(module.OutputGeometry(output).GetRoot().get(), Node::getClassTypeId()));
-}
+using visualtest::First;
 
 class SceneModulesTest : public testsupport::NetworkFixture {
 protected:
@@ -101,18 +88,18 @@ TEST_F(SceneModulesTest, EachLightTypeWritesItsNode)
     const SbColor color(1.0f, 0.0f, 0.2f);
 
     light->SetLightType(core::VoLight::Directional);
-    auto* directional = Find<SoDirectionalLight>(*Run(light));
+    auto* directional = First<SoDirectionalLight>(*Run(light));
     ASSERT_TRUE(directional);
     EXPECT_EQ(directional->direction.getValue(), SbVec3f(0, 1, 0));
     EXPECT_EQ(directional->color.getValue(), color);
 
     light->SetLightType(core::VoLight::Point);
-    auto* point = Find<SoPointLight>(*Run(light));
+    auto* point = First<SoPointLight>(*Run(light));
     ASSERT_TRUE(point);
     EXPECT_EQ(point->location.getValue(), SbVec3f(10, 20, 30));
 
     light->SetLightType(core::VoLight::Spot);
-    auto* spot = Find<SoSpotLight>(*Run(light));
+    auto* spot = First<SoSpotLight>(*Run(light));
     ASSERT_TRUE(spot);
     EXPECT_EQ(spot->location.getValue(), SbVec3f(10, 20, 30));
     EXPECT_EQ(spot->direction.getValue(), SbVec3f(0, 1, 0));
@@ -134,11 +121,11 @@ TEST_F(SceneModulesTest, ALightBeyondTheDriversMaximumFails)
     RunPass();
     for (int i = 0; i < maximum; ++i) {
         EXPECT_EQ(lights[size_t(i)]->GetStatus(), VoModule::ModuleOk) << i;
-        EXPECT_TRUE(Find<SoDirectionalLight>(*lights[size_t(i)])) << i;
+        EXPECT_TRUE(First<SoDirectionalLight>(*lights[size_t(i)])) << i;
     }
     EXPECT_EQ(lights.back()->GetStatus(), VoModule::ModuleFailed);
     EXPECT_EQ(proxy.LastError(), "The maximum number of lights (" + std::to_string(maximum) + ") has been exceeded.");
-    EXPECT_FALSE(Find<SoDirectionalLight>(*lights.back()));
+    EXPECT_FALSE(First<SoDirectionalLight>(*lights.back()));
 }
 
 // With the dragger shown the light lives in it; a new type makes a new
@@ -148,7 +135,7 @@ TEST_F(SceneModulesTest, TheLightDraggerHoldsTheLightAndEditsTheModule)
     auto* light = Add(new core::VoLight);
     Edit(light, {{core::VoLight::IdType, "2"}, {core::VoLight::IdDragger, "true"}});
     ASSERT_TRUE(dynamic_cast<const core::VgSpotLightDragger*>(light->CurrentDragger().get()));
-    EXPECT_TRUE(Find<SoSpotLight>(*light)); // the manipulator is the light
+    EXPECT_TRUE(First<SoSpotLight>(*light)); // the manipulator is the light
     const Vec3d scale = light->CurrentDragger()->Scale();
     EXPECT_DOUBLE_EQ(scale.x, 6.0 * 0.05 / 3.0); // after the pass, fitted to the -1 to 1 scene
 
@@ -167,7 +154,7 @@ TEST_F(SceneModulesTest, TheLightDraggerHoldsTheLightAndEditsTheModule)
 
     Edit(light, {{core::VoLight::IdDragger, "false"}});
     EXPECT_FALSE(light->CurrentDragger());
-    EXPECT_TRUE(Find<SoSpotLight>(*light));
+    EXPECT_TRUE(First<SoSpotLight>(*light));
 }
 
 // The type is the first field after the sync mark; one no row can set is refused.
@@ -182,11 +169,7 @@ TEST_F(SceneModulesTest, LightStoredForm)
     const testsupport::StoredModule document(testsupport::Store(stored), 1);
     core::VoLight loaded;
     EXPECT_EQ(testsupport::Load(loaded, document.Document(130, document.body)), 0u);
-    EXPECT_EQ(loaded.GetLightType(), core::VoLight::Spot);
-    EXPECT_EQ(loaded.Color(), Color4b(1, 2, 3, 4));
-    EXPECT_EQ(loaded.Position(), Vec3d(5, 6, 7));
-    EXPECT_EQ(loaded.Cutoff(), 12.5);
-    EXPECT_EQ(loaded.Dropoff(), 0.75);
+    EXPECT_EQ(testsupport::Store(loaded), testsupport::Store(stored));
     core::VoLight target;
     EXPECT_THROW(testsupport::Load(target, document.Document(130, testsupport::Replace(document.body, 4, 4, 3u))),
                  shr::Exception);
@@ -209,7 +192,7 @@ TEST_F(SceneModulesTest, GlobalSettingsReachTheSceneAndTheNetwork)
     EXPECT_TRUE(list.Enabled(core::VoEnvironment::IdFogColor));
     EXPECT_EQ(network().VerticalExaggeration(), core::VoEnvironment::kMaxExaggeration);
     EXPECT_EQ(network().GetBackgroundColor(), Color4b(10, 20, 30));
-    auto* environment = Find<SoEnvironment>(*settings);
+    auto* environment = First<SoEnvironment>(*settings);
     ASSERT_TRUE(environment);
     EXPECT_EQ(environment->ambientIntensity.getValue(), 0.5f);
     EXPECT_EQ(environment->fogType.getValue(), int(SoEnvironment::FOG));
@@ -264,7 +247,7 @@ TEST_F(SceneModulesTest, TheClipPlaneCutsItsInputsThroughTheirCentre)
                     {core::VoClipPlane::IdSwap, c.swap},
                     {core::VoClipPlane::IdDistance, c.distance}});
         ASSERT_EQ(clip->GetStatus(), VoModule::ModuleOk) << proxy.LastError();
-        auto* plane = Find<SoClipPlane>(*clip);
+        auto* plane = First<SoClipPlane>(*clip);
         ASSERT_TRUE(plane) << c.orientation;
         // The bounds lie in the scene's frame, offset by (-1000, -2000).
         const Vec3d centre = clip->Bounds().Center();
@@ -330,7 +313,7 @@ TEST_F(SceneModulesTest, AClipPlaneDragEditsTheModule)
     Link(clip, Shell());
     Edit(clip, {{core::VoClipPlane::IdDragger, "true"}, {core::VoClipPlane::IdOrientation, "1"}});
     ASSERT_TRUE(clip->CurrentDragger());
-    EXPECT_TRUE(Find<SoClipPlane>(*clip)); // the manipulator is the plane
+    EXPECT_TRUE(First<SoClipPlane>(*clip)); // the manipulator is the plane
     const shr::Box3d bounds = clip->Bounds();
     const double centreX = bounds.Center().x;
     struct Case {
@@ -484,7 +467,7 @@ TEST_F(SceneModulesTest, TextStandsAtItsPointWithTheRenderersJustification)
     auto* text = Add(new core::VoText);
     EXPECT_FALSE(text->OutputGeometry(0).Clippable());
     Run(text);
-    EXPECT_EQ(Find<SoSeparator>(*text)->getNumChildren(), 0) << "no text, nothing drawn";
+    EXPECT_EQ(First<SoSeparator>(*text)->getNumChildren(), 0) << "no text, nothing drawn";
 
     text->Text("Top\nof Sand");
     text->Position(Vec3d(1000, 2000, -50));
@@ -495,14 +478,14 @@ TEST_F(SceneModulesTest, TextStandsAtItsPointWithTheRenderersJustification)
     } cases[] = {{0, SoText2::LEFT}, {1, SoText2::RIGHT}, {2, SoText2::CENTER}, {7, SoText2::RIGHT}};
     for (const Case& c : cases) {
         text->Format().m_Justification = core::TextFormat::Justification(c.format);
-        auto* label = Find<SoText2>(*Run(text));
+        auto* label = First<SoText2>(*Run(text));
         ASSERT_TRUE(label);
         EXPECT_EQ(label->justification.getValue(), c.drawn) << c.format;
         ASSERT_EQ(label->string.getNum(), 2);
         EXPECT_EQ(std::string(label->string[1].getString()), "of Sand");
     }
-    EXPECT_EQ(std::string(Find<SoFont>(*text)->name.getValue().getString()), "DejaVu Sans");
-    EXPECT_EQ(Find<SoTranslation>(*text)->translation.getValue(), SbVec3f(0, 0, -50));
+    EXPECT_EQ(std::string(First<SoFont>(*text)->name.getValue().getString()), "DejaVu Sans");
+    EXPECT_EQ(First<SoTranslation>(*text)->translation.getValue(), SbVec3f(0, 0, -50));
 }
 
 // Before 122 right and centre were the other way round; before 109 an
