@@ -1,10 +1,10 @@
 // The cutting plane: orientation from the normal and back, defaults from a
 // new lattice, its property rows, drags, and its stored form.
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 
 #include "core/graphics/VgPlaneDragger.h"
 #include "core/graphics/VgRenderer.h"
-#include "core/network/UiProxy.h"
 #include "core/properties/SimplePropertyCollection.h"
 #include "core/properties/VbPropertyEvent.h"
 #include "core/visual/VbCuttingPlane.h"
@@ -28,15 +28,6 @@ using shr::Vec3d;
 namespace {
 
 const int kBase = 6;
-
-class RecordingProxy : public core::UiProxy {
-public:
-    void ErrorMsg(const shr::Exception& error) override { errors.push_back({error.Code(), error.Message()}); }
-    void UpdatePropertyList(const core::VoModule*, int property, bool) override { refreshed.push_back(property); }
-
-    std::vector<std::pair<int, std::string>> errors;
-    std::vector<int> refreshed;
-};
 
 class CuttingPlaneTest : public ::testing::Test {
 protected:
@@ -69,7 +60,7 @@ protected:
         return orientation;
     }
 
-    RecordingProxy proxy;
+    visualtest::RecordingProxy proxy;
     std::unique_ptr<core::VoObliqueSlice> owner; // any module, for its modified state
     VbCuttingPlane plane;
     core::SimplePropertyCollection list;
@@ -152,15 +143,12 @@ TEST_F(CuttingPlaneTest, ZeroNormalIsReportedAndDrawsNoDragger)
     plane.ShowDragger(true);
     plane.Normal({0, 0, 0});
     plane.Execute(renderer);
-    ASSERT_EQ(proxy.errors.size(), 1u);
-    EXPECT_EQ(proxy.errors[0].first, 45);
-    EXPECT_EQ(proxy.errors[0].second, "Normal length cannot equal 0.  At least one component must be non-zero.");
+    EXPECT_EQ(proxy.codes, std::vector<int>{45});
+    EXPECT_EQ(proxy.LastError(), "Normal length cannot equal 0.  At least one component must be non-zero.");
     EXPECT_EQ(root->getNumChildren(), 0);
     EXPECT_EQ(plane.Dragger(), nullptr);
 }
 
-// Disabled while the plane dragger's node cannot yet be constructed in a test
-// program (it crashes while hooking its sub-draggers' callbacks).
 TEST_F(CuttingPlaneTest, DragUpdatesLiveAndRunsOnRelease)
 {
     core::InvSmartPtr<SoSeparator> root(new SoSeparator);

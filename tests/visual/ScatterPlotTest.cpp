@@ -3,6 +3,7 @@
 // as rows of nodes, the stored form and a picture of offset labels.
 #include "PictureSupport.h"
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/data/VdPoints.h"
@@ -11,12 +12,10 @@
 #include "core/visual/VoScatterPlot.h"
 #include "core/visual/VoScatterPlotPrivate.h"
 
-#include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoCallback.h>
 #include <Inventor/nodes/SoDrawStyle.h>
 #include <Inventor/nodes/SoLineSet.h>
 #include <Inventor/nodes/SoMarkerSet.h>
-#include <Inventor/nodes/SoText2.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -42,26 +41,9 @@ VdPoints* Line(unsigned int count, unsigned int components = 1, const std::vecto
     return points;
 }
 
-template <class Node>
-std::vector<Node*> All(SoNode* root)
-{
-    SoSearchAction search;
-    search.setType(Node::getClassTypeId());
-    search.setInterest(SoSearchAction::ALL);
-    search.apply(root);
-    std::vector<Node*> nodes;
-    for (int i = 0; i < search.getPaths().getLength(); ++i)
-        nodes.push_back(static_cast<Node*>(search.getPaths()[i]->getTail()));
-    return nodes;
-}
-
-std::vector<std::string> Texts(SoNode* root)
-{
-    std::vector<std::string> texts;
-    for (SoText2* text : All<SoText2>(root))
-        texts.push_back(text->string[0].getString());
-    return texts;
-}
+using visualtest::All;
+using visualtest::Root;
+using visualtest::Texts;
 
 class ScatterPlotTest : public testsupport::UnshiftedSceneFixture {
 protected:
@@ -71,7 +53,6 @@ protected:
         Link(plot, Add(new testsupport::DataSource(data)));
         return plot;
     }
-    static SoNode* Root(VoModule& module) { return module.OutputGeometry(0).GetRoot().get(); }
 };
 
 TEST_F(ScatterPlotTest, SymbolsFollowTheStrideAndTheSymbolsSize)
@@ -83,8 +64,8 @@ TEST_F(ScatterPlotTest, SymbolsFollowTheStrideAndTheSymbolsSize)
     ASSERT_EQ(plot->Symbols().vertices.size(), 2u);
     EXPECT_EQ(plot->Symbols().vertices[1].x, 100.0);
     // The fast square is a point of the point size.
-    ASSERT_EQ(All<SoMarkerSet>(Root(*plot)).size(), 0u);
-    const std::vector<SoDrawStyle*> styles = All<SoDrawStyle>(Root(*plot));
+    ASSERT_EQ(All<SoMarkerSet>(*plot).size(), 0u);
+    const std::vector<SoDrawStyle*> styles = All<SoDrawStyle>(*plot);
     ASSERT_FALSE(styles.empty());
     EXPECT_EQ(styles.back()->pointSize.getValue(), 5.0f);
 
@@ -97,7 +78,7 @@ TEST_F(ScatterPlotTest, SymbolsFollowTheStrideAndTheSymbolsSize)
         plot->MarkerSize(c.size);
         plot->SetModified();
         RunPass();
-        const std::vector<SoMarkerSet*> markers = All<SoMarkerSet>(Root(*plot));
+        const std::vector<SoMarkerSet*> markers = All<SoMarkerSet>(*plot);
         ASSERT_EQ(markers.size(), 1u) << c.symbol;
         EXPECT_EQ(markers[0]->markerIndex[0], c.markerIndex) << c.symbol << " size " << c.size;
     }
@@ -114,7 +95,7 @@ TEST_F(ScatterPlotTest, BlanksAreSkippedAndLinesJoinTheirNeighbours)
     const VbColorMap& map = plot->GetColorMap();
     EXPECT_EQ(symbols.colors.front(), map.PosToColor(0.0));
     EXPECT_EQ(symbols.colors[2], map.PosToColor(0.75)) << "3 on the window 0 to 4";
-    const std::vector<SoLineSet*> lines = All<SoLineSet>(Root(*plot));
+    const std::vector<SoLineSet*> lines = All<SoLineSet>(*plot);
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_EQ(lines[0]->numVertices[0], 4);
 
@@ -147,7 +128,7 @@ TEST_F(ScatterPlotTest, ColouringByDataNeedsData)
     empty->GetLegend().Show(true);
     RunPass();
     EXPECT_EQ(empty->GetStatus(), VoModule::ModuleOk);
-    EXPECT_EQ(All<SoCallback>(Root(*empty)).size(), 1u);
+    EXPECT_EQ(All<SoCallback>(*empty).size(), 1u);
 }
 
 TEST_F(ScatterPlotTest, LabelsComeFromEveryFieldInTheChosenFormat)
@@ -183,7 +164,7 @@ TEST_F(ScatterPlotTest, LabelsComeFromEveryFieldInTheChosenFormat)
         plot->LabelFormat().Prefix(c.prefix);
         plot->SetModified();
         RunPass();
-        EXPECT_EQ(Texts(Root(*plot)), c.texts) << c.field;
+        EXPECT_EQ(Texts(*plot), c.texts) << c.field;
     }
 
     VbLabelFormat format(2, 7);
@@ -204,7 +185,7 @@ TEST_F(ScatterPlotTest, LatticeNodesAreRowsOfSymbols)
     RunPass();
     ASSERT_EQ(plot->GetStatus(), VoModule::ModuleOk);
     EXPECT_EQ(plot->Symbols().vertices.size(), 11u);
-    const std::vector<SoLineSet*> lines = All<SoLineSet>(Root(*plot));
+    const std::vector<SoLineSet*> lines = All<SoLineSet>(*plot);
     ASSERT_EQ(lines.size(), 1u);
     std::vector<int> strips;
     for (int s = 0; s < lines[0]->numVertices.getNum(); ++s)
@@ -240,17 +221,7 @@ TEST_F(ScatterPlotTest, StoredFormThroughTheVersionGates)
 
     VoScatterPlot loaded;
     EXPECT_EQ(testsupport::Load(loaded, current), 0u);
-    EXPECT_EQ(loaded.Symbol(), 12u);
-    EXPECT_EQ(loaded.MarkerSize(), 2u);
-    EXPECT_EQ(loaded.LineWidth(), 3.0f);
-    EXPECT_EQ(loaded.FixedColor(), Color4b(1, 2, 3));
-    EXPECT_EQ(loaded.ColorComponent(), 4u);
-    EXPECT_TRUE(loaded.ShowLabels() && loaded.ShowLines());
-    EXPECT_EQ(loaded.Density(), 5u);
-    EXPECT_EQ(loaded.LabelField(), "Labels");
-    EXPECT_EQ(loaded.LabelText().m_Floats[0], 12.0f);
-    EXPECT_EQ(loaded.LabelFormat().Prefix(), "Cu ");
-    EXPECT_EQ(loaded.GetLegend().GetColorMap(), &loaded.GetColorMap());
+    EXPECT_EQ(testsupport::Store(loaded), current);
 
     // Version 105: int sizes, no density, no line flags, no label formats or field.
     stored.PointSize(9.4f);

@@ -1,10 +1,11 @@
 // Stream lines in a network: straight lines in a uniform field, circles in a
 // rigid rotation, the stopping rules, the seed sources, the jack dragger,
-// spheres, the rows and the stored form.
+// the rows and the stored form.
 #include "DraggerTestSupport.h"
 #include "NetworkFixture.h"
 #include "LatticeSupport.h"
 #include "TestSupport.h"
+#include "VisualSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/data/VdPoints.h"
@@ -15,16 +16,13 @@
 #include "shr/Mat4d.h"
 #include "shr/Quat4d.h"
 
-#include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/draggers/SoJackDragger.h>
-#include <Inventor/nodes/SoSphere.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <functional>
-#include <mutex>
 #include <vector>
 
 namespace {
@@ -33,16 +31,6 @@ using core::VoModule;
 using core::VoStreamLines;
 using shr::Vec3d;
 using testsupport::Near;
-
-class RefreshProxy : public testsupport::ErrorProxy {
-public:
-    void UpdatePropertyList(const VoModule*, int property, bool) override
-    {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        refreshed.push_back(property);
-    }
-    std::vector<int> refreshed;
-};
 
 class StreamLinesTest : public testsupport::NetworkFixture {
 protected:
@@ -73,15 +61,8 @@ protected:
         EXPECT_EQ(lines->GetStatus(), VoModule::ModuleOk) << proxy.LastError();
         return lines->Paths().vertices;
     }
-    static SoNode* Find(VoModule& module, SoType type)
-    {
-        SoSearchAction search;
-        search.setType(type);
-        search.apply(module.OutputGeometry(0).GetRoot().get());
-        return search.getPath() ? search.getPath()->getTail() : nullptr;
-    }
 
-    RefreshProxy proxy;
+    visualtest::RecordingProxy proxy;
 };
 
 // (1, 0, 0) on 11^3 nodes over [0, 10]^3.
@@ -253,7 +234,7 @@ TEST_F(StreamLinesTest, TheJackPlacesTheSeedsAndADragMovesThem)
     // The jack holds single precision values.
     EXPECT_TRUE(Near(dragger->Scale(), Vec3d(4.5, 4.5, 5.0), 1e-6));
     EXPECT_TRUE(Near(dragger->Rotation().MultVec(Vec3d::UNIT_Y), Vec3d(1, 0, 0), 1e-6));
-    EXPECT_NE(Find(*lines, SoJackDragger::getClassTypeId()), nullptr);
+    EXPECT_NE(visualtest::First<SoJackDragger>(*lines), nullptr);
 
     auto* jack = static_cast<SoJackDragger*>(dragger->GetNode().get());
     jack->translation.setValue(2, 3, 4);

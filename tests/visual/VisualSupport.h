@@ -10,6 +10,7 @@
 #include <Inventor/SoPath.h>
 #include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoNode.h>
+#include <Inventor/nodes/SoText2.h>
 
 #include <cstdarg>
 #include <cstdio>
@@ -60,6 +61,15 @@ template <class Node>
 Node* First(const core::VoModule& module)
 {
     return First<Node>(Root(module));
+}
+
+// The first line of each text in the module's output, in drawing order.
+inline std::vector<std::string> Texts(const core::VoModule& module)
+{
+    std::vector<std::string> texts;
+    for (SoText2* text : All<SoText2>(module))
+        texts.push_back(text->string[0].getString());
+    return texts;
 }
 
 // Red, green and blue each within `tolerance`; alpha is not compared.
