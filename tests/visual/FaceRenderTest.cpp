@@ -8,6 +8,7 @@
 #include "core/data/VdUniformLattice.h"
 #include "core/graphics/VgVertexData.h"
 #include "core/visual/VoFaceRender.h"
+#include "core/visual/VoIsoSurface.h"
 
 #include <gtest/gtest.h>
 #include <tbb/global_control.h>
@@ -134,14 +135,16 @@ TEST_F(FaceRenderTest, TheResultDoesNotDependOnTheThreads)
     EXPECT_EQ(render->Volume(), volume);
 }
 
+// The modules that need cells refuse a flat lattice at the link, by name.
 TEST_F(FaceRenderTest, FlatLatticesAreRefused)
 {
-    const unsigned int dims[3] = {3, 3, 1};
-    const float values[9] = {};
-    source = Add(new VoLatticeSrc(new VdUniformLattice(shr::Float, dims, values, 1), ""));
-    auto* render = Add(new VoFaceRender);
-    EXPECT_EQ(testsupport::RaisedText([&] { network().ConnectNodes(*render, source, 0, true); }),
-              "Core: Type mismatch: FaceRender requires a 3D lattice (all dimensions must be greater than 1) for input.");
+    source = Add(new VoLatticeSrc(testsupport::NodeLattice(3, 3, 1, [](unsigned, unsigned, unsigned) { return 0.0; }), ""));
+    const std::pair<VoModule*, std::string> cases[] = {{Add(new VoFaceRender), "FaceRender"},
+                                                       {Add(new VoIsoSurface), "IsoSurface"}};
+    for (const auto& [module, name] : cases)
+        EXPECT_EQ(testsupport::RaisedText([&] { network().ConnectNodes(*module, source, 0, true); }),
+                  "Core: Type mismatch: " + name +
+                      " requires a 3D lattice (all dimensions must be greater than 1) for input.");
 }
 
 TEST_F(FaceRenderTest, StoredFormThroughTheVersionGates)

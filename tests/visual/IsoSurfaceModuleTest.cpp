@@ -4,6 +4,7 @@
 #include "MeshSupport.h"
 #include "PictureSupport.h"
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/properties/VbPropertyEvent.h"
@@ -12,14 +13,12 @@
 #include "render/Image.h"
 #include "shr/Archive.h"
 #include "shr/Exception.h"
+#include "shr/MathUtil.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -30,29 +29,6 @@ using core::VoIsoSurface;
 using core::VoModule;
 using core::VoNetwork;
 
-constexpr double kPi = 3.14159265358979323846;
-
-class StatusProxy : public testsupport::ErrorProxy {
-public:
-    void StatusMsg(const char* format, ...) override
-    {
-        char text[512];
-        va_list args;
-        va_start(args, format);
-        std::vsnprintf(text, sizeof text, format, args);
-        va_end(args);
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        statuses.push_back(text);
-    }
-    void UpdatePropertyList(const VoModule*, int property, bool) override
-    {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        refreshed.push_back(property);
-    }
-
-    std::vector<std::string> statuses;
-    std::vector<int> refreshed;
-};
 class IsoSurfaceModuleTest : public testsupport::NetworkFixture {
 protected:
     VoIsoSurface* Surface(core::VdLattice* lattice) { return Feed(lattice, new VoIsoSurface); }
@@ -62,7 +38,7 @@ protected:
         network().ModifyNode(module, list, core::VbPropertyEvent(id, list.AnyValue(id)), true, false);
     }
 
-    StatusProxy proxy;
+    visualtest::RecordingProxy proxy;
 };
 
 // Sphere field (0 .. 3 on the corners) on 21^3 nodes over [-1, 1]^3.
@@ -105,17 +81,6 @@ TEST_F(IsoSurfaceModuleTest, IsovalueStartsMidRangeAndFollowsTheInputRange)
     }
 }
 
-TEST_F(IsoSurfaceModuleTest, FlatLatticesAreATypeMismatch)
-{
-    const unsigned int dims[3] = {4, 4, 1};
-    source = Add(new core::VoLatticeSrc(Sample(Kind::Uniform, dims, Sphere).release(), ""));
-    auto* module = Add(new VoIsoSurface);
-    EXPECT_EQ(testsupport::RaisedText([&] { network().ConnectNodes(*module, source, 0, true); }),
-              "Core: Type mismatch: IsoSurface requires a 3D lattice (all dimensions must be greater than 1) for input.");
-    RunPass();
-    EXPECT_EQ(module->TriangleCount(), 0);
-}
-
 TEST_F(IsoSurfaceModuleTest, RowsEditsAndVolumes)
 {
     VoIsoSurface* module = Surface(SphereLattice());
@@ -142,7 +107,7 @@ TEST_F(IsoSurfaceModuleTest, RowsEditsAndVolumes)
     EXPECT_EQ(list.StringValue(VoIsoSurface::IdVolume), "Updating...");
     EXPECT_TRUE(list.Enabled(VoIsoSurface::IdInvertVolume));
     RunPass();
-    const double sphere = 4.0 / 3.0 * kPi * std::pow(0.49, 1.5);
+    const double sphere = 4.0 / 3.0 * shr::ONE_PI * std::pow(0.49, 1.5);
     EXPECT_NEAR(module->VolumeAtOrBelow(), sphere, 0.04 * sphere);
     EXPECT_NEAR(module->VolumeAtOrAbove() + module->VolumeAtOrBelow(), 8.0, 1e-9);
     ASSERT_GE(proxy.refreshed.size(), 2u);
@@ -195,16 +160,9 @@ TEST_F(IsoSurfaceModuleTest, AllLatticeKindsGiveTheSameSurface)
 
 // ---- the stored form --------------------------------------------------------------------------
 
-using testsupport::Store;
-
-std::vector<unsigned char> Header(int version)
-{
-    std::vector<unsigned char> bytes;
-    shr::Archive archive(bytes, "", version);
-    return bytes;
-}
-
+using testsupport::Header;
 using testsupport::Load;
+using testsupport::Store;
 
 TEST_F(IsoSurfaceModuleTest, StoredFormThroughEveryVersionGate)
 {
