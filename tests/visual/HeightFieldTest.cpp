@@ -5,6 +5,7 @@
 #include "LatticeSupport.h"
 #include "PictureSupport.h"
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/visual/VoContour.h"
@@ -12,7 +13,6 @@
 #include "render/Image.h"
 #include "shr/Exception.h"
 
-#include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoQuadMesh.h>
 #include <Inventor/nodes/SoSeparator.h>
 #include <Inventor/nodes/SoTexture2.h>
@@ -49,13 +49,10 @@ protected:
 
     static Mesh MeshOf(VoModule& module)
     {
-        SoSearchAction search;
-        search.setType(SoQuadMesh::getClassTypeId());
-        search.apply(module.OutputGeometry(0).GetRoot().get());
         Mesh mesh;
-        if (!search.getPath())
+        const auto* quads = visualtest::First<SoQuadMesh>(module);
+        if (!quads)
             return mesh;
-        const auto* quads = static_cast<SoQuadMesh*>(search.getPath()->getTail());
         mesh.rows = quads->verticesPerColumn.getValue();
         mesh.columns = quads->verticesPerRow.getValue();
         const auto* property = static_cast<SoVertexProperty*>(quads->vertexProperty.getValue());
@@ -202,20 +199,15 @@ TEST_F(HeightFieldTest, OverlayIsDrapedOrRefused)
         module->SetModified();
         RunPass();
         ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
-        SoNode* root = module->OutputGeometry(0).GetRoot().get();
-        SoSearchAction search;
-        search.setType(SoTexture2::getClassTypeId());
-        search.apply(root);
-        ASSERT_NE(search.getPath(), nullptr) << c.fit;
+        const auto* texture = visualtest::First<SoTexture2>(*module);
+        const auto* coordinates = visualtest::First<SoTextureCoordinate2>(*module);
+        ASSERT_TRUE(texture && coordinates) << c.fit;
         SbVec2s size;
         int components = 0;
-        static_cast<SoTexture2*>(search.getPath()->getTail())->image.getValue(size, components);
+        texture->image.getValue(size, components);
         EXPECT_EQ(size[0], c.width);
         EXPECT_EQ(size[1], c.height);
-        search.setType(SoTextureCoordinate2::getClassTypeId());
-        search.apply(root);
-        ASSERT_NE(search.getPath(), nullptr) << c.fit;
-        const SoMFVec2f& coords = static_cast<SoTextureCoordinate2*>(search.getPath()->getTail())->point;
+        const SoMFVec2f& coords = coordinates->point;
         ASSERT_EQ(coords.getNum(), 12);
         EXPECT_NEAR(coords[11][0], c.lastS, 1e-6);
         EXPECT_NEAR(coords[11][1], c.lastT, 1e-6);
@@ -223,12 +215,8 @@ TEST_F(HeightFieldTest, OverlayIsDrapedOrRefused)
     }
     const std::vector<uint8_t> cube(32, 200);
     auto* image = Add(new core::VoLatticeSrc(new core::VdUniformLattice(shr::UInt8, deep, cube.data(), 4), ""));
-    try {
-        network().ConnectNodes(*module, image, 1, true);
-        ADD_FAILURE() << "a 3-D image was taken";
-    } catch (const shr::Exception& e) {
-        EXPECT_EQ(e.Message(), "Type mismatch: HeightField requires a 2D RGBA image (Z dimension must be 1) for input.");
-    }
+    EXPECT_EQ(testsupport::RaisedBy([&] { network().ConnectNodes(*module, image, 1, true); }).message,
+              "Type mismatch: HeightField requires a 2D RGBA image (Z dimension must be 1) for input.");
 }
 
 TEST(HeightFieldStoredForm, RoundTripAndDocumentsWithoutTheOverlay)
