@@ -232,20 +232,7 @@ TEST(HeightFieldStoredForm, RoundTripAndDocumentsWithoutTheOverlay)
     stored.ColorModulation(VoHeightField::OverlayOnly);
     stored.OverlayQuality(0.25);
     stored.GetLegend().m_Title = "Elevation";
-    const auto common = [](const VoHeightField& loaded) {
-        EXPECT_EQ(loaded.DrawStyle(), VoHeightField::Lines);
-        EXPECT_EQ(loaded.GetOrientation(), VoHeightField::OrientYZ);
-        EXPECT_EQ(loaded.Slice(), 7);
-        EXPECT_EQ(loaded.Opacity(), 0.375);
-        EXPECT_EQ(loaded.Scale(), -0.5);
-        EXPECT_EQ(loaded.GetLegend().m_Title, "Elevation");
-        EXPECT_EQ(loaded.GetInputCount(), 2u);
-    };
-    const std::vector<unsigned char> bytes = testsupport::Store(stored);
-    VoHeightField loaded;
-    EXPECT_EQ(testsupport::Load(loaded, bytes), 0u);
-    common(loaded);
-    EXPECT_EQ(testsupport::Store(loaded), bytes);
+    testsupport::ExpectRoundTrip(stored);
 
     // Version 112: one input port in the base part, no overlay settings.
     std::vector<unsigned char> old;
@@ -261,7 +248,13 @@ TEST(HeightFieldStoredForm, RoundTripAndDocumentsWithoutTheOverlay)
     }
     VoHeightField fromOld;
     EXPECT_EQ(testsupport::Load(fromOld, old), 0u);
-    common(fromOld);
+    EXPECT_EQ(fromOld.DrawStyle(), VoHeightField::Lines);
+    EXPECT_EQ(fromOld.GetOrientation(), VoHeightField::OrientYZ);
+    EXPECT_EQ(fromOld.Slice(), 7);
+    EXPECT_EQ(fromOld.Opacity(), 0.375);
+    EXPECT_EQ(fromOld.Scale(), -0.5);
+    EXPECT_EQ(fromOld.GetLegend().m_Title, "Elevation");
+    EXPECT_EQ(fromOld.GetInputCount(), 2u);
     EXPECT_TRUE(fromOld.ShowOverlay());
     EXPECT_EQ(fromOld.Fit(), VoHeightField::ClipToSurface);
 
