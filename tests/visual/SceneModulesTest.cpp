@@ -280,30 +280,6 @@ TEST_F(SceneModulesTest, ClipPlaneInputsAndNormalsAreChecked)
               "Vector length cannot equal 0.  At least one component must be non-zero.");
 }
 
-// Clip planes fed by clip planes cut together; the one that would pass the
-// driver's count fails with it.
-TEST_F(SceneModulesTest, ClipPlanesBeyondTheDriversMaximumFail)
-{
-    const int maximum = core::SoGLExtManager::getInstance()->getMaxClipPlanes();
-    VoModule* upstream = Shell();
-    std::vector<core::VoClipPlane*> planes;
-    for (int i = 0; i <= maximum; ++i) {
-        planes.push_back(Add(new core::VoClipPlane));
-        Link(planes.back(), upstream);
-        upstream = planes.back();
-    }
-    planes[0]->ShowGeometry(false, false);
-    RunPass();
-    EXPECT_EQ(planes.back()->GetStatus(), VoModule::ModuleOk) << "a hidden plane does not count";
-    EXPECT_EQ(planes.back()->ActivePlaneCount(), maximum);
-    planes[0]->ShowGeometry(true, false);
-    RunPass();
-    EXPECT_EQ(planes.back()->GetStatus(), VoModule::ModuleFailed);
-    EXPECT_EQ(proxy.LastError(), "The maximum number of clip planes (" + std::to_string(maximum) +
-                                     ") has been exceeded.");
-    EXPECT_EQ(planes[size_t(maximum) - 1]->GetStatus(), VoModule::ModuleOk);
-}
-
 // A drag gives the normal back on the unswapped side, an axis orientation
 // only when it is exactly one (the untouched handle faces +X; a drag leaves
 // float noise), and the distance from the bounds' centre.
