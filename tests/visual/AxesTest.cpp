@@ -137,12 +137,8 @@ TEST_F(AxesTest, ValidationNamesTheAxisAndTheLeastIncrement)
     EXPECT_THROW(axes->ValidateInput(), shr::Exception);
     axes->Axis(1).labelFirst = 0.0;
     axes->Axis(2).start[2] = 11.0;
-    try {
-        axes->ValidateInput();
-        ADD_FAILURE() << "start above end";
-    } catch (const shr::Exception& error) {
-        EXPECT_EQ(error.Message(), "Z axis minimum must be less than or equal to the maximum");
-    }
+    EXPECT_EQ(testsupport::RaisedBy([&] { axes->ValidateInput(); }).message,
+              "Z axis minimum must be less than or equal to the maximum");
 }
 
 // Geometry 1000 m east and 2000 m north of the scene's offset reads as where it truly lies.

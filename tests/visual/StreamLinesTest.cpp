@@ -55,8 +55,10 @@ protected:
         lines->SetModified();
         return lines;
     }
+    // Runs the lines again; their paths.
     const std::vector<Vec3d>& Run(VoStreamLines* lines)
     {
+        lines->SetModified();
         RunPass();
         EXPECT_EQ(lines->GetStatus(), VoModule::ModuleOk) << proxy.LastError();
         return lines->Paths().vertices;
@@ -93,7 +95,6 @@ TEST_F(StreamLinesTest, UniformFieldGivesStraightLinesOfTheStepCount)
     } cases[] = {{VoStreamLines::Forward, 5, 7}, {VoStreamLines::Backward, 5, 3}, {VoStreamLines::Both, 3, 7}};
     for (const Case& c : cases) {
         lines->SetDirection(c.direction);
-        lines->SetModified();
         const std::vector<Vec3d>& path = Run(lines);
         ASSERT_EQ(path.size(), c.direction == VoStreamLines::Both ? 41u : 21u) << c.direction;
         EXPECT_EQ(lines->PathCounts(), std::vector<int>{int(path.size())});
@@ -167,7 +168,6 @@ TEST_F(StreamLinesTest, StagnationAndSeedsOutsideDrawNothingMore)
     EXPECT_EQ(Run(lines).size(), 1u) << "both ways from the still centre: the seed alone";
 
     lines->SeedCentre(Vec3d(100, 0, 0.5));
-    lines->SetModified();
     EXPECT_TRUE(Run(lines).empty());
 
     // A field that is zero everywhere skips the seeds altogether.
@@ -195,7 +195,6 @@ TEST_F(StreamLinesTest, SeedsFromTheSeedPlaneAndFromPoints)
         lines->NumberOfSeeds(c.count);
         lines->SeedScale(c.scale);
         lines->SeedNormal(c.normal);
-        lines->SetModified();
         Run(lines);
         ASSERT_EQ(lines->Seeds().size(), c.seeds.size()) << c.method;
         for (size_t s = 0; s < c.seeds.size(); ++s)
