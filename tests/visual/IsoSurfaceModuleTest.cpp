@@ -93,8 +93,6 @@ TEST_F(IsoSurfaceModuleTest, RowsEditsAndVolumes)
     EXPECT_TRUE(list.Visible(VoIsoSurface::IdColormap));
     EXPECT_TRUE(list.IsProp(VoIsoSurface::IdLegend + 1));
     EXPECT_EQ(core::VbPropertyRegistry::Instance().Get("IsoSurfaceIsovalue").id, VoIsoSurface::IdIsovalue);
-    EXPECT_EQ(core::VbPropertyRegistry::Instance().Get("IsoSurfaceLegendEnable").id, VoIsoSurface::IdLegend + 1);
-    EXPECT_EQ(VoIsoSurface::s_ModuleInfo.ResourceId(), 22);
     EXPECT_EQ(VoIsoSurface::s_ModuleInfo.HelpString(),
               "Computes an isosurface through a 3D lattice and outputs the geometry");
 
@@ -208,14 +206,12 @@ TEST_F(IsoSurfaceModuleTest, StoredFormThroughEveryVersionGate)
         VoIsoSurface loaded;
         loaded.InvertVolume(true);
         EXPECT_EQ(Load(loaded, bytes), 4u);
-        EXPECT_EQ(loaded.Isovalue(), 12.3456789);
-        EXPECT_EQ(loaded.Opacity(), 0.4375);
-        EXPECT_EQ(loaded.Side(), VoIsoSurface::BackOnly);
-        EXPECT_EQ(loaded.Material().diffuse, shr::Color4b(10, 20, 30));
-        EXPECT_EQ(loaded.GetLegend().m_Title, "Grade");
-        EXPECT_EQ(loaded.GetColorMap().GetScaleMax(), 7.0);
-        EXPECT_EQ(loaded.ComputeVolume(), gate.flags >= 1);
-        EXPECT_FALSE(loaded.InvertVolume()) << "invert volume never survives a load";
+        // Stored again: every field as today's, but for the volume flags the
+        // document had; invert volume never survives a load.
+        std::vector<unsigned char> expected = current;
+        expected[expected.size() - 2] = gate.flags >= 1;
+        expected.back() = 0;
+        EXPECT_EQ(Store(loaded), expected);
     }
 
     // A cut-off archive fails and leaves the module as it was.

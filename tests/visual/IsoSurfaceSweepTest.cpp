@@ -25,6 +25,7 @@ struct Extraction {
     VgVertexData data;
     SweepVolumes volumes;
     int triangles = 0;
+    bool finished = false;
 };
 
 struct Options {
@@ -33,7 +34,8 @@ struct Options {
 };
 
 // What the module does for one run: the float copy, gradients or face normals, the sweep.
-Extraction Extract(const VdLattice& lattice, double isovalue, Options options = {})
+Extraction Extract(const VdLattice& lattice, double isovalue, Options options = {}, size_t slabs = 0,
+                   const SweepProgress& progress = nullptr)
 {
     static const core::VolumeCalculator calculator;
     const bool curvilinear = dynamic_cast<const core::VdCurvilinearLattice*>(&lattice) != nullptr;
@@ -52,8 +54,8 @@ Extraction Extract(const VdLattice& lattice, double isovalue, Options options = 
     input.computeVolume = options.volume;
     input.calculator = &calculator;
     Extraction result;
-    EXPECT_TRUE(
-        Sweep(input, 0, nullptr, result.data, result.volumes, result.triangles));
+    result.finished =
+        Sweep(input, slabs, progress, result.data, result.volumes, result.triangles);
     if (curvilinear)
         FaceNormals(result.data);
     return result;
@@ -251,28 +253,13 @@ TEST(IsoSurfaceSweep, GradientsUseNodePositionsAndPointDownTheField)
 TEST(IsoSurfaceSweep, ProgressCanStopTheSweep)
 {
     const auto lattice = Sample(Kind::Uniform, 20, Sphere);
-    std::vector<float> values;
-    CopyComponent(*lattice, 0, values);
-    GradientCache gradients;
-    gradients.Reset(values.size());
-    SweepInput input;
-    input.lattice = lattice.get();
-    input.values = &values;
-    input.gradients = &gradients;
-    input.isovalue = 0.5;
     for (size_t slabs : {size_t(1), size_t(4)}) {
         std::vector<double> fractions;
-        VgVertexData data;
-        SweepVolumes volumes;
-        int triangles = 0;
-        const bool finished = Sweep(
-            input, slabs,
-            [&](double fraction) {
-                fractions.push_back(fraction);
-                return fractions.size() < 5;
-            },
-            data, volumes, triangles);
-        EXPECT_FALSE(finished) << slabs;
+        const auto progress = [&](double fraction) {
+            fractions.push_back(fraction);
+            return fractions.size() < 5;
+        };
+        EXPECT_FALSE(Extract(*lattice, 0.5, {}, slabs, progress).finished) << slabs;
         ASSERT_FALSE(fractions.empty());
         if (slabs == 1) {
             EXPECT_EQ(fractions.front(), 0.0);
