@@ -249,7 +249,6 @@ TEST_F(LegendRowsTest, EditsAreTakenWithinLimits)
         std::function<bool()> holds;
     } cases[] = {
         {"horizontal", [&] { Edit(VbLegend::OrientationRow, 0u); }, [&] { return !legend.m_Vertical; }},
-        {"x inside", [&] { Edit(VbLegend::XPosRow, 0.4); }, [&] { return legend.m_XPos == 0.4f; }},
         {"x above 1",
          [&] { Edit(VbLegend::XPosRow, 1.5); },
          [&] { return legend.m_XPos == 1.0f && Row<double>(VbLegend::XPosRow) == 1.0; }},
