@@ -86,7 +86,8 @@ TEST_F(SceneModulesDrawTest, AClippedShellShowsItsInside)
     }
 }
 
-// A red light on a white surface leaves red alone; a white one lights it grey.
+// A red light on a white surface leaves red alone; a white one lights it grey:
+// the light's node reaches the geometry of the other modules.
 TEST_F(SceneModulesDrawTest, ARedLightTintsTheSurface)
 {
     auto* surface = Sphere(0.8, Color4b::White);
