@@ -44,7 +44,7 @@ bool IsNice(double step)
     return false;
 }
 
-class AxesTest : public testsupport::UnshiftedSceneFixture {
+class AxesTest : public visualtest::ModuleFixture<testsupport::UnshiftedSceneFixture> {
 protected:
     template <class Module>
     Module* Look(VdData* data, Module* module, unsigned int type = 15)
@@ -108,8 +108,7 @@ TEST_F(AxesTest, OnlyANewSourceRefitsTheAxes)
     axes->Axis(0).labelIncrement = 3.0;
     source->GetOutput(0)->Data(Corners(Box3d(0, 0, 0, 20, 20, 20)));
     const int64_t before = source->ExecTime();
-    source->SetModified();
-    RunPass();
+    Rerun(source);
     ASSERT_GT(source->ExecTime(), before) << "the source ran and handed its data on";
     EXPECT_EQ(axes->Axis(0).labelIncrement, 3.0);
     EXPECT_EQ(axes->Axis(0).end.x, 10.0);
@@ -122,11 +121,9 @@ TEST_F(AxesTest, OnlyANewSourceRefitsTheAxes)
 TEST_F(AxesTest, ValidationNamesTheAxisAndTheLeastIncrement)
 {
     auto* axes = Look(Corners(Box3d(0, 0, 0, 100, 10, 10)), new VoAxes);
-    RunPass();
-    ASSERT_EQ(axes->GetStatus(), VoModule::ModuleOk);
+    Pass({axes});
     axes->Axis(0).labelIncrement = 0.1; // 1000 labels on 0..100
-    axes->SetModified();
-    RunPass();
+    Rerun(axes);
     EXPECT_EQ(axes->GetStatus(), VoModule::ModuleFailed);
     EXPECT_EQ(proxy.LastError(),
               "Too many labels for the X axis (1000).\nIncrease the label increment to at least 0.5");
@@ -209,8 +206,7 @@ TEST_F(AxesTest, LabelsStandBeyondTheirTicks)
     x.labelFormat.SetType(0);
     x.labelFormat.Digits(0);
     axes->SetModified();
-    RunPass();
-    ASSERT_EQ(axes->GetStatus(), VoModule::ModuleOk);
+    Pass({axes});
     ASSERT_EQ(axes->LabelValues(0), (std::vector<double>{-4, -2, 0, 2, 4}));
     const render::Image image = testsupport::TopDownPicture(visualtest::Root(*axes), 10.0f); // 16 pixels a unit
     const auto pixel = [](double u) { return int(std::lround(80 + 16 * u)); };

@@ -4,6 +4,7 @@
 #include "MeshSupport.h"
 #include "LatticeSupport.h"
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/data/VdRectilinearLattice.h"
@@ -102,7 +103,7 @@ TEST(ContourTrace, SegmentsAndChainsOnFieldsWorkedOutByHand)
     }
 }
 
-class ContourModuleTest : public testsupport::UnshiftedSceneFixture {
+class ContourModuleTest : public visualtest::ModuleFixture<testsupport::UnshiftedSceneFixture> {
 protected:
     // The line sets under the module's output, with the base colour that
     // comes right before each, in drawing order.
@@ -189,8 +190,7 @@ TEST_F(ContourModuleTest, PlaneThroughA3DLatticeCutsCircles)
         module->ExplicitLevels("0.26 0.5");
         module->Plane().Offset(0.1);
         module->BorderColor(shr::Color4b(0, 0, 255));
-        module->SetModified();
-        RunPass();
+        Rerun(module);
         std::vector<Strips> sets = LineSets(*module);
         ASSERT_EQ(sets.size(), 3u);
         EXPECT_EQ(sets[0].color, Rgb(shr::Color4b(0, 0, 255)));
@@ -209,15 +209,13 @@ TEST_F(ContourModuleTest, PlaneThroughA3DLatticeCutsCircles)
             EXPECT_TRUE(std::fabs(radius - 0.5) < 0.02 || std::fabs(radius - 0.7) < 0.02) << radius;
         }
         module->Plane().Offset(5.0);
-        module->SetModified();
-        RunPass();
+        Rerun(module);
         EXPECT_TRUE(LineSets(*module).empty());
     }
     VoContour* module = Feed(isotest::Sample(isotest::Kind::Uniform, 5, isotest::Sphere).release(), new VoContour);
     module->Plane().Orientation(core::VbCuttingPlane::OrientCustom);
     module->Plane().Normal(Vec3d(0, 0, 0));
-    module->SetModified();
-    RunPass();
+    Rerun(module);
     EXPECT_EQ(proxy.LastError(), "Normal length cannot equal 0.  At least one component must be non-zero.");
     EXPECT_TRUE(LineSets(*module).empty());
 }

@@ -4,6 +4,7 @@
 // stored form.
 #include "LatticeSupport.h"
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 
 #include "core/data/VdUniformLattice.h"
 #include "core/graphics/VgVertexData.h"
@@ -29,7 +30,7 @@ VdUniformLattice* Cube(unsigned int n, F v)
 
 size_t FaceCount(const VoFaceRender& render) { return render.Faces().colors.size(); }
 
-class FaceRenderTest : public testsupport::UnshiftedSceneFixture {
+class FaceRenderTest : public visualtest::ModuleFixture<testsupport::UnshiftedSceneFixture> {
 protected:
     VoFaceRender* Render(VdLattice* lattice) { return Feed(lattice, new VoFaceRender); }
 };
@@ -40,8 +41,7 @@ TEST_F(FaceRenderTest, ClearCellsOpenTheFacesOfTheirNeighbours)
     auto* lattice = Cube(4, [](unsigned i, unsigned j, unsigned k) { return i + 3 * j + 9 * k; });
     VoFaceRender* render = Render(lattice);
     render->UseComponentAverage(false); // cell value = its first node's
-    RunPass();
-    ASSERT_EQ(render->GetStatus(), VoModule::ModuleOk);
+    Pass({render});
     EXPECT_EQ(render->BlockCount(), 27);
     EXPECT_EQ(FaceCount(*render), 54u);
     // Node (1, 1, 1) = 13 on a window 0 .. 39: make the cells of 12.5 .. 13.5 clear.
@@ -52,8 +52,7 @@ TEST_F(FaceRenderTest, ClearCellsOpenTheFacesOfTheirNeighbours)
     map.AddOpacityNode(13.5 / 39, 0.0);
     map.AddOpacityNode(13.6 / 39, 1.0);
     map.AddOpacityNode(1.0, 1.0);
-    render->SetModified();
-    RunPass();
+    Rerun(render);
     EXPECT_EQ(render->BlockCount(), 26);
     EXPECT_EQ(FaceCount(*render), 60u) << "the six inner faces around the hole";
     double sum = 0;
@@ -65,8 +64,7 @@ TEST_F(FaceRenderTest, ClearCellsOpenTheFacesOfTheirNeighbours)
 
     // A blank node blanks its eight cells (fewer at the edge) whatever the policy.
     lattice->SetBlank(0u, 0u);
-    render->SetModified();
-    RunPass();
+    Rerun(render);
     EXPECT_EQ(render->BlockCount(), 25);
 }
 
@@ -81,8 +79,7 @@ TEST_F(FaceRenderTest, FacesTakeTheMeanOrTheCornerValue)
     EXPECT_EQ(render->BlockAverage(), 3.5);
     EXPECT_EQ(render->Faces().colors[0], map.DatToColor(3.5));
     render->UseComponentAverage(false);
-    render->SetModified();
-    RunPass();
+    Rerun(render);
     EXPECT_EQ(render->BlockAverage(), 0.0);
     EXPECT_EQ(render->Faces().colors[5], map.DatToColor(0.0));
 }
@@ -126,8 +123,7 @@ TEST_F(FaceRenderTest, TheResultDoesNotDependOnTheThreads)
     ASSERT_GT(parallel.colors.size(), 100u);
     {
         tbb::global_control one(tbb::global_control::max_allowed_parallelism, 1);
-        render->SetModified();
-        RunPass();
+        Rerun(render);
     }
     EXPECT_EQ(render->Faces().vertices, parallel.vertices);
     EXPECT_EQ(render->Faces().colors, parallel.colors);

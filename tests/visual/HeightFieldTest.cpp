@@ -38,7 +38,7 @@ struct Mesh {
     std::vector<uint32_t> colors;
 };
 
-class HeightFieldTest : public testsupport::UnshiftedSceneFixture {
+class HeightFieldTest : public visualtest::ModuleFixture<testsupport::UnshiftedSceneFixture> {
 protected:
     VoHeightField* Surface(core::VdLattice* lattice, double scale = 0.25)
     {
@@ -75,8 +75,7 @@ TEST_F(HeightFieldTest, NormalsOfAPlaneAndAParaboloid)
     std::vector<Mesh> meshes;
     for (const NodeField* f : {&plane, &bowl}) {
         VoHeightField* module = Surface(testsupport::NodeLattice(5, 5, 1, *f));
-        RunPass();
-        ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
+        Pass({module});
         meshes.push_back(MeshOf(*module));
         ASSERT_EQ(meshes.back().normals.size(), 25u);
     }
@@ -187,8 +186,7 @@ TEST_F(HeightFieldTest, OverlayIsDrapedOrRefused)
     for (const Case& c : cases) {
         module->Fit(c.fit);
         module->SetModified();
-        RunPass();
-        ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
+        Pass({module});
         const auto* texture = visualtest::First<SoTexture2>(*module);
         const auto* coordinates = visualtest::First<SoTextureCoordinate2>(*module);
         ASSERT_TRUE(texture && coordinates) << c.fit;
@@ -274,8 +272,7 @@ TEST_F(HeightFieldTest, ContourLinesOverTheSurfaceInAPicture)
     lineMap.ClearColorNodes();
     lineMap.AddColorNode(0.0, shr::Color4b(255, 0, 0));
     lineMap.AddColorNode(1.0, shr::Color4b(255, 0, 0));
-    RunPass();
-    ASSERT_EQ(surface->GetStatus(), VoModule::ModuleOk);
+    Pass({surface});
     ASSERT_EQ(lines->GetStatus(), VoModule::ModuleOk);
     core::InvSmartPtr<SoSeparator> both(new SoSeparator);
     both->addChild(surface->OutputGeometry(0).GetRoot().get());

@@ -29,7 +29,7 @@ using core::VoIsoSurface;
 using core::VoModule;
 using core::VoNetwork;
 
-class IsoSurfaceModuleTest : public testsupport::NetworkFixture {
+class IsoSurfaceModuleTest : public visualtest::ModuleFixture<testsupport::NetworkFixture> {
 protected:
     VoIsoSurface* Surface(core::VdLattice* lattice) { return Feed(lattice, new VoIsoSurface); }
     void Edit(VoIsoSurface& module, int id, const char* text)
@@ -52,8 +52,7 @@ TEST_F(IsoSurfaceModuleTest, IsovalueStartsMidRangeAndFollowsTheInputRange)
     VoIsoSurface* module = Surface(SphereLattice());
     EXPECT_DOUBLE_EQ(module->Isovalue(), 1.5);
     EXPECT_FALSE(module->FirstInput());
-    RunPass();
-    ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
+    Pass({module});
     EXPECT_GT(module->TriangleCount(), 0);
     EXPECT_EQ(Inspect(module->Surface()).triangles, size_t(module->TriangleCount()));
     ASSERT_FALSE(proxy.statuses.empty());
@@ -75,8 +74,7 @@ TEST_F(IsoSurfaceModuleTest, IsovalueStartsMidRangeAndFollowsTheInputRange)
         source->SetLattice(Sample(Kind::Uniform, 21, [&](double x, double y, double z) {
                                return Sphere(x, y, z) * step.scale + step.offset;
                            }).release());
-        source->SetModified();
-        RunPass();
+        Rerun(source);
         EXPECT_DOUBLE_EQ(module->Isovalue(), step.isovalue) << step.what;
     }
 }
@@ -139,8 +137,7 @@ TEST_F(IsoSurfaceModuleTest, AllLatticeKindsGiveTheSameSurface)
     for (Kind kind : {Kind::Uniform, Kind::Rectilinear, Kind::Curvilinear}) {
         VoIsoSurface* module = Surface(SphereLattice(kind));
         module->Isovalue(0.6);
-        RunPass();
-        ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
+        Pass({module});
         EXPECT_EQ(module->LatticeType(), static_cast<VoIsoSurface::LATTICE_TYPE>(kind));
         surfaces.push_back(module->Surface());
         network().DeleteAllNodes();
@@ -238,8 +235,7 @@ TEST_F(IsoSurfaceModuleTest, DrawsTheSphereWhereItLies)
     module->Isovalue(0.36); // radius 0.6
     module->ColorMethod(VoIsoSurface::Fixed);
     module->Material().diffuse = shr::Color4b(255, 0, 0);
-    RunPass();
-    ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
+    Pass({module});
 
     // 40 pixels a unit.
     const render::Image image = testsupport::TopDownPicture(module->OutputGeometry(0).GetRoot().get(), 4.0f);

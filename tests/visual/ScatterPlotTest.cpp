@@ -45,7 +45,7 @@ using visualtest::All;
 using visualtest::Root;
 using visualtest::Texts;
 
-class ScatterPlotTest : public testsupport::UnshiftedSceneFixture {
+class ScatterPlotTest : public visualtest::ModuleFixture<testsupport::UnshiftedSceneFixture> {
 protected:
     VoScatterPlot* Plot(VdData* data)
     {
@@ -59,8 +59,7 @@ TEST_F(ScatterPlotTest, SymbolsFollowTheStrideAndTheSymbolsSize)
 {
     VoScatterPlot* plot = Plot(Line(150));
     plot->Density(7); // every 100th point
-    RunPass();
-    ASSERT_EQ(plot->GetStatus(), VoModule::ModuleOk);
+    Pass({plot});
     ASSERT_EQ(plot->Symbols().vertices.size(), 2u);
     EXPECT_EQ(plot->Symbols().vertices[1].x, 100.0);
     // The fast square is a point of the point size.
@@ -76,8 +75,7 @@ TEST_F(ScatterPlotTest, SymbolsFollowTheStrideAndTheSymbolsSize)
     for (const Case& c : cases) {
         plot->Symbol(c.symbol);
         plot->MarkerSize(c.size);
-        plot->SetModified();
-        RunPass();
+        Rerun(plot);
         const std::vector<SoMarkerSet*> markers = All<SoMarkerSet>(*plot);
         ASSERT_EQ(markers.size(), 1u) << c.symbol;
         EXPECT_EQ(markers[0]->markerIndex[0], c.markerIndex) << c.symbol << " size " << c.size;
@@ -102,8 +100,7 @@ TEST_F(ScatterPlotTest, BlanksAreSkippedAndLinesJoinTheirNeighbours)
     // The second component is whole; a window of no width colours all by its start.
     plot->ColorComponent(1);
     plot->GetColorMap().SetScalingLimits(5.0, 5.0);
-    plot->SetModified();
-    RunPass();
+    Rerun(plot);
     ASSERT_EQ(plot->Symbols().vertices.size(), 5u);
     for (const Color4b& color : plot->Symbols().colors)
         EXPECT_EQ(color, map.PosToColor(0.0));
@@ -117,8 +114,7 @@ TEST_F(ScatterPlotTest, ColouringByDataNeedsData)
     EXPECT_NE(proxy.LastError().find("the point set has no data"), std::string::npos) << proxy.LastError();
 
     plot->ColorMethod(VoScatterPlot::Fixed);
-    plot->SetModified();
-    RunPass();
+    Rerun(plot);
     EXPECT_EQ(plot->GetStatus(), VoModule::ModuleOk);
     EXPECT_EQ(plot->Symbols().vertices.size(), 3u);
     EXPECT_TRUE(plot->Symbols().colors.empty());
@@ -162,8 +158,7 @@ TEST_F(ScatterPlotTest, LabelsComeFromEveryFieldInTheChosenFormat)
         plot->LabelFormat().SetType(c.type);
         plot->LabelFormat().Digits(c.digits);
         plot->LabelFormat().Prefix(c.prefix);
-        plot->SetModified();
-        RunPass();
+        Rerun(plot);
         EXPECT_EQ(Texts(*plot), c.texts) << c.field;
     }
 
@@ -182,8 +177,7 @@ TEST_F(ScatterPlotTest, LatticeNodesAreRowsOfSymbols)
     lattice->SetBlank(4u, 0u); // the middle of the second row
     VoScatterPlot* plot = Plot(lattice);
     plot->ShowLines(true);
-    RunPass();
-    ASSERT_EQ(plot->GetStatus(), VoModule::ModuleOk);
+    Pass({plot});
     EXPECT_EQ(plot->Symbols().vertices.size(), 11u);
     const std::vector<SoLineSet*> lines = All<SoLineSet>(*plot);
     ASSERT_EQ(lines.size(), 1u);
@@ -193,8 +187,7 @@ TEST_F(ScatterPlotTest, LatticeNodesAreRowsOfSymbols)
     EXPECT_EQ(strips, (std::vector<int>{3, 2, 3, 3}));
 
     plot->Density(1); // nodes 0, 2, 4 (blank), 6, 8, 10
-    plot->SetModified();
-    RunPass();
+    Rerun(plot);
     EXPECT_EQ(plot->Symbols().vertices.size(), 5u);
 }
 
@@ -253,8 +246,7 @@ TEST_F(ScatterPlotTest, LabelsStandAtTheirPixelOffsetWithLeaderLines)
     plot->LabelText().m_Height = 16.0;
     plot->LabelText().m_Floats[0] = 30.0f;
     plot->LabelText().m_Floats[2] = 3.0f;
-    RunPass();
-    ASSERT_EQ(plot->GetStatus(), VoModule::ModuleOk);
+    Pass({plot});
     const render::Image image = testsupport::TopDownPicture(Root(*plot), 4.0f); // the point at (80, 80)
     EXPECT_EQ(image.At(80, 83), Color4b::Red) << "the symbol, below the leader line";
     const auto bright = [&](int x0, int x1, int y0, int y1) {

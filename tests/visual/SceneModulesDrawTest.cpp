@@ -5,6 +5,7 @@
 #include "MeshSupport.h"
 #include "PictureSupport.h"
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 
 #include "core/graphics/SoGLExtension.h"
 #include "core/visual/VoAnnotation.h"
@@ -34,7 +35,7 @@ render::Image Picture(float units)
 bool Blue(const Color4b& c) { return c.b > 40 && c.b >= c.r + 30 && c.b >= c.g + 30; }
 bool Red(const Color4b& c) { return c.r > 40 && c.r >= c.g + 30 && c.r >= c.b + 30; }
 
-class SceneModulesDrawTest : public testsupport::UnshiftedSceneFixture {
+class SceneModulesDrawTest : public visualtest::ModuleFixture<testsupport::UnshiftedSceneFixture> {
 protected:
     // A sphere surface of radius `radius` about the origin, in one colour.
     core::VoIsoSurface* Sphere(double radius, const Color4b& color)
@@ -48,12 +49,6 @@ protected:
         surface->ColorMethod(core::VoIsoSurface::Fixed);
         surface->Material().diffuse = color;
         return surface;
-    }
-    void Pass(std::initializer_list<VoModule*> modules)
-    {
-        RunPass();
-        for (VoModule* module : modules)
-            ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk) << proxy.LastError();
     }
 
     core::VoLatticeSrc* field = nullptr;

@@ -45,7 +45,7 @@ using shr::Color4b;
 using shr::Vec3d;
 using visualtest::First;
 
-class SceneModulesTest : public testsupport::NetworkFixture {
+class SceneModulesTest : public visualtest::ModuleFixture<testsupport::NetworkFixture> {
 protected:
     void SetUp() override
     {
@@ -55,8 +55,7 @@ protected:
     template <class Module>
     Module* Run(Module* module, VoModule::ModuleStatus status = VoModule::ModuleOk)
     {
-        module->SetModified();
-        RunPass();
+        Rerun(module);
         EXPECT_EQ(module->GetStatus(), status) << proxy.LastError();
         return module;
     }

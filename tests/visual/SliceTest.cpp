@@ -57,7 +57,7 @@ Texture TextureOf(const VoModule& module)
     return texture;
 }
 
-class SliceTest : public testsupport::NetworkFixture {
+class SliceTest : public visualtest::ModuleFixture<testsupport::NetworkFixture> {
 protected:
     static render::Image Picture(VoModule& module, float units) { return testsupport::TopDownPicture(Root(module), units); }
 
@@ -73,8 +73,7 @@ TEST_F(SliceTest, OrthoSliceShowsTheMapsColoursAtTheTexels)
     slice->Lighting(false);
     slice->Quality(0.05); // nearest texels; 0 would turn texturing off
     slice->Slice(1);
-    RunPass();
-    ASSERT_EQ(slice->GetStatus(), VoModule::ModuleOk);
+    Pass({slice});
     // The quad spans 3 x 1 units centred on the origin; 40 pixels a unit.
     const auto expectTexels = [&](const std::function<Color4b(int)>& expected) {
         const render::Image image = Picture(*slice, 4.0f);
@@ -90,8 +89,7 @@ TEST_F(SliceTest, OrthoSliceShowsTheMapsColoursAtTheTexels)
     slice->Mapping().method = SliceMapping::Linear;
     slice->Mapping().width = 4.0;
     slice->Mapping().centre = 12.0;
-    slice->SetModified();
-    RunPass();
+    Rerun(slice);
     const int levels[4] = {0, 63, 127, 191};
     expectTexels([&](int i) { return Color4b(levels[i], levels[i], levels[i]); });
 }

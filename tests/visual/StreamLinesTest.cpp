@@ -32,7 +32,7 @@ using core::VoStreamLines;
 using shr::Vec3d;
 using testsupport::Near;
 
-class StreamLinesTest : public testsupport::NetworkFixture {
+class StreamLinesTest : public visualtest::ModuleFixture<testsupport::NetworkFixture> {
 protected:
     // Fed and settled by a first pass: what a test sets afterwards stays.
     VoStreamLines* Fed(core::VdLattice* lattice)
@@ -58,8 +58,7 @@ protected:
     // Runs the lines again; their paths.
     const std::vector<Vec3d>& Run(VoStreamLines* lines)
     {
-        lines->SetModified();
-        RunPass();
+        Rerun(lines);
         EXPECT_EQ(lines->GetStatus(), VoModule::ModuleOk) << proxy.LastError();
         return lines->Paths().vertices;
     }
@@ -202,14 +201,12 @@ TEST_F(StreamLinesTest, SeedsFromTheSeedPlaneAndFromPoints)
     }
 
     lines->SeedNormal(Vec3d(0, 0, 0));
-    lines->SetModified();
-    RunPass();
+    Rerun(lines);
     EXPECT_EQ(proxy.LastError(), "Normal length cannot equal 0.  At least one component must be non-zero.");
 
     lines->SeedNormal(Vec3d(0, 0, 1));
     lines->SetSeedMethod(VoStreamLines::SeedPointSet);
-    lines->SetModified();
-    RunPass();
+    Rerun(lines);
     EXPECT_EQ(lines->GetStatus(), VoModule::ModuleFailed);
     EXPECT_EQ(proxy.LastError(), "'Seed Method' is set to 'Point Set', but no point set is currently connected.");
     const double coords[9] = {1, 1, 1, 2, 2, 2, 3, 3, 3};

@@ -2,6 +2,7 @@
 // nodes and points it samples, the symbols of each style, colouring by a
 // scalar lattice, and the stored form through its version gate.
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 #include "LatticeSupport.h"
 #include "TestSupport.h"
 
@@ -27,7 +28,7 @@ using shr::Vec3d;
 
 using testsupport::Near;
 
-class VectorPlotTest : public testsupport::NetworkFixture {
+class VectorPlotTest : public visualtest::ModuleFixture<testsupport::NetworkFixture> {
 protected:
     // The plot, fed and settled by a first pass: what a test sets afterwards stays.
     VoVectorPlot* Plot(core::VdLattice* lattice)
@@ -39,8 +40,7 @@ protected:
     // Runs the plot again.
     VoVectorPlot* Run(VoVectorPlot* plot)
     {
-        plot->SetModified();
-        RunPass();
+        Rerun(plot);
         EXPECT_EQ(plot->GetStatus(), VoModule::ModuleOk) << proxy.LastError();
         return plot;
     }
@@ -203,8 +203,7 @@ TEST_F(VectorPlotTest, ScalarColoursNeedALargeEnoughScalarLattice)
 {
     VoVectorPlot* plot = Plot(testsupport::VectorLattice(2, 2, 1, [](unsigned, unsigned, unsigned) { return Vec3d(1, 1, 0); }));
     plot->SetColorMethod(VoVectorPlot::Scalar);
-    plot->SetModified();
-    RunPass();
+    Rerun(plot);
     EXPECT_EQ(plot->GetStatus(), VoModule::ModuleFailed);
     EXPECT_EQ(proxy.LastError(), "The Scalar color method requires the 'Scalar Lattice' connection.  Nothing appears "
                                  "to be connected.");

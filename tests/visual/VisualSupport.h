@@ -15,6 +15,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <initializer_list>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -71,6 +72,25 @@ inline std::vector<std::string> Texts(const core::VoModule& module)
         texts.push_back(text->string[0].getString());
     return texts;
 }
+
+// `Base`, a network fixture, with the two steps the visual tests take most.
+template <class Base>
+class ModuleFixture : public Base {
+protected:
+    // One pass, after which each of `modules` must have run without fault.
+    void Pass(std::initializer_list<const core::VoModule*> modules)
+    {
+        Base::RunPass();
+        for (const core::VoModule* module : modules)
+            ASSERT_EQ(module->GetStatus(), core::VoModule::ModuleOk) << module->Name();
+    }
+    // One pass after a change made to `module` directly, as the host makes them.
+    void Rerun(core::VoModule* module)
+    {
+        module->SetModified();
+        Base::RunPass();
+    }
+};
 
 // Red, green and blue each within `tolerance`; alpha is not compared.
 inline bool Near(const shr::Color4b& a, const shr::Color4b& b, int tolerance = 1)

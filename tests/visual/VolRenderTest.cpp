@@ -58,7 +58,7 @@ void SetMap(VoVolRender& module, const Color4b& low, const Color4b& middle, cons
 
 const Color4b kRed(255, 0, 0), kGreen(0, 255, 0), kBlack(0, 0, 0);
 
-class VolRenderTest : public testsupport::NetworkFixture {
+class VolRenderTest : public visualtest::ModuleFixture<testsupport::NetworkFixture> {
 protected:
     void TearDown() override
     {
@@ -86,8 +86,7 @@ TEST_F(VolRenderTest, OpaqueRegionFollowsTheDataAndTheTransferFunction)
         SCOPED_TRACE(method);
         // High values in the half x < 0.
         auto* module = Volume(Cube(16, 16, [](unsigned i, unsigned, unsigned) { return i < 8 ? 1.0 : 0.0; }), method);
-        RunPass();
-        ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
+        Pass({module});
         render::Image image = Picture(*module);
         // The default function: grey ramp, high values opaque, low ones clear.
         EXPECT_GT(image.At(40, 80).r, 200) << Text(image.At(40, 80));
@@ -96,8 +95,7 @@ TEST_F(VolRenderTest, OpaqueRegionFollowsTheDataAndTheTransferFunction)
         if (method == VoVolRender::Textures2D) {
             // The legend's strip starts at the clear end of the map, and is opaque all the same.
             module->GetLegend().Show(true);
-            module->SetModified();
-            RunPass();
+            Rerun(module);
             const Color4b strip = Picture(*module).At(10, 150);
             EXPECT_EQ(strip.a, 255) << Text(strip);
             module->GetLegend().Show(false);
@@ -135,8 +133,7 @@ TEST_F(VolRenderTest, NearerRegionHidesTheFartherAndCompositionsFallBack)
                 blending ? 0 : SoGLExtension::BlendEquation | SoGLExtension::BlendColor);
             for (const uint32_t composition : {VoVolRender::MaximumIntensity, VoVolRender::SumIntensity}) {
                 module->CompositionMethod(composition);
-                module->SetModified();
-                RunPass();
+                Rerun(module);
                 seen = Picture(*module).At(40, 80);
                 EXPECT_TRUE(blending ? seen.r > 200 && seen.g > 200 : seen.g > 200 && seen.r < 60)
                     << composition << ": " << Text(seen);
@@ -171,8 +168,7 @@ TEST_F(VolRenderTest, FallbacksAreLoggedOnceAndStillDraw)
     EXPECT_EQ(module->Volume()->GetRenderMethod(), InvVolume::Textures3D) << "the setting stays";
 
     // The module's next run learns it and resets itself, with the message.
-    module->SetModified();
-    RunPass();
+    Rerun(module);
     EXPECT_EQ(module->Method(), VoVolRender::Textures2D);
     EXPECT_EQ(proxy.LastError(), "VolRender: 3D Texture support is not available on the current hardware.  "
                                  "Resetting to 2D rendering.");
