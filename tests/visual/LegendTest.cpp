@@ -29,10 +29,8 @@ namespace {
 
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-struct Label {
-    double pos;
-    std::string text;
-};
+// A label's position along the strip and its text; a position of NaN equals none.
+using Label = std::pair<double, std::string>;
 
 std::vector<Label> LabelsOf(const VbLegend& legend)
 {
@@ -40,18 +38,8 @@ std::vector<Label> LabelsOf(const VbLegend& legend)
     legend.GenerateLabels(labels);
     std::vector<Label> out;
     for (const auto& label : labels)
-        out.push_back({label.pos, label.text});
+        out.emplace_back(label.pos, label.text);
     return out;
-}
-
-void ExpectLabels(const std::vector<Label>& actual, const std::vector<Label>& expected)
-{
-    ASSERT_EQ(actual.size(), expected.size());
-    for (size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_FALSE(std::isnan(actual[i].pos)) << i;
-        EXPECT_DOUBLE_EQ(actual[i].pos, expected[i].pos) << i;
-        EXPECT_EQ(actual[i].text, expected[i].text) << i;
-    }
 }
 
 core::VbColorMap MapOver(double lo, double hi)
@@ -83,7 +71,7 @@ TEST(Legend, AutomaticLabelsSpanTheWindowEvenly)
         VbLegend legend(&map);
         legend.m_NumLabels = c.count;
         legend.m_LabelFormat = core::VbLabelFormat(c.type, c.digits);
-        ExpectLabels(LabelsOf(legend), c.expected);
+        EXPECT_EQ(LabelsOf(legend), c.expected);
     }
 }
 
@@ -116,7 +104,7 @@ TEST(Legend, CustomLabelsReadValueTextPairsUntilOneIsMalformed)
         legend.m_CustomLabels = c.text;
         legend.m_NumLabels = 1; // not the count of custom labels
         legend.m_LabelFormat.Prefix("not used "); // custom texts stand as written
-        ExpectLabels(LabelsOf(legend), c.expected);
+        EXPECT_EQ(LabelsOf(legend), c.expected);
     }
 }
 

@@ -114,16 +114,15 @@ TEST_F(ScatterPlotTest, ColouringByDataNeedsData)
     EXPECT_NE(proxy.LastError().find("the point set has no data"), std::string::npos) << proxy.LastError();
 
     plot->ColorMethod(VoScatterPlot::Fixed);
-    Rerun(plot);
-    EXPECT_EQ(plot->GetStatus(), VoModule::ModuleOk);
+    plot->SetModified();
+    Pass({plot});
     EXPECT_EQ(plot->Symbols().vertices.size(), 3u);
     EXPECT_TRUE(plot->Symbols().colors.empty());
 
     // An empty set draws nothing, and the legend still shows.
     VoScatterPlot* empty = Plot(Line(0));
     empty->GetLegend().Show(true);
-    RunPass();
-    EXPECT_EQ(empty->GetStatus(), VoModule::ModuleOk);
+    Pass({empty});
     EXPECT_EQ(All<SoCallback>(*empty).size(), 1u);
 }
 

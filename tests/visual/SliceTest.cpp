@@ -166,8 +166,7 @@ TEST_F(SliceTest, OrthoSliceReportsANonUniformLattice)
     auto* slice = Add(new VoOrthoSlice);
     if (!network().ConnectNodes(*slice, source, 0, true))
         GTEST_SKIP() << "the port refuses the link itself";
-    RunPass();
-    EXPECT_EQ(slice->GetStatus(), VoModule::ModuleOk);
+    Pass({slice});
     ASSERT_EQ(proxy.Errors().size(), 1u);
     EXPECT_EQ(proxy.Errors()[0], "Type mismatch: OrthoImage requires a uniform lattice for input.");
 }
@@ -245,8 +244,7 @@ TEST_F(SliceTest, ObliquePlaneThatMissesDrawsNothingAndFlatLatticesDrawWhole)
         slice->Plane().Offset(5.0);
         slice->SetModified();
     }
-    RunPass();
-    EXPECT_EQ(cube->GetStatus(), VoModule::ModuleOk);
+    Pass({cube});
     EXPECT_EQ(cube->Plane().Offset(), 5.0);
     EXPECT_EQ(First<SoFaceSet>(*cube), nullptr);
     auto* face = First<SoFaceSet>(*flat);

@@ -178,8 +178,7 @@ TEST_F(VolRenderTest, FlatLatticeResetsToTwoDimensionalTexturesAndDraws)
 {
     auto* module = Volume(Cube(8, 1, [](unsigned i, unsigned, unsigned) { return i < 4 ? 1.0 : 0.0; }),
                           VoVolRender::Textures3D);
-    RunPass();
-    EXPECT_EQ(module->GetStatus(), VoModule::ModuleOk);
+    Pass({module});
     EXPECT_EQ(module->Method(), VoVolRender::Textures2D);
     ASSERT_EQ(proxy.Errors().size(), 1u);
     EXPECT_EQ(proxy.Errors()[0], "3D volume rendering cannot be used with 2D lattices.  Resetting to 2D rendering.");
