@@ -61,10 +61,7 @@ Extraction Extract(const VdLattice& lattice, double isovalue, Options options = 
     return result;
 }
 
-const char* KindName(Kind kind)
-{
-    return kind == Kind::Uniform ? "uniform" : kind == Kind::Rectilinear ? "rectilinear" : "curvilinear";
-}
+const char* const kKindNames[] = {"uniform", "rectilinear", "curvilinear"};
 
 // Every row uses exactly the edges its mask cuts, in whole triangles, at most
 // five; the rows themselves are pinned by the surfaces' digests below.
@@ -109,7 +106,7 @@ TEST(IsoSurfaceSweep, ClosedSurfacesOnAnalyticFields)
     };
     for (const Shape& shape : shapes) {
         for (Kind kind : {Kind::Uniform, Kind::Rectilinear, Kind::Curvilinear}) {
-            SCOPED_TRACE(std::string(shape.name) + ", " + KindName(kind));
+            SCOPED_TRACE(std::string(shape.name) + ", " + kKindNames[int(kind)]);
             const unsigned int dims[3] = {41, 38, 35};
             const auto lattice = Sample(kind, dims, shape.field);
             const Extraction out = Extract(*lattice, shape.isovalue);
@@ -157,7 +154,7 @@ TEST(IsoSurfaceSweep, PlanesGiveExactCounts)
     };
     for (Kind kind : {Kind::Uniform, Kind::Rectilinear, Kind::Curvilinear})
         for (const Case& c : cases) {
-            SCOPED_TRACE(std::string(c.name) + ", " + KindName(kind));
+            SCOPED_TRACE(std::string(c.name) + ", " + kKindNames[int(kind)]);
             const auto lattice = Sample(kind, dims, [](double, double, double z) { return z; });
             const Extraction out = Extract(*lattice, c.isovalue);
             EXPECT_EQ(out.triangles, 2 * 5 * 4);
