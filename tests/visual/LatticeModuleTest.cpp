@@ -73,7 +73,6 @@ TEST(LatticeModuleTest, RoundTripsComponentMapAndLegend)
     ProbeModule loaded;
     testsupport::Load(loaded, bytes);
     EXPECT_EQ(testsupport::Store(loaded), bytes);
-    EXPECT_EQ(loaded.InputComponent(), 2u);
     EXPECT_EQ(loaded.GetLegend().GetColorMap(), &loaded.GetColorMap());
 
     ProbeModule target;

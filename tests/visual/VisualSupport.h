@@ -9,7 +9,6 @@
 
 #include <Inventor/SoPath.h>
 #include <Inventor/actions/SoSearchAction.h>
-#include <Inventor/nodes/SoNode.h>
 #include <Inventor/nodes/SoText2.h>
 
 #include <cstdarg>
