@@ -210,7 +210,7 @@ TEST_F(ScatterPlotTest, StoredFormThroughTheVersionGates)
     stored.LabelFormat().Prefix("Cu ");
     stored.GetLegend().m_Title = "Grade";
     // Read back whole, or, cut off, not at all.
-    const std::vector<unsigned char> current = testsupport::ExpectRoundTrip(stored, {3});
+    testsupport::ExpectRoundTrip(stored, {3});
 
     // Version 105: int sizes, no density, no line flags, no label formats or field.
     stored.PointSize(9.4f);
