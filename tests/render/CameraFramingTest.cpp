@@ -1,11 +1,8 @@
 #include "tests/support/PictureSupport.h"
-#include "tests/support/TestSupport.h"
 
 #include "render/CameraFraming.h"
 #include "shr/Exception.h"
 
-#include <Inventor/nodes/SoOrthographicCamera.h>
-#include <Inventor/nodes/SoSphere.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -83,24 +80,6 @@ TEST(CameraFraming, ZoomOneKeepsTheWholeBoxInView)
         renderer.SetFraming(CameraFraming(c.azimuth, c.elevation, 3));
         EXPECT_FALSE(BordersAre(renderer.Render(scene.get()), kBlue));
     }
-}
-
-TEST(CameraFraming, FramesOrthographicCameras)
-{
-    auto* root = new SoSeparator;
-    root->addChild(new SoOrthographicCamera);
-    root->addChild(UnlitShape(new SoSphere, SbColor(1, 0, 0), SbVec3f(-40, 7, 3)));
-    SceneRef scene(root);
-    SceneRenderer renderer(PictureContext(), 70, 50, kBlue);
-    CameraFraming framing(60, 20, 1);
-    framing.SetReframe(true);
-    renderer.SetFraming(framing);
-    const Image image = renderer.Render(scene.get());
-    EXPECT_TRUE(BordersAre(image, kBlue));
-    // The view is as high as the sphere round the bounding box (radius
-    // sqrt(3) for the unit sphere): the sphere spans 50 / sqrt(3) pixels.
-    for (const auto& [offset, color] : {std::pair(0, kRed), {-12, kRed}, {12, kRed}, {-17, kBlue}, {17, kBlue}})
-        EXPECT_EQ(image.At(35, 25 + offset), color) << offset;
 }
 
 } // namespace
