@@ -129,8 +129,8 @@ TEST_F(CuttingPlaneTest, ZeroNormalIsReportedAndDrawsNoDragger)
     plane.ShowDragger(true);
     plane.Normal({0, 0, 0});
     plane.Execute(renderer);
-    EXPECT_EQ(proxy.codes, std::vector<int>{45});
-    EXPECT_EQ(proxy.LastError(), "Normal length cannot equal 0.  At least one component must be non-zero.");
+    EXPECT_EQ(proxy.Errors(),
+              std::vector<std::string>{"Normal length cannot equal 0.  At least one component must be non-zero."});
     EXPECT_EQ(root->getNumChildren(), 0);
     EXPECT_EQ(plane.Dragger(), nullptr);
 }

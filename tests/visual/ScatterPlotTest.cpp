@@ -225,6 +225,9 @@ TEST_F(ScatterPlotTest, StoredFormThroughTheVersionGates)
     EXPECT_EQ(fromOld.Density(), 0u);
     EXPECT_FALSE(fromOld.ShowLines());
     EXPECT_EQ(fromOld.LabelField(), "kept");
+    VoScatterPlot at110; // the first version with sizes in floats
+    EXPECT_EQ(testsupport::Load(at110, testsupport::Store(stored, 110)), 0u);
+    EXPECT_EQ(at110.PointSize(), 9.4f);
 }
 
 // ---- a picture ----------------------------------------------------------------------------------

@@ -106,12 +106,6 @@ inline std::string Text(const shr::Color4b& c)
 // the host to refresh; both may come from the update thread.
 class RecordingProxy : public testsupport::ErrorProxy {
 public:
-    void ErrorMsg(const shr::Exception& error) override
-    {
-        ErrorProxy::ErrorMsg(error);
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        codes.push_back(error.Code());
-    }
     void StatusMsg(const char* format, ...) override
     {
         char text[512];
@@ -128,7 +122,6 @@ public:
         refreshed.push_back(property);
     }
 
-    std::vector<int> codes;
     std::vector<std::string> statuses;
     std::vector<int> refreshed;
 };
