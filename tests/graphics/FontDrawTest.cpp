@@ -54,6 +54,7 @@ INSTANTIATE_TEST_SUITE_P(Forms, PixelFormTest, testing::Values(GLFont::Bitmap, G
 // picture, so the origin is at pixel (100, 50) and a unit is 50 pixels.
 SoSeparator* TextScene(const char* face, float size, InvText3::Justification justification, float depth = 0.0f)
 {
+    EnsureFontClasses();
     auto* root = new SoSeparator;
     auto* camera = new SoOrthographicCamera;
     camera->position = SbVec3f(0, 0, 10);

@@ -54,7 +54,4 @@ inline SoSeparator* CubeAt(const SbVec3f& at, const char* name = nullptr)
     return testsupport::UnlitShape(cube, SbColor(1, 1, 1), at);
 }
 
-using Error = testsupport::Raised;
-inline constexpr auto& ErrorOf = testsupport::RaisedBy;
-
 } // namespace fonttest

@@ -14,7 +14,6 @@
 
 using core::GLFont;
 using core::GLFontManager;
-using fonttest::ErrorOf;
 using fonttest::Ink;
 using fonttest::InkOf;
 
@@ -133,7 +132,7 @@ TEST(GLFont, GlyphErrorsAreNumbered)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        const fonttest::Error error = ErrorOf(c.action);
+        const testsupport::Raised error = testsupport::RaisedBy(c.action);
         EXPECT_EQ(error.code, c.code);
         EXPECT_EQ(error.message, c.message);
     }
