@@ -26,7 +26,7 @@ TEST_P(PixelFormTest, TextInkStaysInsideItsBox)
 {
     auto font = GLFontManager::Instance().GetFont("Arial", 20.0, GetParam());
     const int height = 60, x = 10, baseline = 20;
-    const render::Image image = DrawInPixels(*font, "Hello", x, baseline, 200, height);
+    const render::Image image = DrawInPixelSpace([&] { font->Draw("Hello", x, baseline); }, 200, height);
     const Ink ink = InkOf(image, shr::Color4b::Black);
     ASSERT_FALSE(ink.Empty());
     // Rows count down from the top; the baseline is at row height - 1 - baseline.
