@@ -15,6 +15,7 @@ using core::GLFontManager;
 using core::InvFont;
 using core::InvText3;
 using namespace fonttest;
+using namespace testsupport;
 
 namespace {
 

@@ -18,11 +18,6 @@ inline void EnsureFontClasses()
     core::InvText3::initClass();
 }
 
-using testsupport::Ink;
-using testsupport::InkOf;
-using testsupport::DrawInPixelSpace;
-using testsupport::SceneRef;
-
 // Vertex data of `points` alone.
 inline core::VgVertexData Vertices(std::initializer_list<shr::Vec3d> points)
 {

@@ -14,9 +14,9 @@
 
 using core::GLFont;
 using core::GLFontManager;
-using fonttest::DrawInPixelSpace;
-using fonttest::Ink;
-using fonttest::InkOf;
+using testsupport::DrawInPixelSpace;
+using testsupport::Ink;
+using testsupport::InkOf;
 
 namespace {
 

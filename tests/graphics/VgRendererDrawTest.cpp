@@ -110,6 +110,7 @@ TEST(VgRendererDraw, MarkersPointsAndSpheres)
     EXPECT_EQ(At(i, -1.5 + 3.0 / 50.0, 0.5), kGreen); // 3 pixels off centre, inside the 9 pixel square
     EXPECT_EQ(At(i, -1.5 + 8.0 / 50.0, 0.5), kBlack);
     EXPECT_EQ(At(i, -0.5, 0.5), kBlue);
+    EXPECT_EQ(At(i, -0.5 + 2.0 / 50.0, 0.5), kBlue); // a point of 7 pixels
     EXPECT_EQ(At(i, -0.5 + 6.0 / 50.0, 0.5), kBlack);
     EXPECT_EQ(At(i, 0.5, -0.5), kRed);
     EXPECT_EQ(At(i, 1.5, -0.5), kYellow);

@@ -9,14 +9,8 @@
 #include "shr/Mat4d.h"
 #include "shr/Plane.h"
 
-#include <Inventor/nodes/SoBaseColor.h>
-#include <Inventor/nodes/SoClipPlane.h>
-#include <Inventor/nodes/SoDrawStyle.h>
 #include <Inventor/nodes/SoLineSet.h>
 #include <Inventor/nodes/SoMarkerSet.h>
-#include <Inventor/nodes/SoMaterial.h>
-#include <Inventor/nodes/SoPointSet.h>
-#include <Inventor/nodes/SoShapeHints.h>
 #include <Inventor/nodes/SoText2.h>
 #include <Inventor/nodes/SoTexture2.h>
 #include <Inventor/nodes/SoTextureCoordinateBinding.h>
@@ -223,10 +217,6 @@ TEST(VgRendererNodes, MarkerSizeSelectsTheMarkerSet)
         f.renderer.drawMarkerSet(Vertices({{1, 2, 3}}), VgRenderer::STAR, c.size);
         EXPECT_EQ(f.As<SoMarkerSet>(0)->markerIndex[0], c.index) << c.size;
     }
-    Fixture points;
-    points.renderer.drawMarkerSet(Vertices({{1, 2, 3}}), VgRenderer::POINT, 6.0);
-    EXPECT_EQ(points.As<SoDrawStyle>(0)->pointSize.getValue(), 6.0f);
-    points.As<SoPointSet>(1);
 }
 
 TEST(VgRendererNodes, BadIndicesAndCountsThrowInsteadOfDrawing)

@@ -104,7 +104,6 @@ TEST_F(GridderModuleTest, DefaultsComeFromTheFirstInput)
         const VoGridder3::GriddingOptions& o = module->Options();
         EXPECT_EQ(o.searchType, c.second) << c.first;
         EXPECT_EQ(o.maxCount, std::min(int32_t(c.first), 50)) << c.first;
-        EXPECT_FALSE(module->DefaultsPending());
         EXPECT_EQ(o.limits, shr::Box3d(0, 0, 0, 1, 1, 1));
         EXPECT_DOUBLE_EQ(o.radius, std::sqrt(3.0)) << "the diagonal";
         EXPECT_EQ(o.anisotropyAxes[2], shr::Vec3d(0, 0, std::sqrt(3.0)));
@@ -248,8 +247,7 @@ TEST_F(GridderModuleTest, ValidationReportsTheFirstFailureAndLeavesNoOutput)
                 Connect(boost::any_cast<VdPoints*>(row.second));
                 continue;
             }
-            list.AnyValue(row.first, row.second, true);
-            Send(*gridder, list, row.first);
+            Set(row.first, row.second);
         }
         Grid();
         core::MemoryBudget::SetBytes(0);
