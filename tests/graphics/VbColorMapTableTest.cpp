@@ -1,13 +1,12 @@
 #include "core/graphics/VbColorMapTable.h"
 
-#include "shr/Exception.h"
+#include "tests/support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <strings.h>
 
 using core::VbColorMap;
 using core::VbColorMapTable;
@@ -18,12 +17,7 @@ namespace {
 std::string ReadError(const std::string& text)
 {
     std::istringstream in(text);
-    try {
-        VbColorMapTable::Read("cat.ini", in);
-    } catch (const shr::Exception& e) {
-        return e.Message();
-    }
-    return "";
+    return testsupport::RaisedBy([&] { VbColorMapTable::Read("cat.ini", in); }).message;
 }
 
 } // namespace
