@@ -96,7 +96,6 @@ TEST_F(DraggerTest, LightDragReadsTheHandleOffsetAndSendsBothEvents)
     light.SetScale(shr::Vec3d(2, 2, 2));
     light.SetPosition(shr::Vec3d(10, 0, 0));
     ASSERT_TRUE(recorder.events.empty()) << "the set-up fires the handle, but nothing moved it";
-    recorder.events.clear();
 
     auto* manip = static_cast<SoDirectionalLightManip*>(AsGroup(light.GetNode())->getChild(1));
     SoDragger* handle = manip->getDragger();
@@ -126,18 +125,10 @@ TEST_F(DraggerTest, LightDragReadsTheHandleOffsetAndSendsBothEvents)
     EXPECT_FALSE(light.InCallback());
 }
 
-TEST_F(DraggerTest, JackAndClipPlaneReadTheirValuesOnMotion)
+TEST_F(DraggerTest, ClipPlaneReadsItsPlaneOnMotion)
 {
-    core::VgJackDragger jack;
-    Recorder recorder;
-    jack.Callback(&Recorder::Callback, &recorder);
-    auto* jackNode = static_cast<SoJackDragger*>(jack.GetNode().get());
-    jackNode->translation.setValue(1, 2, 3);
-    ASSERT_FALSE(recorder.events.empty());
-    EXPECT_EQ(recorder.events.back(), VgDragger::CHANGED);
-    EXPECT_EQ(jack.Translation(), shr::Vec3d(1, 2, 3));
-
     core::VgClipPlaneDragger clip;
+    Recorder recorder;
     clip.Callback(&Recorder::Callback, &recorder);
     // Placing the handle moves the manipulator, whose own motion brings the
     // plane along.

@@ -15,6 +15,7 @@ using core::GLFontManager;
 using core::InvFont;
 using core::InvText3;
 using namespace fonttest;
+using namespace testsupport;
 
 namespace {
 
@@ -26,7 +27,7 @@ TEST_P(PixelFormTest, TextInkStaysInsideItsBox)
 {
     auto font = GLFontManager::Instance().GetFont("Arial", 20.0, GetParam());
     const int height = 60, x = 10, baseline = 20;
-    const render::Image image = DrawInPixels(*font, "Hello", x, baseline, 200, height);
+    const render::Image image = DrawInPixelSpace([&] { font->Draw("Hello", x, baseline); }, 200, height);
     const Ink ink = InkOf(image, shr::Color4b::Black);
     ASSERT_FALSE(ink.Empty());
     // Rows count down from the top; the baseline is at row height - 1 - baseline.
@@ -54,6 +55,7 @@ INSTANTIATE_TEST_SUITE_P(Forms, PixelFormTest, testing::Values(GLFont::Bitmap, G
 // picture, so the origin is at pixel (100, 50) and a unit is 50 pixels.
 SoSeparator* TextScene(const char* face, float size, InvText3::Justification justification, float depth = 0.0f)
 {
+    EnsureFontClasses();
     auto* root = new SoSeparator;
     auto* camera = new SoOrthographicCamera;
     camera->position = SbVec3f(0, 0, 10);

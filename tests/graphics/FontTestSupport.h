@@ -1,6 +1,6 @@
 #pragma once
 // Shared pieces of the graphics tests: the scene-graph and font classes set
-// up once, pixel-space drawing of a GLFont, vertex lists and a moved cube.
+// up once, vertex lists and a moved cube.
 #include "core/graphics/InvSmartPtr.h"
 #include "core/graphics/GLFont.h"
 #include "core/graphics/InvFont.h"
@@ -16,25 +16,6 @@ inline void EnsureFontClasses()
     render::EnsureCoinInit();
     core::InvFont::initClass();
     core::InvText3::initClass();
-}
-
-inline render::OffscreenContext& Context()
-{
-    EnsureFontClasses();
-    return testsupport::PictureContext();
-}
-
-using testsupport::Ink;
-using testsupport::InkOf;
-using testsupport::DrawInPixelSpace;
-using testsupport::SceneRef;
-
-// `text` drawn with `font` at pixel (x, y).
-inline render::Image DrawInPixels(core::GLFont& font, const char* text, double x, double y, int width = 200,
-                                  int height = 60)
-{
-    EnsureFontClasses();
-    return testsupport::DrawInPixelSpace([&] { font.Draw(text, x, y); }, width, height);
 }
 
 // Vertex data of `points` alone.
@@ -53,8 +34,5 @@ inline SoSeparator* CubeAt(const SbVec3f& at, const char* name = nullptr)
         cube->setName(name);
     return testsupport::UnlitShape(cube, SbColor(1, 1, 1), at);
 }
-
-using Error = testsupport::Raised;
-inline constexpr auto& ErrorOf = testsupport::RaisedBy;
 
 } // namespace fonttest

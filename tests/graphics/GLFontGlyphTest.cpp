@@ -14,9 +14,9 @@
 
 using core::GLFont;
 using core::GLFontManager;
-using fonttest::ErrorOf;
-using fonttest::Ink;
-using fonttest::InkOf;
+using testsupport::DrawInPixelSpace;
+using testsupport::Ink;
+using testsupport::InkOf;
 
 namespace {
 
@@ -27,7 +27,7 @@ TEST(TextureFont, FollowsTheTransformAndRestoresTheTextureState)
     auto font = GLFontManager::Instance().GetFont("Arial", 16.0, GLFont::Texture);
     bool restored = true;
     const auto draw = [&](double scale) {
-        return fonttest::DrawInPixelSpace(
+        return DrawInPixelSpace(
             [&] {
                 GLuint name = 0;
                 glGenTextures(1, &name);
@@ -64,9 +64,9 @@ TEST(GLFont, KerningIsInTheAdvanceAndInTheDrawing)
         EXPECT_LT(kerning, 0.0);
         EXPECT_DOUBLE_EQ(font->Advance("AVA"), font->Advance("AV") + font->Advance("VA") - font->Advance("V"));
         // "AV" ends where "V" ends when drawn at the kerned pen position.
-        const Ink pair = InkOf(fonttest::DrawInPixels(*font, "AV", 10, 20, 200, 80), shr::Color4b::Black);
-        const Ink alone = InkOf(
-            fonttest::DrawInPixels(*font, "V", 10 + font->Advance("A") + kerning, 20, 200, 80), shr::Color4b::Black);
+        const Ink pair = InkOf(DrawInPixelSpace([&] { font->Draw("AV", 10, 20); }, 200, 80), shr::Color4b::Black);
+        const double pen = 10 + font->Advance("A") + kerning;
+        const Ink alone = InkOf(DrawInPixelSpace([&] { font->Draw("V", pen, 20); }, 200, 80), shr::Color4b::Black);
         EXPECT_NEAR(pair.maxX, alone.maxX, form == GLFont::Outline ? 1 : 0);
     }
 }
@@ -108,7 +108,7 @@ TEST(GLFont, GlyphErrorsAreNumbered)
     const BrokenGlyphs face;
     if (!face.Broken())
         GTEST_SKIP() << "the installed face has no glyph table to break";
-    fonttest::Context().MakeCurrent();
+    testsupport::PictureContext().MakeCurrent();
     const auto font = [&](GLFont::Form form) { return GLFont::Create(face.Path(), 12.0, form); };
     struct Case {
         const char* what;
@@ -133,7 +133,7 @@ TEST(GLFont, GlyphErrorsAreNumbered)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        const fonttest::Error error = ErrorOf(c.action);
+        const testsupport::Raised error = testsupport::RaisedBy(c.action);
         EXPECT_EQ(error.code, c.code);
         EXPECT_EQ(error.message, c.message);
     }

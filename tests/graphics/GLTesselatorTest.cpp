@@ -1,5 +1,5 @@
 #include "core/graphics/GLTesselator.h"
-#include "shr/Exception.h"
+#include "tests/support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -67,14 +67,11 @@ TEST(GLTesselator, BadCoordinatesAreNumberedErrors)
     const double nan = std::numeric_limits<double>::quiet_NaN();
     for (double bad : {nan, std::numeric_limits<double>::infinity(), 1e160}) {
         GLTesselator tesselator;
-        try {
-            tesselator.Tesselate({Contour{{0, 0}, {bad, 0}, {1, 1}}}, GLTesselator::NonZero);
-            ADD_FAILURE() << bad;
-        } catch (const shr::Exception& e) {
-            EXPECT_EQ(e.Code(), 41);
-            EXPECT_EQ(e.Message().rfind("Tesselation error: ", 0), 0u) << e.Message();
-            EXPECT_GT(e.Message().size(), std::string("Tesselation error: ").size());
-        }
+        const testsupport::Raised error = testsupport::RaisedBy(
+            [&] { tesselator.Tesselate({Contour{{0, 0}, {bad, 0}, {1, 1}}}, GLTesselator::NonZero); });
+        EXPECT_EQ(error.code, 41) << bad;
+        EXPECT_EQ(error.message.rfind("Tesselation error: ", 0), 0u) << error.message;
+        EXPECT_GT(error.message.size(), std::string("Tesselation error: ").size());
         // The tessellator stays usable.
         bool ccw = false;
         EXPECT_NEAR(Area(tesselator.Tesselate({Square(0, 0, 1)}, GLTesselator::Odd), ccw), 1.0, 1e-12);

@@ -16,7 +16,7 @@
 
 using core::InvSmartPtr;
 using fonttest::CubeAt;
-using fonttest::ErrorOf;
+using testsupport::RaisedBy;
 
 namespace {
 
@@ -26,7 +26,7 @@ TEST(InvInterface, BoundingBoxesInDouble)
     InvSmartPtr<SoNode> cube(CubeAt({10, 0, 0}));
     const shr::Box3d box = core::InvBoundingBox(cube);
     EXPECT_EQ(box, shr::Box3d(9, -1, -1, 11, 1, 1));
-    EXPECT_EQ(ErrorOf([] { core::InvBoundingBox(InvSmartPtr<SoNode>()); }).message,
+    EXPECT_EQ(RaisedBy([] { core::InvBoundingBox(InvSmartPtr<SoNode>()); }).message,
               "Invalid root in bounding box calculation.");
 
     // Children measured one by one: the translation of one does not move the next.
@@ -44,7 +44,7 @@ TEST(InvInterface, BoundingBoxesInDouble)
     group->addChild(moduleSwitch);
     EXPECT_EQ(core::InvChildrenBoundingBox(group, moduleType).min.x, -21.0);
     EXPECT_TRUE(core::InvChildrenBoundingBox(InvSmartPtr<SoGroup>(), moduleType).IsEmpty());
-    EXPECT_EQ(ErrorOf([&] { core::InvChildrenBoundingBox(group, nullptr); }).message,
+    EXPECT_EQ(RaisedBy([&] { core::InvChildrenBoundingBox(group, nullptr); }).message,
               "Invalid call to bounding box calculation.");
 }
 

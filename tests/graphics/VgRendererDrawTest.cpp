@@ -46,7 +46,7 @@ render::Image Draw(const SceneTransform& transform, const std::function<void(VgR
         renderer.setLightModel(VgRenderer::BASE_COLOR);
         build(renderer);
     }
-    render::SceneRenderer drawing(fonttest::Context(), kWidth, kHeight, kBlack);
+    render::SceneRenderer drawing(testsupport::PictureContext(), kWidth, kHeight, kBlack);
     return drawing.Render(root.get());
 }
 
@@ -97,7 +97,7 @@ TEST(VgRendererDraw, OutlinedFacesDrawFillAndEdges)
 // take their vertex colours.
 TEST(VgRendererDraw, MarkersPointsAndSpheres)
 {
-    const render::Image image = Draw(SceneTransform(0, 0, true), [](VgRenderer& r) {
+    const render::Image i = Draw(SceneTransform(0, 0, true), [](VgRenderer& r) {
         r.setBaseColor(kGreen);
         r.drawMarkerSet(Vertices({{-1.5, 0.5, 0}}), VgRenderer::SQUARE_FILLED, 9.0);
         r.setBaseColor(kBlue);
@@ -106,11 +106,11 @@ TEST(VgRendererDraw, MarkersPointsAndSpheres)
         spheres.colors = {kRed, kYellow};
         r.drawMarkerSet(spheres, VgRenderer::SPHERE, 0.2);
     });
-    const render::Image& i = image;
     EXPECT_EQ(At(i, -1.5, 0.5), kGreen);
     EXPECT_EQ(At(i, -1.5 + 3.0 / 50.0, 0.5), kGreen); // 3 pixels off centre, inside the 9 pixel square
     EXPECT_EQ(At(i, -1.5 + 8.0 / 50.0, 0.5), kBlack);
     EXPECT_EQ(At(i, -0.5, 0.5), kBlue);
+    EXPECT_EQ(At(i, -0.5 + 2.0 / 50.0, 0.5), kBlue); // a point of 7 pixels
     EXPECT_EQ(At(i, -0.5 + 6.0 / 50.0, 0.5), kBlack);
     EXPECT_EQ(At(i, 0.5, -0.5), kRed);
     EXPECT_EQ(At(i, 1.5, -0.5), kYellow);

@@ -158,6 +158,9 @@ TEST(DataMetric, EachMetricOnFiveNeighbours)
         else
             EXPECT_NEAR(value, expected[m], 1e-12) << CDataMetricRules::MetricLabel(m);
     }
+    EXPECT_STREQ(CDataMetricRules::MetricLabel(7), "Inter-quartile range");
+    EXPECT_STREQ(CDataMetricRules::MetricLabel(20), "Average distance");
+    EXPECT_EQ(CDataMetricRules::MetricLabel(21), nullptr);
 }
 
 TEST(DataMetric, SmallAndDegenerateNeighbourhoods)

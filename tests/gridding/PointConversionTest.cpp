@@ -28,7 +28,7 @@ std::unique_ptr<VdPoints> SamplePoints()
 
 } // namespace
 
-TEST(PointConversion, BlanksDropOnlyTheVerticesBlankInTheSelectedComponent)
+TEST(PointConversion, BlanksDropOnlyTheSelectedComponentsBlanksAndRowsGoBackInOrder)
 {
     struct Case {
         unsigned component;
@@ -51,28 +51,24 @@ TEST(PointConversion, BlanksDropOnlyTheVerticesBlankInTheSelectedComponent)
         }
         EXPECT_EQ(data.Labels(), points->Labels());
     }
+
+    CPointData data(2);
+    Convert(*points, data, 0, true); // rows from vertices 0 and 2
+    VdPoints back;
+    Convert(data, back);
+    ASSERT_EQ(back.VertexCount(), 2u);
+    ASSERT_EQ(back.ComponentCount(), 2u);
+    const double* coords = static_cast<const double*>(back.GetCoordPtr());
+    const double* values = static_cast<const double*>(back.DataPtr());
+    EXPECT_EQ(std::vector<double>(coords, coords + 6), (std::vector<double>{12, 22, 33, 24, 28, 39}));
+    EXPECT_EQ(std::vector<double>(values, values + 4), (std::vector<double>{10, 11, 30, CDatum::BLANK_VAL}));
+    ASSERT_EQ(back.labels_size(), 1u);
+    ASSERT_NE(back.FindLabel(1), back.labels_end()) << "vertex 2's label follows its row to index 1";
+    EXPECT_EQ(back.FindLabel(1)->second, "third");
+
     points->SetBlank(0, 0);
     points->SetBlank(2, 0);
     CPointData none(2);
     Convert(*points, none, 0, true);
     EXPECT_TRUE(none.empty()) << "all blank in the selected component";
-}
-
-TEST(PointConversion, BackToPointsKeepsRowOrderValuesAndLabelsByRow)
-{
-    auto source = SamplePoints();
-    source->SetUserTransform(shr::Mat4d());
-    CPointData data(2);
-    Convert(*source, data, 0, true); // rows from vertices 0 and 2
-    VdPoints points;
-    Convert(data, points);
-    ASSERT_EQ(points.VertexCount(), 2u);
-    ASSERT_EQ(points.ComponentCount(), 2u);
-    const double* coords = static_cast<const double*>(points.GetCoordPtr());
-    const double* values = static_cast<const double*>(points.DataPtr());
-    EXPECT_EQ(std::vector<double>(coords, coords + 6), (std::vector<double>{1, 2, 3, 7, 8, 9}));
-    EXPECT_EQ(std::vector<double>(values, values + 4), (std::vector<double>{10, 11, 30, CDatum::BLANK_VAL}));
-    ASSERT_EQ(points.labels_size(), 1u);
-    ASSERT_NE(points.FindLabel(1), points.labels_end()) << "vertex 2's label follows its row to index 1";
-    EXPECT_EQ(points.FindLabel(1)->second, "third");
 }

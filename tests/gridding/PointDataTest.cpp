@@ -1,17 +1,14 @@
-// Point data table, rows, rule records and the ellipsoid transform.
+// Point data table and the ellipsoid transform.
 #include "LatticeSupport.h"
 
 #include "core/gridding/CAffineTransform.h"
-#include "core/gridding/CDataMetricRules.h"
 #include "core/gridding/CPointData.h"
-#include "core/gridding/CSearchRules.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
-#include <limits>
 #include <utility>
 #include <vector>
 
@@ -20,31 +17,12 @@ using Point = shr::Point3<double>;
 
 namespace {
 
-CPointDatum Row(double x, double y, double z, uint32_t id, std::vector<double> values = {0.0})
-{
-    return testsupport::PointRow(x, y, z, values, id);
-}
-
+using testsupport::PointRow;
 using testsupport::RowIds;
 
 const std::pair<double, double> kEmpty(-DBL_MAX, DBL_MAX);
 
 } // namespace
-
-TEST(Datum, BlanksIdsAndEquality)
-{
-    CDatum d(3);
-    EXPECT_TRUE(d.IsBlank()) << "a row is blank while all its values are";
-    d.W(1, 0.0);
-    EXPECT_FALSE(d.IsBlank());
-    EXPECT_TRUE(d.IsBlank(0));
-    CDatum copy(d);
-    copy.ID(7);
-    EXPECT_FALSE(copy == d) << "the id takes part";
-    CDatum withNan(1);
-    withNan.W(0, std::nan(""));
-    EXPECT_FALSE(withNan == withNan);
-}
 
 TEST(PointData, BoundsKeepTheirQuirk)
 {
@@ -66,7 +44,7 @@ TEST(PointData, BoundsKeepTheirQuirk)
         SCOPED_TRACE(c.name);
         CPointData data(1);
         for (const auto& xw : c.xw)
-            data.push_back(Row(xw.first, -xw.first, 0.0, 0, {xw.second}));
+            data.push_back(PointRow(xw.first, -xw.first, 0.0, {xw.second}, 0));
         EXPECT_EQ(c.x, data.XBounds());
         EXPECT_EQ(c.w, data.WBounds(0));
     }
@@ -76,21 +54,21 @@ TEST(PointData, SortIsStableAndCleanKeepsOrder)
 {
     const double nan = std::nan("");
     CPointData data(1);
-    data.push_back(Row(2, 0, 0, 0));
-    data.push_back(Row(1, 5, 0, 1));
-    data.push_back(Row(1, 5, 0, 2)); // same position as row 1: stays after it
-    data.push_back(Row(1, 4, 9, 3));
-    data.push_back(Row(1, 4, 1, 4));
-    data.push_back(Row(0, 9, 9, 5));
-    data.push_back(Row(1, 5, 0, 6));
+    data.push_back(PointRow(2, 0, 0, {0.0}, 0));
+    data.push_back(PointRow(1, 5, 0, {0.0}, 1));
+    data.push_back(PointRow(1, 5, 0, {0.0}, 2)); // same position as row 1: stays after it
+    data.push_back(PointRow(1, 4, 9, {0.0}, 3));
+    data.push_back(PointRow(1, 4, 1, {0.0}, 4));
+    data.push_back(PointRow(0, 9, 9, {0.0}, 5));
+    data.push_back(PointRow(1, 5, 0, {0.0}, 6));
     data.Sort();
     EXPECT_EQ((std::vector<uint32_t>{5, 4, 3, 1, 2, 6, 0}), RowIds(data));
 
     // A NaN X ties with everything, so Y decides against each neighbour.
     CPointData withNan(1);
-    withNan.push_back(Row(3, 0, 0, 0));
-    withNan.push_back(Row(nan, 1, 0, 1));
-    withNan.push_back(Row(1, 2, 0, 2));
+    withNan.push_back(PointRow(3, 0, 0, {0.0}, 0));
+    withNan.push_back(PointRow(nan, 1, 0, {0.0}, 1));
+    withNan.push_back(PointRow(1, 2, 0, {0.0}, 2));
     withNan.Sort();
     std::vector<uint32_t> ids = RowIds(withNan);
     std::sort(ids.begin(), ids.end());
@@ -117,18 +95,4 @@ TEST(AffineTransform, EllipsoidsMapToTheUnitSphere)
     }
     // InverseGram is A^T A, not the inverse of Gram.
     EXPECT_EQ(u.X() * u.X() + u.Y() * u.Y() + u.Z() * u.Z(), general.InverseGram()[0]);
-}
-
-TEST(SearchRules, AllDataRadiusAndLengths)
-{
-    const CSearchRules all;
-    EXPECT_TRUE(all.AllData());
-    EXPECT_EQ(1, all.MinData());
-    EXPECT_EQ(2147483647, all.MaxData());
-    EXPECT_EQ(0.0625, CSearchRules(2, 9, 4.0).AffineTransform().Gram()[4]);
-    EXPECT_EQ(0.125, CSearchRules(1, 5, 2.0, 4.0, 8.0).AffineTransform().Forward()[8]);
-    EXPECT_EQ(CDataMetricRules::Count, CDataMetricRules().Metric());
-    EXPECT_STREQ("Inter-quartile range", CDataMetricRules::MetricLabel(7));
-    EXPECT_STREQ("Average distance", CDataMetricRules::MetricLabel(20));
-    EXPECT_EQ(nullptr, CDataMetricRules::MetricLabel(21));
 }

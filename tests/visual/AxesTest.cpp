@@ -4,6 +4,7 @@
 // picture of labels standing where their ticks are.
 #include "PictureSupport.h"
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/data/VdPoints.h"
@@ -11,15 +12,9 @@
 #include "core/visual/VoAxes.h"
 #include "core/visual/VoBoundingBox.h"
 
-#include <Inventor/actions/SoSearchAction.h>
-#include <Inventor/nodes/SoCone.h>
 #include <Inventor/nodes/SoCube.h>
-#include <Inventor/nodes/SoCylinder.h>
-#include <Inventor/nodes/SoIndexedLineSet.h>
 #include <Inventor/nodes/SoSeparator.h>
-#include <Inventor/nodes/SoText2.h>
 #include <Inventor/nodes/SoTranslation.h>
-#include <Inventor/nodes/SoVertexProperty.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -40,15 +35,6 @@ VdPoints* Corners(const Box3d& box)
     return new VdPoints(shr::Double, shr::Double, 2, coords, values, 1);
 }
 
-int Count(SoNode* root, SoType type)
-{
-    SoSearchAction search;
-    search.setType(type);
-    search.setInterest(SoSearchAction::ALL);
-    search.apply(root);
-    return search.getPaths().getLength();
-}
-
 bool IsNice(double step)
 {
     const double mantissa = step / std::pow(10.0, std::floor(std::log10(step)));
@@ -58,7 +44,7 @@ bool IsNice(double step)
     return false;
 }
 
-class AxesTest : public testsupport::UnshiftedSceneFixture {
+class AxesTest : public visualtest::ModuleFixture<testsupport::UnshiftedSceneFixture> {
 protected:
     template <class Module>
     Module* Look(VdData* data, Module* module, unsigned int type = 15)
@@ -67,7 +53,6 @@ protected:
         Link(module, Add(new testsupport::DataSource(data, type)));
         return module;
     }
-    static SoNode* Root(VoModule& module) { return module.OutputGeometry(0).GetRoot().get(); }
 };
 
 TEST_F(AxesTest, FittingGivesRoundIncrementsAndLabelsThatDiffer)
@@ -123,8 +108,7 @@ TEST_F(AxesTest, OnlyANewSourceRefitsTheAxes)
     axes->Axis(0).labelIncrement = 3.0;
     source->GetOutput(0)->Data(Corners(Box3d(0, 0, 0, 20, 20, 20)));
     const int64_t before = source->ExecTime();
-    source->SetModified();
-    RunPass();
+    Rerun(source);
     ASSERT_GT(source->ExecTime(), before) << "the source ran and handed its data on";
     EXPECT_EQ(axes->Axis(0).labelIncrement, 3.0);
     EXPECT_EQ(axes->Axis(0).end.x, 10.0);
@@ -137,11 +121,9 @@ TEST_F(AxesTest, OnlyANewSourceRefitsTheAxes)
 TEST_F(AxesTest, ValidationNamesTheAxisAndTheLeastIncrement)
 {
     auto* axes = Look(Corners(Box3d(0, 0, 0, 100, 10, 10)), new VoAxes);
-    RunPass();
-    ASSERT_EQ(axes->GetStatus(), VoModule::ModuleOk);
+    Pass({axes});
     axes->Axis(0).labelIncrement = 0.1; // 1000 labels on 0..100
-    axes->SetModified();
-    RunPass();
+    Rerun(axes);
     EXPECT_EQ(axes->GetStatus(), VoModule::ModuleFailed);
     EXPECT_EQ(proxy.LastError(),
               "Too many labels for the X axis (1000).\nIncrease the label increment to at least 0.5");
@@ -152,12 +134,8 @@ TEST_F(AxesTest, ValidationNamesTheAxisAndTheLeastIncrement)
     EXPECT_THROW(axes->ValidateInput(), shr::Exception);
     axes->Axis(1).labelFirst = 0.0;
     axes->Axis(2).start[2] = 11.0;
-    try {
-        axes->ValidateInput();
-        ADD_FAILURE() << "start above end";
-    } catch (const shr::Exception& error) {
-        EXPECT_EQ(error.Message(), "Z axis minimum must be less than or equal to the maximum");
-    }
+    EXPECT_EQ(testsupport::RaisedBy([&] { axes->ValidateInput(); }).message,
+              "Z axis minimum must be less than or equal to the maximum");
 }
 
 // Geometry 1000 m east and 2000 m north of the scene's offset reads as where it truly lies.
@@ -180,14 +158,7 @@ TEST_F(AxesTest, GeometryInAShiftedSceneShowsTrueCoordinates)
     box->LabelFormat().SetType(0);
     box->LabelFormat().Digits(0);
     RunPass();
-    std::vector<std::string> texts;
-    SoSearchAction search;
-    search.setType(SoText2::getClassTypeId());
-    search.setInterest(SoSearchAction::ALL);
-    search.apply(Root(*box));
-    for (int i = 0; i < search.getPaths().getLength(); ++i)
-        texts.push_back(static_cast<SoText2*>(search.getPaths()[i]->getTail())->string[0].getString());
-    EXPECT_EQ(texts, (std::vector<std::string>{"500999, 7001999, 49", "501001, 7002001, 51"}));
+    EXPECT_EQ(visualtest::Texts(*box), (std::vector<std::string>{"500999, 7001999, 49", "501001, 7002001, 51"}));
 }
 
 TEST_F(AxesTest, StoredFormsThroughTheVersionGates)
@@ -235,10 +206,9 @@ TEST_F(AxesTest, LabelsStandBeyondTheirTicks)
     x.labelFormat.SetType(0);
     x.labelFormat.Digits(0);
     axes->SetModified();
-    RunPass();
-    ASSERT_EQ(axes->GetStatus(), VoModule::ModuleOk);
+    Pass({axes});
     ASSERT_EQ(axes->LabelValues(0), (std::vector<double>{-4, -2, 0, 2, 4}));
-    const render::Image image = testsupport::TopDownPicture(Root(*axes), 10.0f); // 16 pixels a unit
+    const render::Image image = testsupport::TopDownPicture(visualtest::Root(*axes), 10.0f); // 16 pixels a unit
     const auto pixel = [](double u) { return int(std::lround(80 + 16 * u)); };
     const auto red = [&](double u0, double u1, double v0, double v1) {
         int count = 0;

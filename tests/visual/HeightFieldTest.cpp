@@ -5,6 +5,7 @@
 #include "LatticeSupport.h"
 #include "PictureSupport.h"
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/visual/VoContour.h"
@@ -12,7 +13,6 @@
 #include "render/Image.h"
 #include "shr/Exception.h"
 
-#include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoQuadMesh.h>
 #include <Inventor/nodes/SoSeparator.h>
 #include <Inventor/nodes/SoTexture2.h>
@@ -38,7 +38,7 @@ struct Mesh {
     std::vector<uint32_t> colors;
 };
 
-class HeightFieldTest : public testsupport::UnshiftedSceneFixture {
+class HeightFieldTest : public visualtest::ModuleFixture<testsupport::UnshiftedSceneFixture> {
 protected:
     VoHeightField* Surface(core::VdLattice* lattice, double scale = 0.25)
     {
@@ -49,13 +49,10 @@ protected:
 
     static Mesh MeshOf(VoModule& module)
     {
-        SoSearchAction search;
-        search.setType(SoQuadMesh::getClassTypeId());
-        search.apply(module.OutputGeometry(0).GetRoot().get());
         Mesh mesh;
-        if (!search.getPath())
+        const auto* quads = visualtest::First<SoQuadMesh>(module);
+        if (!quads)
             return mesh;
-        const auto* quads = static_cast<SoQuadMesh*>(search.getPath()->getTail());
         mesh.rows = quads->verticesPerColumn.getValue();
         mesh.columns = quads->verticesPerRow.getValue();
         const auto* property = static_cast<SoVertexProperty*>(quads->vertexProperty.getValue());
@@ -68,32 +65,21 @@ protected:
     }
 };
 
-// Heights are (value - minimum) * half the box diagonal * scale / range;
-// normals point to the underside, (dz/dx, dz/dy, -1) on a plane.
-TEST_F(HeightFieldTest, PlaneAndParaboloidPositionsAndNormals)
+// Normals point to the underside, (dz/dx, dz/dy, -1) on a plane; the heights
+// (checked below) are (value - minimum) * half the box diagonal * scale / range.
+TEST_F(HeightFieldTest, NormalsOfAPlaneAndAParaboloid)
 {
-    const double factor = std::sqrt(32.0) * 0.5 * 0.25;
+    const double factor = std::sqrt(32.0) * 0.5 * 0.25 / 20.0;
     const NodeField plane = [](unsigned i, unsigned j, unsigned) { return 2.0 * i + 3.0 * j; };
     const NodeField bowl = [](unsigned i, unsigned j, unsigned) { return (i - 2.0) * (i - 2.0) + (j - 2.0) * (j - 2.0); };
-    const struct {
-        const NodeField* f;
-        double range;
-    } cases[] = {{&plane, 20.0}, {&bowl, 8.0}};
     std::vector<Mesh> meshes;
-    for (const auto& c : cases) {
-        VoHeightField* module = Surface(testsupport::NodeLattice(5, 5, 1, *c.f));
-        RunPass();
-        ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
+    for (const NodeField* f : {&plane, &bowl}) {
+        VoHeightField* module = Surface(testsupport::NodeLattice(5, 5, 1, *f));
+        Pass({module});
         meshes.push_back(MeshOf(*module));
-        const Mesh& mesh = meshes.back();
-        ASSERT_EQ(mesh.vertices.size(), 25u);
-        for (unsigned int n = 0; n < 25; ++n) {
-            const unsigned int i = n % 5, j = n / 5;
-            EXPECT_NEAR((mesh.vertices[n] - Vec3d(i, j, (*c.f)(i, j, 0) * factor / c.range)).Length(), 0.0, 1e-5)
-                << c.range << ": " << n;
-        }
+        ASSERT_EQ(meshes.back().normals.size(), 25u);
     }
-    const Vec3d tilted = Vec3d(2.0 * factor / 20.0, 3.0 * factor / 20.0, -1.0).Normalized();
+    const Vec3d tilted = Vec3d(2.0 * factor, 3.0 * factor, -1.0).Normalized();
     for (const Vec3d& n : meshes[0].normals)
         EXPECT_NEAR((n - tilted).Length(), 0.0, 1e-6);
     // The bowl: straight down at the bottom, level across each axis through
@@ -200,22 +186,16 @@ TEST_F(HeightFieldTest, OverlayIsDrapedOrRefused)
     for (const Case& c : cases) {
         module->Fit(c.fit);
         module->SetModified();
-        RunPass();
-        ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
-        SoNode* root = module->OutputGeometry(0).GetRoot().get();
-        SoSearchAction search;
-        search.setType(SoTexture2::getClassTypeId());
-        search.apply(root);
-        ASSERT_NE(search.getPath(), nullptr) << c.fit;
+        Pass({module});
+        const auto* texture = visualtest::First<SoTexture2>(*module);
+        const auto* coordinates = visualtest::First<SoTextureCoordinate2>(*module);
+        ASSERT_TRUE(texture && coordinates) << c.fit;
         SbVec2s size;
         int components = 0;
-        static_cast<SoTexture2*>(search.getPath()->getTail())->image.getValue(size, components);
+        texture->image.getValue(size, components);
         EXPECT_EQ(size[0], c.width);
         EXPECT_EQ(size[1], c.height);
-        search.setType(SoTextureCoordinate2::getClassTypeId());
-        search.apply(root);
-        ASSERT_NE(search.getPath(), nullptr) << c.fit;
-        const SoMFVec2f& coords = static_cast<SoTextureCoordinate2*>(search.getPath()->getTail())->point;
+        const SoMFVec2f& coords = coordinates->point;
         ASSERT_EQ(coords.getNum(), 12);
         EXPECT_NEAR(coords[11][0], c.lastS, 1e-6);
         EXPECT_NEAR(coords[11][1], c.lastT, 1e-6);
@@ -223,12 +203,8 @@ TEST_F(HeightFieldTest, OverlayIsDrapedOrRefused)
     }
     const std::vector<uint8_t> cube(32, 200);
     auto* image = Add(new core::VoLatticeSrc(new core::VdUniformLattice(shr::UInt8, deep, cube.data(), 4), ""));
-    try {
-        network().ConnectNodes(*module, image, 1, true);
-        ADD_FAILURE() << "a 3-D image was taken";
-    } catch (const shr::Exception& e) {
-        EXPECT_EQ(e.Message(), "Type mismatch: HeightField requires a 2D RGBA image (Z dimension must be 1) for input.");
-    }
+    EXPECT_EQ(testsupport::RaisedBy([&] { network().ConnectNodes(*module, image, 1, true); }).message,
+              "Type mismatch: HeightField requires a 2D RGBA image (Z dimension must be 1) for input.");
 }
 
 TEST(HeightFieldStoredForm, RoundTripAndDocumentsWithoutTheOverlay)
@@ -244,20 +220,7 @@ TEST(HeightFieldStoredForm, RoundTripAndDocumentsWithoutTheOverlay)
     stored.ColorModulation(VoHeightField::OverlayOnly);
     stored.OverlayQuality(0.25);
     stored.GetLegend().m_Title = "Elevation";
-    const auto common = [](const VoHeightField& loaded) {
-        EXPECT_EQ(loaded.DrawStyle(), VoHeightField::Lines);
-        EXPECT_EQ(loaded.GetOrientation(), VoHeightField::OrientYZ);
-        EXPECT_EQ(loaded.Slice(), 7);
-        EXPECT_EQ(loaded.Opacity(), 0.375);
-        EXPECT_EQ(loaded.Scale(), -0.5);
-        EXPECT_EQ(loaded.GetLegend().m_Title, "Elevation");
-        EXPECT_EQ(loaded.GetInputCount(), 2u);
-    };
-    const std::vector<unsigned char> bytes = testsupport::Store(stored);
-    VoHeightField loaded;
-    EXPECT_EQ(testsupport::Load(loaded, bytes), 0u);
-    common(loaded);
-    EXPECT_EQ(testsupport::Store(loaded), bytes);
+    testsupport::ExpectRoundTrip(stored);
 
     // Version 112: one input port in the base part, no overlay settings.
     std::vector<unsigned char> old;
@@ -273,7 +236,13 @@ TEST(HeightFieldStoredForm, RoundTripAndDocumentsWithoutTheOverlay)
     }
     VoHeightField fromOld;
     EXPECT_EQ(testsupport::Load(fromOld, old), 0u);
-    common(fromOld);
+    EXPECT_EQ(fromOld.DrawStyle(), VoHeightField::Lines);
+    EXPECT_EQ(fromOld.GetOrientation(), VoHeightField::OrientYZ);
+    EXPECT_EQ(fromOld.Slice(), 7);
+    EXPECT_EQ(fromOld.Opacity(), 0.375);
+    EXPECT_EQ(fromOld.Scale(), -0.5);
+    EXPECT_EQ(fromOld.GetLegend().m_Title, "Elevation");
+    EXPECT_EQ(fromOld.GetInputCount(), 2u);
     EXPECT_TRUE(fromOld.ShowOverlay());
     EXPECT_EQ(fromOld.Fit(), VoHeightField::ClipToSurface);
 
@@ -303,8 +272,7 @@ TEST_F(HeightFieldTest, ContourLinesOverTheSurfaceInAPicture)
     lineMap.ClearColorNodes();
     lineMap.AddColorNode(0.0, shr::Color4b(255, 0, 0));
     lineMap.AddColorNode(1.0, shr::Color4b(255, 0, 0));
-    RunPass();
-    ASSERT_EQ(surface->GetStatus(), VoModule::ModuleOk);
+    Pass({surface});
     ASSERT_EQ(lines->GetStatus(), VoModule::ModuleOk);
     core::InvSmartPtr<SoSeparator> both(new SoSeparator);
     both->addChild(surface->OutputGeometry(0).GetRoot().get());

@@ -2,6 +2,7 @@
 // else: the strip's colours along its length, the background rectangle, the
 // labels and the title where the layout puts them, and nothing elsewhere.
 #include "PictureSupport.h"
+#include "VisualSupport.h"
 
 #include "core/graphics/InvSmartPtr.h"
 #include "core/graphics/VbColorMap.h"
@@ -14,7 +15,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <functional>
 #include <memory>
 
@@ -57,10 +57,7 @@ Color4b At(const render::Image& image, double x, double y)
     return image.At(int(std::floor(x)), kSize - 1 - int(std::floor(y)));
 }
 
-bool Near(const Color4b& a, const Color4b& b, int tolerance)
-{
-    return std::abs(a.r - b.r) <= tolerance && std::abs(a.g - b.g) <= tolerance && std::abs(a.b - b.b) <= tolerance;
-}
+using visualtest::Near;
 
 // Pixels in a window rectangle (inclusive bounds) for which `test` holds.
 int Count(const render::Image& image, int x0, int y0, int x1, int y1, const std::function<bool(Color4b)>& test)

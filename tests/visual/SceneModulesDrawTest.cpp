@@ -1,10 +1,11 @@
 // Pictures of the scene modules at work in the network's scene: a clip
 // plane opens a shell to show what lies inside, a red light tints a white
 // surface, a title stands at its corner of the view whatever the camera,
-// and as many clip planes as the driver has draw together.
+// and as many clip planes as the driver has draw together, one more failing.
 #include "MeshSupport.h"
 #include "PictureSupport.h"
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 
 #include "core/graphics/SoGLExtension.h"
 #include "core/visual/VoAnnotation.h"
@@ -34,7 +35,7 @@ render::Image Picture(float units)
 bool Blue(const Color4b& c) { return c.b > 40 && c.b >= c.r + 30 && c.b >= c.g + 30; }
 bool Red(const Color4b& c) { return c.r > 40 && c.r >= c.g + 30 && c.r >= c.b + 30; }
 
-class SceneModulesDrawTest : public testsupport::UnshiftedSceneFixture {
+class SceneModulesDrawTest : public visualtest::ModuleFixture<testsupport::UnshiftedSceneFixture> {
 protected:
     // A sphere surface of radius `radius` about the origin, in one colour.
     core::VoIsoSurface* Sphere(double radius, const Color4b& color)
@@ -48,12 +49,6 @@ protected:
         surface->ColorMethod(core::VoIsoSurface::Fixed);
         surface->Material().diffuse = color;
         return surface;
-    }
-    void Pass(std::initializer_list<VoModule*> modules)
-    {
-        RunPass();
-        for (VoModule* module : modules)
-            ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk) << proxy.LastError();
     }
 
     core::VoLatticeSrc* field = nullptr;
@@ -86,7 +81,8 @@ TEST_F(SceneModulesDrawTest, AClippedShellShowsItsInside)
     }
 }
 
-// A red light on a white surface leaves red alone; a white one lights it grey.
+// A red light on a white surface leaves red alone; a white one lights it grey:
+// the light's node reaches the geometry of the other modules.
 TEST_F(SceneModulesDrawTest, ARedLightTintsTheSurface)
 {
     auto* surface = Sphere(0.8, Color4b::White);
@@ -156,23 +152,36 @@ TEST_F(SceneModulesDrawTest, ATitleStandsAtItsCornerOfTheView)
 }
 
 // As many clip planes as the driver clips with at once draw together: each
-// cuts a thin slab off the same sphere.
+// cuts a thin slab off the same sphere. One more fails with the count, and
+// those before it are unharmed; a hidden plane does not count.
 TEST_F(SceneModulesDrawTest, AsManyClipPlanesAsTheDriverHasDrawTogether)
 {
+    const int maximum = core::SoGLExtManager::getInstance()->getMaxClipPlanes();
     VoModule* upstream = Sphere(0.8, Color4b(0, 0, 255));
-    std::vector<VoModule*> modules = {upstream};
-    for (int i = 0; i < core::SoGLExtManager::getInstance()->getMaxClipPlanes(); ++i) {
-        auto* clip = Add(new core::VoClipPlane);
-        Link(clip, upstream);
-        clip->SetOrientation(core::VoClipPlane::AlongX);
-        clip->Distance(-0.7 + 0.01 * i);
-        modules.push_back(upstream = clip);
-    }
-    RunPass();
-    EXPECT_EQ(upstream->GetStatus(), VoModule::ModuleOk) << proxy.LastError();
+    std::vector<core::VoClipPlane*> planes;
+    const auto addPlane = [&] {
+        planes.push_back(Add(new core::VoClipPlane));
+        Link(planes.back(), upstream);
+        planes.back()->SetOrientation(core::VoClipPlane::AlongX);
+        planes.back()->Distance(-0.7 + 0.01 * double(planes.size() - 1));
+        upstream = planes.back();
+    };
+    for (int i = 0; i < maximum; ++i)
+        addPlane();
+    Pass({upstream});
     const render::Image image = Picture(4.0f);
     EXPECT_TRUE(Blue(image.At(80, 80)));
     EXPECT_EQ(image.At(80 - 26, 80), Color4b::Black) << "the last plane cuts too";
+
+    addPlane();
+    RunPass();
+    EXPECT_EQ(upstream->GetStatus(), VoModule::ModuleFailed);
+    EXPECT_EQ(proxy.LastError(), "The maximum number of clip planes (" + std::to_string(maximum) +
+                                     ") has been exceeded.");
+    EXPECT_EQ(planes[size_t(maximum) - 1]->GetStatus(), VoModule::ModuleOk);
+    planes[0]->ShowGeometry(false, false);
+    Pass({upstream});
+    EXPECT_EQ(planes.back()->ActivePlaneCount(), maximum);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "LatticeSupport.h"
 #include "PictureSupport.h"
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/data/VdRectilinearLattice.h"
@@ -16,13 +17,12 @@
 #include "shr/Exception.h"
 
 #include <Inventor/actions/SoGetBoundingBoxAction.h>
-#include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/nodes/SoFaceSet.h>
 #include <Inventor/nodes/SoTexture2.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -32,47 +32,34 @@ using shr::Vec3d;
 
 namespace {
 
-bool Near(const Color4b& a, const Color4b& b)
-{
-    return std::abs(a.r - b.r) <= 1 && std::abs(a.g - b.g) <= 1 && std::abs(a.b - b.b) <= 1;
-}
+using visualtest::First;
+using visualtest::Near;
+using visualtest::Root;
 
-std::string Text(const Color4b& c)
-{
-    return std::to_string(c.r) + "," + std::to_string(c.g) + "," + std::to_string(c.b);
-}
-
-SoNode* FindFirst(SoNode* root, SoType type)
-{
-    SoSearchAction search;
-    search.setType(type);
-    search.setInterest(SoSearchAction::FIRST);
-    search.apply(root);
-    return search.getPath() ? search.getPath()->getTail() : nullptr;
-}
-
-// The texels of the first texture under `root`, row by row from the bottom.
-std::vector<Color4b> TextureOf(SoNode* root, int& width, int& height)
-{
-    auto* texture = static_cast<SoTexture2*>(FindFirst(root, SoTexture2::getClassTypeId()));
+// The first texture of the module's output, its texels row by row from the bottom.
+struct Texture {
+    int width = 0, height = 0;
     std::vector<Color4b> texels;
-    width = height = 0;
-    if (!texture)
-        return texels;
-    SbVec2s size;
-    int components = 0;
-    const unsigned char* bytes = texture->image.getValue(size, components);
-    width = size[0];
-    height = size[1];
-    for (int t = 0; t < width * height; ++t)
-        texels.emplace_back(bytes[4 * t], bytes[4 * t + 1], bytes[4 * t + 2], bytes[4 * t + 3]);
-    return texels;
+};
+
+Texture TextureOf(const VoModule& module)
+{
+    Texture texture;
+    if (auto* node = First<SoTexture2>(module)) {
+        SbVec2s size;
+        int components = 0;
+        const unsigned char* bytes = node->image.getValue(size, components);
+        texture.width = size[0];
+        texture.height = size[1];
+        for (int t = 0; t < texture.width * texture.height; ++t)
+            texture.texels.emplace_back(bytes[4 * t], bytes[4 * t + 1], bytes[4 * t + 2], bytes[4 * t + 3]);
+    }
+    return texture;
 }
 
-class SliceTest : public testsupport::NetworkFixture {
+class SliceTest : public visualtest::ModuleFixture<testsupport::NetworkFixture> {
 protected:
-    static SoNode* Output(VoModule& module) { return module.OutputGeometry(0).GetRoot().get(); }
-    static render::Image Picture(VoModule& module, float units) { return testsupport::TopDownPicture(Output(module), units); }
+    static render::Image Picture(VoModule& module, float units) { return testsupport::TopDownPicture(Root(module), units); }
 
     testsupport::ErrorProxy proxy;
 };
@@ -86,31 +73,25 @@ TEST_F(SliceTest, OrthoSliceShowsTheMapsColoursAtTheTexels)
     slice->Lighting(false);
     slice->Quality(0.05); // nearest texels; 0 would turn texturing off
     slice->Slice(1);
-    RunPass();
-    ASSERT_EQ(slice->GetStatus(), VoModule::ModuleOk);
-    const render::Image image = Picture(*slice, 4.0f);
+    Pass({slice});
     // The quad spans 3 x 1 units centred on the origin; 40 pixels a unit.
-    for (int i = 0; i < 4; ++i) {
-        const double x = -1.5 + (i + 0.5) * 0.75;
-        const Color4b expected = slice->GetColorMap().DatToColor(10.0 + i);
-        const Color4b seen = image.At(int(80 + 40 * x), 80);
-        EXPECT_TRUE(Near(seen, expected)) << "texel " << i << ": " << Text(seen) << " not " << Text(expected);
-    }
-    EXPECT_EQ(image.At(80, 10), Color4b::Black) << "nothing above the slice";
+    const auto expectTexels = [&](const std::function<Color4b(int)>& expected) {
+        const render::Image image = Picture(*slice, 4.0f);
+        for (int i = 0; i < 4; ++i) {
+            const Color4b seen = image.At(int(80 + 40 * (-1.5 + (i + 0.5) * 0.75)), 80);
+            EXPECT_TRUE(Near(seen, expected(i))) << "texel " << i << ": " << visualtest::Text(seen);
+        }
+        EXPECT_EQ(image.At(80, 10), Color4b::Black) << "nothing above the slice";
+    };
+    expectTexels([&](int i) { return slice->GetColorMap().DatToColor(10.0 + i); });
 
     // The grey window: 10 .. 14 spans black to white.
     slice->Mapping().method = SliceMapping::Linear;
     slice->Mapping().width = 4.0;
     slice->Mapping().centre = 12.0;
-    slice->SetModified();
-    RunPass();
-    const render::Image grey = Picture(*slice, 4.0f);
+    Rerun(slice);
     const int levels[4] = {0, 63, 127, 191};
-    for (int i = 0; i < 4; ++i) {
-        const double x = -1.5 + (i + 0.5) * 0.75;
-        const Color4b expected(levels[i], levels[i], levels[i]);
-        EXPECT_TRUE(Near(grey.At(int(80 + 40 * x), 80), expected)) << "texel " << i;
-    }
+    expectTexels([&](int i) { return Color4b(levels[i], levels[i], levels[i]); });
 }
 
 TEST_F(SliceTest, OrthoTexturesHaveTheSliceSizeAndValues)
@@ -152,14 +133,9 @@ TEST_F(SliceTest, OrthoSliceFallsBackToTheMiddleAndSitsAtAFlatAxisMinimum)
     RunPass();
     EXPECT_EQ(slice->Slice(), 0);
     SoGetBoundingBoxAction measure(SbViewportRegion(100, 100));
-    measure.apply(Output(*slice));
+    measure.apply(Root(*slice));
     EXPECT_FLOAT_EQ(measure.getBoundingBox().getMin()[2], 5.0f);
     EXPECT_FLOAT_EQ(measure.getBoundingBox().getMax()[2], 5.0f);
-
-    auto* deep = Feed(testsupport::NodeLattice(2, 2, 5, [](unsigned, unsigned, unsigned k) { return double(k); }), new VoOrthoSlice);
-    deep->Slice(-1);
-    RunPass();
-    EXPECT_EQ(deep->Slice(), 2);
     EXPECT_TRUE(proxy.Errors().empty());
 }
 
@@ -190,8 +166,7 @@ TEST_F(SliceTest, OrthoSliceReportsANonUniformLattice)
     auto* slice = Add(new VoOrthoSlice);
     if (!network().ConnectNodes(*slice, source, 0, true))
         GTEST_SKIP() << "the port refuses the link itself";
-    RunPass();
-    EXPECT_EQ(slice->GetStatus(), VoModule::ModuleOk);
+    Pass({slice});
     ASSERT_EQ(proxy.Errors().size(), 1u);
     EXPECT_EQ(proxy.Errors()[0], "Type mismatch: OrthoImage requires a uniform lattice for input.");
 }
@@ -243,21 +218,19 @@ TEST_F(SliceTest, ObliqueSliceOfAMovedLatticeSamplesTheSameValues)
         slice->SetResolution(VoObliqueSlice::Coarse);
     }
     RunPass();
-    int w0 = 0, h0 = 0, w1 = 0, h1 = 0, w2 = 0, h2 = 0;
-    const std::vector<Color4b> a = TextureOf(Output(*still), w0, h0);
-    const std::vector<Color4b> b = TextureOf(Output(*carried), w1, h1);
-    const std::vector<Color4b> c = TextureOf(Output(*shifted), w2, h2);
-    ASSERT_EQ(w0, 128);
-    ASSERT_EQ(w1, w0);
-    ASSERT_EQ(h1, h0);
-    ASSERT_EQ(w2, w0);
-    ASSERT_EQ(h2, h0);
-    int differing = 0;
-    for (size_t t = 0; t < a.size(); ++t)
-        differing += !Near(a[t], b[t]) || !Near(a[t], c[t]);
-    EXPECT_EQ(differing, 0);
+    const Texture a = TextureOf(*still);
+    ASSERT_EQ(a.width, 128);
     // The texels differ among themselves: the plane really samples the data.
-    EXPECT_NE(a.front(), a[a.size() / 2 + w0 / 2]);
+    EXPECT_NE(a.texels.front(), a.texels[a.texels.size() / 2 + a.width / 2]);
+    for (VoObliqueSlice* other : {carried, shifted}) {
+        const Texture b = TextureOf(*other);
+        ASSERT_EQ(b.width, a.width);
+        ASSERT_EQ(b.height, a.height);
+        int differing = 0;
+        for (size_t t = 0; t < a.texels.size(); ++t)
+            differing += !Near(a.texels[t], b.texels[t]);
+        EXPECT_EQ(differing, 0);
+    }
 }
 
 TEST_F(SliceTest, ObliquePlaneThatMissesDrawsNothingAndFlatLatticesDrawWhole)
@@ -271,11 +244,10 @@ TEST_F(SliceTest, ObliquePlaneThatMissesDrawsNothingAndFlatLatticesDrawWhole)
         slice->Plane().Offset(5.0);
         slice->SetModified();
     }
-    RunPass();
-    EXPECT_EQ(cube->GetStatus(), VoModule::ModuleOk);
+    Pass({cube});
     EXPECT_EQ(cube->Plane().Offset(), 5.0);
-    EXPECT_EQ(FindFirst(Output(*cube), SoFaceSet::getClassTypeId()), nullptr);
-    auto* face = static_cast<SoFaceSet*>(FindFirst(Output(*flat), SoFaceSet::getClassTypeId()));
+    EXPECT_EQ(First<SoFaceSet>(*cube), nullptr);
+    auto* face = First<SoFaceSet>(*flat);
     ASSERT_NE(face, nullptr);
     EXPECT_EQ(face->numVertices[0], 4);
     EXPECT_TRUE(proxy.Errors().empty());
@@ -298,13 +270,13 @@ TEST_F(SliceTest, ObliqueTexelsWithoutDataShowTheMapsStart)
     slice->Mapping().centre = 5.0; // 6.0 is three quarters up the window
     slice->SetResolution(VoObliqueSlice::Coarse);
     RunPass();
-    int width = 0, height = 0;
-    const std::vector<Color4b> texels = TextureOf(Output(*slice), width, height);
-    ASSERT_EQ(width, 128);
-    EXPECT_EQ(texels[0], Color4b(255, 0, 0));
-    EXPECT_EQ(texels[width - 1], Color4b(191, 191, 191));
+    const Texture texture = TextureOf(*slice);
+    ASSERT_EQ(texture.width, 128);
+    EXPECT_EQ(texture.texels[0], Color4b(255, 0, 0));
+    EXPECT_EQ(texture.texels[127], Color4b(191, 191, 191));
 }
 
+// The levels of a window of some width are seen in the pictures above.
 TEST(SliceMapping, GreyWindowAndItsThreshold)
 {
     SliceMapping mapping;
@@ -323,17 +295,12 @@ TEST(SliceMapping, GreyWindowAndItsThreshold)
     EXPECT_EQ((*grey)(4.9).r, 0);
     EXPECT_EQ((*grey)(5.0).r, 0);
     EXPECT_EQ((*grey)(5.000001).r, 255);
-    mapping.width = 10.0;
-    EXPECT_EQ((*mapping.MakeInterpolator(map))(2.5).r, 63);
-    mapping.method = SliceMapping::Colormap;
-    map.SetDataLimits(0.0, 10.0);
-    EXPECT_EQ((*mapping.MakeInterpolator(map))(10.0), Color4b(255, 255, 255));
 }
 
-using testsupport::Load;
-using testsupport::Store;
-
-TEST_F(SliceTest, StoredFormsRoundTripAndFailWhole)
+// Stored again, a copy gives the same bytes, and a cut anywhere leaves a
+// slice as it was. What the rows refuse is refused in a document (below), so
+// each field is read where it is written.
+TEST(SliceStoredForm, RoundTripsAndFailsWhole)
 {
     VoOrthoSlice ortho;
     ortho.Orientation(2);
@@ -344,16 +311,7 @@ TEST_F(SliceTest, StoredFormsRoundTripAndFailWhole)
     ortho.Mapping().method = SliceMapping::Linear;
     ortho.Mapping().width = 3.0;
     ortho.GetColorMap().SetScalingLimits(-1.0, 9.0);
-    const std::vector<unsigned char> orthoBytes = Store(ortho);
-    VoOrthoSlice orthoCopy;
-    Load(orthoCopy, orthoBytes);
-    // Stored again, the copy gives the same bytes; what the rows refuse is
-    // refused in a document (below), so each field is read where it is written.
-    EXPECT_EQ(Store(orthoCopy), orthoBytes);
-    EXPECT_EQ(orthoCopy.Slice(), 4);
-    EXPECT_FALSE(orthoCopy.Lighting());
-    EXPECT_EQ(orthoCopy.Mapping().width, 3.0);
-    EXPECT_EQ(orthoCopy.GetLegend().GetColorMap(), &orthoCopy.GetColorMap());
+    testsupport::ExpectRoundTrip(ortho, {5, 60});
 
     VoObliqueSlice oblique;
     oblique.SetResolution(VoObliqueSlice::VeryFine);
@@ -363,25 +321,8 @@ TEST_F(SliceTest, StoredFormsRoundTripAndFailWhole)
     oblique.Plane().Normal(Vec3d(1, 1, 0));
     oblique.Plane().Orientation(3);
     oblique.Plane().Offset(0.125);
-    const std::vector<unsigned char> obliqueBytes = Store(oblique);
-    VoObliqueSlice obliqueCopy;
-    Load(obliqueCopy, obliqueBytes);
-    EXPECT_EQ(Store(obliqueCopy), obliqueBytes);
-    EXPECT_TRUE(obliqueCopy.Interpolate());
-    EXPECT_EQ(obliqueCopy.Mapping().centre, 7.0);
-    EXPECT_EQ(obliqueCopy.Plane().Offset(), 0.125);
-
-    // A cut anywhere leaves the slice's own settings untouched.
-    for (size_t cut : {size_t(2), size_t(60), obliqueBytes.size() / 2}) {
-        VoObliqueSlice target;
-        EXPECT_THROW(Load(target, obliqueBytes, cut), shr::Exception) << cut;
-        EXPECT_EQ(target.GetResolution(), 1u);
-        EXPECT_EQ(target.Plane().Normal(), Vec3d(0, 0, 1));
-    }
-    VoOrthoSlice target;
-    EXPECT_THROW(Load(target, orthoBytes, 5), shr::Exception);
-    EXPECT_EQ(target.Orientation(), 0u);
-    EXPECT_EQ(target.Slice(), -1);
+    const size_t size = testsupport::ExpectRoundTrip(oblique, {2, 60, 200}).size();
+    EXPECT_GT(size, 200u);
 }
 
 // What the rows would refuse is refused in a document too.

@@ -2,6 +2,7 @@
 // nodes and points it samples, the symbols of each style, colouring by a
 // scalar lattice, and the stored form through its version gate.
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 #include "LatticeSupport.h"
 #include "TestSupport.h"
 
@@ -27,7 +28,7 @@ using shr::Vec3d;
 
 using testsupport::Near;
 
-class VectorPlotTest : public testsupport::NetworkFixture {
+class VectorPlotTest : public visualtest::ModuleFixture<testsupport::NetworkFixture> {
 protected:
     // The plot, fed and settled by a first pass: what a test sets afterwards stays.
     VoVectorPlot* Plot(core::VdLattice* lattice)
@@ -36,9 +37,10 @@ protected:
         RunPass();
         return plot;
     }
+    // Runs the plot again.
     VoVectorPlot* Run(VoVectorPlot* plot)
     {
-        RunPass();
+        Rerun(plot);
         EXPECT_EQ(plot->GetStatus(), VoModule::ModuleOk) << proxy.LastError();
         return plot;
     }
@@ -93,7 +95,6 @@ TEST_F(VectorPlotTest, ZeroBlankAndReversedVectors)
     plot->ScaleFactors(0.0, 1.0); // length = magnitude / 13
     for (bool reverse : {false, true}) {
         plot->ReverseOrientation(reverse);
-        plot->SetModified();
         const auto& symbols = Run(plot)->Symbols();
         ASSERT_EQ(symbols.points.vertices.size(), 3u);
         ASSERT_EQ(symbols.lineCounts, (std::vector<int>{2, 2}));
@@ -123,7 +124,6 @@ TEST_F(VectorPlotTest, SamplesTheNodesOfThePlaneAndTheFrequency)
         plot->SetOrientation(c.orientation);
         plot->Slice(c.slice);
         plot->Frequency(c.frequency);
-        plot->SetModified();
         const std::vector<Vec3d>& bases = Run(plot)->Symbols().points.vertices;
         EXPECT_EQ(bases.size(), c.samples) << c.orientation << "/" << c.frequency;
         for (const Vec3d& p : bases) {
@@ -179,7 +179,6 @@ TEST_F(VectorPlotTest, EachStyleDrawsItsSymbol)
     };
     for (const Case& c : cases) {
         plot->Style(c.style);
-        plot->SetModified();
         const auto& symbols = Run(plot)->Symbols();
         EXPECT_EQ(symbols.lineCounts, c.counts) << c.style;
         EXPECT_EQ(symbols.strips.indices, c.strips) << c.style;
@@ -192,12 +191,11 @@ TEST_F(VectorPlotTest, EachStyleDrawsItsSymbol)
     const std::vector<Vec3d> expected = {{0, 0, 0}, {2, 0, 0}, {1.4, 0, 0.3},  {2, 0, 0}, {1.4, 0, -0.3},
                                          {2, 0, 0}, {1.4, -0.3, 0}, {2, 0, 0}, {1.4, 0.3, 0}};
     plot->Style(VoVectorPlot::Arrow4);
-    plot->SetModified();
+    const std::vector<Vec3d>& vertices = Run(plot)->Symbols().lines.vertices;
     for (size_t v = 0; v < expected.size(); ++v)
-        EXPECT_TRUE(Near(Run(plot)->Symbols().lines.vertices.at(v), expected[v], 1e-12)) << v;
+        EXPECT_TRUE(Near(vertices.at(v), expected[v], 1e-12)) << v;
     // Fade: the tail in the colour, the tip darkened, per vertex.
     plot->Style(VoVectorPlot::Fade);
-    plot->SetModified();
     EXPECT_EQ(Run(plot)->Symbols().lines.colors, (std::vector<Color4b>{{200, 100, 10}, {50, 25, 3}}));
 }
 
@@ -205,8 +203,7 @@ TEST_F(VectorPlotTest, ScalarColoursNeedALargeEnoughScalarLattice)
 {
     VoVectorPlot* plot = Plot(testsupport::VectorLattice(2, 2, 1, [](unsigned, unsigned, unsigned) { return Vec3d(1, 1, 0); }));
     plot->SetColorMethod(VoVectorPlot::Scalar);
-    plot->SetModified();
-    RunPass();
+    Rerun(plot);
     EXPECT_EQ(plot->GetStatus(), VoModule::ModuleFailed);
     EXPECT_EQ(proxy.LastError(), "The Scalar color method requires the 'Scalar Lattice' connection.  Nothing appears "
                                  "to be connected.");
@@ -223,7 +220,6 @@ TEST_F(VectorPlotTest, ScalarColoursNeedALargeEnoughScalarLattice)
     Link(plot, Add(new core::VoLatticeSrc(scalar, "")), 1);
     plot->ColorComponent(1);
     plot->OnInputChanged(1, true);
-    plot->SetModified();
     const auto& lines = Run(plot)->Symbols().lines;
     const core::VbColorMap& map = plot->GetColorMap();
     EXPECT_EQ(map.GetDataMin(), 0.0);
@@ -254,19 +250,12 @@ TEST_F(VectorPlotTest, StoredFormWithIntegerSizesBeforeVersion110)
     const size_t at = document.Find(sizes);
     ASSERT_LT(at, document.body.size());
     const std::vector<unsigned char> old = testsupport::Replace(document.body, at, sizeof sizes, integers);
-    for (int version : {100, 109, 110, 130}) {
+    for (int version : {109, 110, 130}) { // older legends differ: their place was in pixels
         VoVectorPlot loaded;
         EXPECT_EQ(testsupport::Load(loaded, document.Document(version, version < 110 ? old : document.body)), 0u)
             << version;
-        EXPECT_EQ(loaded.LineWidth(), 3.0f);
-        EXPECT_EQ(loaded.BaseSymbolSize(), 7.0f);
-        // The fields on either side of the sizes.
-        EXPECT_EQ(loaded.ArrowScale(), 0.625);
-        EXPECT_EQ(loaded.ColorComponent(), 2u);
-        EXPECT_EQ(loaded.Style(), VoVectorPlot::ArrowSolid);
-        EXPECT_EQ(loaded.BaseLength(), 123.0);
-        EXPECT_EQ(loaded.GetLegend().m_Title, "Speed");
-        EXPECT_EQ(loaded.GetLegend().GetColorMap(), &loaded.GetColorMap());
+        // Stored again, every field as it was, the sizes and those on either side of them too.
+        EXPECT_EQ(testsupport::Store(loaded), testsupport::Store(stored)) << version;
     }
 
     // A cut-off archive, or one holding a style no row can set, fails and

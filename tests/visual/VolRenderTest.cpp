@@ -4,7 +4,9 @@
 // front; the compositions and their fallbacks; the resets to 2-D textures;
 // the stored form.
 #include "PictureSupport.h"
+#include "LatticeSupport.h"
 #include "NetworkFixture.h"
+#include "VisualSupport.h"
 
 #include "core/data/VdGeometry.h"
 #include "core/data/VdUniformLattice.h"
@@ -19,7 +21,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -29,19 +30,14 @@ using shr::Color4b;
 namespace {
 
 using NodeValue = std::function<double(unsigned, unsigned, unsigned)>;
+using visualtest::Text;
 
 // n x n x nz float nodes over [-1, 1] x [-1, 1] x [-1, 1] (a single layer sits at z = 0).
 VdUniformLattice* Cube(unsigned n, unsigned nz, const NodeValue& value)
 {
-    const unsigned int dims[3] = {n, n, nz};
-    std::vector<float> values;
-    for (unsigned k = 0; k < nz; ++k)
-        for (unsigned j = 0; j < n; ++j)
-            for (unsigned i = 0; i < n; ++i)
-                values.push_back(static_cast<float>(value(i, j, k)));
-    auto* lattice = new VdUniformLattice(shr::Float, dims, values.data(), 1);
-    const double zLow = nz > 1 ? -1.0 : 0.0, zHigh = nz > 1 ? 1.0 : 0.0;
-    lattice->SetUVWBounds(shr::Box3d(shr::Vec3d(-1, -1, zLow), shr::Vec3d(1, 1, zHigh)));
+    VdUniformLattice* lattice = testsupport::NodeLattice(n, n, nz, value);
+    const double z = nz > 1 ? 1.0 : 0.0;
+    lattice->SetUVWBounds(shr::Box3d(shr::Vec3d(-1, -1, -z), shr::Vec3d(1, 1, z)));
     return lattice;
 }
 
@@ -60,41 +56,9 @@ void SetMap(VoVolRender& module, const Color4b& low, const Color4b& middle, cons
     module.SetModified();
 }
 
-// The log lines, collected while the object lives.
-class LogCapture {
-public:
-    LogCapture()
-    {
-        m_Level = shr::g_Logger.GetMaxLevel();
-        shr::g_Logger.SetMaxLevel(SoLogMessage::kLevel);
-        shr::g_Logger.SetSink([this](int, const shr::GString& line) {
-            std::lock_guard<std::mutex> lock(m_Mutex);
-            m_Lines.push_back(line.c_str());
-        });
-    }
-    ~LogCapture()
-    {
-        shr::g_Logger.SetSink(nullptr);
-        shr::g_Logger.SetMaxLevel(m_Level);
-    }
-    // The lines holding `text`.
-    int Count(const std::string& text)
-    {
-        std::lock_guard<std::mutex> lock(m_Mutex);
-        return static_cast<int>(std::count_if(m_Lines.begin(), m_Lines.end(), [&text](const std::string& line) {
-            return line.find(text) != std::string::npos;
-        }));
-    }
-
-private:
-    std::mutex m_Mutex;
-    std::vector<std::string> m_Lines;
-    int m_Level = 0;
-};
-
 const Color4b kRed(255, 0, 0), kGreen(0, 255, 0), kBlack(0, 0, 0);
 
-class VolRenderTest : public testsupport::NetworkFixture {
+class VolRenderTest : public visualtest::ModuleFixture<testsupport::NetworkFixture> {
 protected:
     void TearDown() override
     {
@@ -116,19 +80,13 @@ protected:
     testsupport::ErrorProxy proxy;
 };
 
-std::string Text(const Color4b& c)
-{
-    return std::to_string(c.r) + "," + std::to_string(c.g) + "," + std::to_string(c.b);
-}
-
 TEST_F(VolRenderTest, OpaqueRegionFollowsTheDataAndTheTransferFunction)
 {
     for (const uint32_t method : {VoVolRender::Textures2D, VoVolRender::Textures3D}) {
         SCOPED_TRACE(method);
         // High values in the half x < 0.
         auto* module = Volume(Cube(16, 16, [](unsigned i, unsigned, unsigned) { return i < 8 ? 1.0 : 0.0; }), method);
-        RunPass();
-        ASSERT_EQ(module->GetStatus(), VoModule::ModuleOk);
+        Pass({module});
         render::Image image = Picture(*module);
         // The default function: grey ramp, high values opaque, low ones clear.
         EXPECT_GT(image.At(40, 80).r, 200) << Text(image.At(40, 80));
@@ -137,8 +95,7 @@ TEST_F(VolRenderTest, OpaqueRegionFollowsTheDataAndTheTransferFunction)
         if (method == VoVolRender::Textures2D) {
             // The legend's strip starts at the clear end of the map, and is opaque all the same.
             module->GetLegend().Show(true);
-            module->SetModified();
-            RunPass();
+            Rerun(module);
             const Color4b strip = Picture(*module).At(10, 150);
             EXPECT_EQ(strip.a, 255) << Text(strip);
             module->GetLegend().Show(false);
@@ -169,22 +126,18 @@ TEST_F(VolRenderTest, NearerRegionHidesTheFartherAndCompositionsFallBack)
         Color4b seen = Picture(*module).At(40, 80);
         EXPECT_TRUE(seen.g > 200 && seen.r < 60) << Text(seen);
 
-        // Maximum and sum intensity both reach full red and full green along the ray.
-        for (const uint32_t composition : {VoVolRender::MaximumIntensity, VoVolRender::SumIntensity}) {
-            module->CompositionMethod(composition);
-            module->SetModified();
-            RunPass();
-            seen = Picture(*module).At(40, 80);
-            EXPECT_TRUE(seen.r > 200 && seen.g > 200) << composition << ": " << Text(seen);
-        }
-        // Without their blend extensions both draw as alpha blending.
-        SoGLExtManager::getInstance()->setDisabled(SoGLExtension::BlendEquation | SoGLExtension::BlendColor);
-        for (const uint32_t composition : {VoVolRender::MaximumIntensity, VoVolRender::SumIntensity}) {
-            module->CompositionMethod(composition);
-            module->SetModified();
-            RunPass();
-            seen = Picture(*module).At(40, 80);
-            EXPECT_TRUE(seen.g > 200 && seen.r < 60) << composition << ": " << Text(seen);
+        // Maximum and sum intensity both reach full red and full green along the
+        // ray; without their blend extensions both draw as alpha blending.
+        for (const bool blending : {true, false}) {
+            SoGLExtManager::getInstance()->setDisabled(
+                blending ? 0 : SoGLExtension::BlendEquation | SoGLExtension::BlendColor);
+            for (const uint32_t composition : {VoVolRender::MaximumIntensity, VoVolRender::SumIntensity}) {
+                module->CompositionMethod(composition);
+                Rerun(module);
+                seen = Picture(*module).At(40, 80);
+                EXPECT_TRUE(blending ? seen.r > 200 && seen.g > 200 : seen.g > 200 && seen.r < 60)
+                    << composition << ": " << Text(seen);
+            }
         }
         SoGLExtManager::getInstance()->setDisabled(0);
         network().DeleteAllNodes();
@@ -200,16 +153,22 @@ TEST_F(VolRenderTest, FallbacksAreLoggedOnceAndStillDraw)
     // The context cannot do paletted or 3-D textures after all: the node
     // falls back to RGBA 2-D textures and says so once.
     SoGLExtManager::getInstance()->setDisabled(SoGLExtension::PalettedTexture | SoGLExtension::Texture3D);
-    LogCapture log;
+    const int level = shr::g_Logger.GetMaxLevel();
+    shr::g_Logger.SetMaxLevel(SoLogMessage::kLevel);
+    testsupport::LogCapture log;
     for (int drawing = 0; drawing < 2; ++drawing)
         EXPECT_GT(Picture(*module).At(40, 80).r, 200);
-    EXPECT_EQ(log.Count("Turned off paletted textures"), 1);
-    EXPECT_EQ(log.Count("Turned off 3D Textures"), 1);
+    shr::g_Logger.SetMaxLevel(level);
+    const auto lines = log.Lines();
+    for (const std::string text : {"Turned off paletted textures", "Turned off 3D Textures"})
+        EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
+                                [&](const auto& line) { return line.second.find(text) != std::string::npos; }),
+                  1)
+            << text;
     EXPECT_EQ(module->Volume()->GetRenderMethod(), InvVolume::Textures3D) << "the setting stays";
 
     // The module's next run learns it and resets itself, with the message.
-    module->SetModified();
-    RunPass();
+    Rerun(module);
     EXPECT_EQ(module->Method(), VoVolRender::Textures2D);
     EXPECT_EQ(proxy.LastError(), "VolRender: 3D Texture support is not available on the current hardware.  "
                                  "Resetting to 2D rendering.");
@@ -219,8 +178,7 @@ TEST_F(VolRenderTest, FlatLatticeResetsToTwoDimensionalTexturesAndDraws)
 {
     auto* module = Volume(Cube(8, 1, [](unsigned i, unsigned, unsigned) { return i < 4 ? 1.0 : 0.0; }),
                           VoVolRender::Textures3D);
-    RunPass();
-    EXPECT_EQ(module->GetStatus(), VoModule::ModuleOk);
+    Pass({module});
     EXPECT_EQ(module->Method(), VoVolRender::Textures2D);
     ASSERT_EQ(proxy.Errors().size(), 1u);
     EXPECT_EQ(proxy.Errors()[0], "3D volume rendering cannot be used with 2D lattices.  Resetting to 2D rendering.");
@@ -248,23 +206,8 @@ TEST_F(VolRenderTest, RowsKeepTheirLimitsAndTheStoredFormRoundTrips)
     original.UsePalette(false);
     original.Opacity(0.5);
     original.GetColorMap().AddColorNode(0.5, kRed);
-    std::vector<unsigned char> bytes = testsupport::Store(original);
-    VoVolRender copy;
-    EXPECT_EQ(testsupport::Load(copy, bytes), 0u);
-    EXPECT_EQ(copy.NumSlices(), 0x017c3bu);
-    EXPECT_EQ(copy.Method(), VoVolRender::Textures3D);
-    EXPECT_EQ(copy.CompositionMethod(), VoVolRender::MaximumIntensity);
-    EXPECT_EQ(copy.InterpolationMethod(), VoVolRender::NearestNeighbor);
-    EXPECT_FALSE(copy.UsePalette());
-    EXPECT_DOUBLE_EQ(copy.Opacity(), 0.5);
-    EXPECT_TRUE(copy.GetColorMap().Equivalent(original.GetColorMap(), true));
-
     // A cut archive and settings out of range are refused, and change nothing.
-    for (size_t cut : {size_t(1), bytes.size() / 2}) {
-        VoVolRender target;
-        EXPECT_THROW(testsupport::Load(target, bytes, cut), shr::Exception) << cut;
-        EXPECT_EQ(target.NumSlices(), 200u);
-    }
+    std::vector<unsigned char> bytes = testsupport::ExpectRoundTrip(original, {1, 100});
     // The method is stored right after the slice count.
     const unsigned char slices[4] = {0x3b, 0x7c, 0x01, 0};
     const auto at = std::search(bytes.begin(), bytes.end(), slices, slices + 4);
