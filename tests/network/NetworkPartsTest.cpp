@@ -36,44 +36,42 @@ using ProgressTest = ScriptedNetworkTest;
 
 TEST_F(ProgressTest, DisplayRules)
 {
-    struct Case {
+    const long never = std::numeric_limits<int32_t>::max();
+    const struct {
         const char* name;
-        long delay;
+        bool flag;
+        long delay, interval;
         std::vector<double> updates;
-        const char* textBeforeDisplay;
+        const char* textBefore; // set before the first update
+        const char* textAfter;  // set after it
         std::vector<std::string> events;
         std::vector<double> shown;
+    } cases[] = {
+        {"within the delay nothing shows", true, never, never, {0.1, 0.5, 0.9}, nullptr, nullptr, {}, {}},
+        {"fractions are clamped", true, -1, -1, {1.7, -0.2, 0.25}, nullptr, nullptr, {"push:Work:1", "pop"},
+         {1.0, 0.0, 0.25}},
+        {"text set before the display is pushed", true, -1, -1, {0.5}, "Renamed", nullptr,
+         {"push:Renamed:1", "pop"}, {0.5}},
+        {"text after the display goes to the host; within the interval nothing shows", false, -1, never,
+         {0.25, 0.5}, nullptr, "Phase two", {"push:Work:0", "text:Phase two", "pop"}, {0.25}},
     };
-    const long never = std::numeric_limits<int32_t>::max();
-    const Case cases[] = {
-        {"within the delay nothing shows", never, {0.1, 0.5, 0.9}, nullptr, {}, {}},
-        {"fractions are clamped", -1, {1.7, -0.2, 0.25}, nullptr, {"push:Work:1", "pop"}, {1.0, 0.0, 0.25}},
-        {"text set before the display is pushed", -1, {0.5}, "Renamed", {"push:Renamed:1", "pop"}, {0.5}},
-    };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         proxy->events.clear();
         proxy->fractions.clear();
         {
-            VbProgress progress("Work", 1, c.delay, c.delay);
-            if (c.textBeforeDisplay)
-                progress.SetText(c.textBeforeDisplay);
-            for (double fraction : c.updates)
-                EXPECT_TRUE(progress.Update(fraction)) << c.name;
+            VbProgress progress("Work", c.flag, c.delay, c.interval);
+            if (c.textBefore)
+                progress.SetText(c.textBefore);
+            for (double fraction : c.updates) {
+                EXPECT_TRUE(progress.Update(fraction));
+                if (c.textAfter && fraction == c.updates.front())
+                    progress.SetText(c.textAfter);
+            }
         }
-        EXPECT_EQ(c.events, proxy->events) << c.name;
-        EXPECT_EQ(c.shown, proxy->fractions) << c.name;
+        EXPECT_EQ(c.events, proxy->events);
+        EXPECT_EQ(c.shown, proxy->fractions);
     }
-    // Text after the display goes to the host; an update within the interval is not shown.
-    proxy->events.clear();
-    proxy->fractions.clear();
-    {
-        VbProgress progress("Work", 0, -1, never);
-        EXPECT_TRUE(progress.Update(size_t(1), size_t(4)));
-        progress.SetText("Phase two");
-        EXPECT_TRUE(progress.Update(0.5));
-    }
-    EXPECT_EQ((std::vector<std::string>{"push:Work:0", "text:Phase two", "pop"}), proxy->events);
-    EXPECT_EQ((std::vector<double>{0.25}), proxy->fractions);
 }
 
 TEST(UiProxyTest, TheLatestProxyIsActiveUntilAnyIsDestroyed)
@@ -87,11 +85,9 @@ TEST(UiProxyTest, TheLatestProxyIsActiveUntilAnyIsDestroyed)
         }
         EXPECT_EQ(fallback, UiProxy::Instance()) << "destroying any proxy leaves the default";
     }
-    // The default does nothing and does not fail. A worksheet request takes a
-    // reference for the view; with no view to hold it, the default gives it
-    // back, so the data can still be freed (checked by the address sanitizer).
-    fallback->StatusMsg("%s", "quiet");
-    fallback->Progress(0.5);
+    // A worksheet request takes a reference for the view; with no view to hold
+    // it, the default proxy gives it back, so the data can still be freed
+    // (checked by the address sanitizer).
     const VdData* data = new TestData;
     data->AddRef(); // the module's port
     data->AddRef(); // the request, as a source module makes it
@@ -111,12 +107,8 @@ TEST(CoreErrorTest, CodesGiveTheirTextsAndTheCallSite)
 {
     const std::tuple<int, std::function<void()>, std::string> cases[] = {
         {0, [] { CORE_THROW(0, "Free text %d", 3); }, "Free text 3"},
-        {2, [] { CORE_THROW(2, 'X'); }, "The minimum X limit must be less than the maximum."},
-        {5, [] { CORE_THROW(5, "Isosurface", "lattice"); }, "Type mismatch: Isosurface requires a lattice for input."},
         {31, [] { CORE_THROW(31, 'Z', 250.0, 0.5); },
          "Too many labels for the Z axis (250).\nIncrease the label increment to at least 0.5"},
-        {43, [] { CORE_THROW(43, 12u, "map.txt"); }, "Line 12 in file 'map.txt' is out of order."},
-        {46, [] { CORE_THROW(46); }, "Insufficient memory to perform operation"},
         {1, [] { CORE_THROW(1); }, std::string("Internal Error.  An internal inconsistency has been detected.\nPlease "
                                                "report this to Corvant at ") + kSupportAddress},
     };
@@ -125,11 +117,7 @@ TEST(CoreErrorTest, CodesGiveTheirTextsAndTheCallSite)
         EXPECT_EQ(text, raised.message) << code;
         EXPECT_EQ(code, raised.code);
         EXPECT_EQ("Core", raised.component);
-    }
-    try {
-        CORE_THROW(2, 'Y');
-    } catch (const shr::Exception& e) {
-        EXPECT_NE(std::string::npos, e.File().find("NetworkPartsTest.cpp")) << "the call site's file";
+        EXPECT_NE(std::string::npos, raised.file.find("NetworkPartsTest.cpp")) << "the call site's file";
     }
     EXPECT_NO_THROW(CORE_THROW(47));
     EXPECT_NO_THROW(CORE_THROW(-1));
@@ -137,7 +125,7 @@ TEST(CoreErrorTest, CodesGiveTheirTextsAndTheCallSite)
         EXPECT_NE(nullptr, CoreErrorFormat(code)) << code;
 }
 
-TEST(RegistryTest, LookupByLastPathComponentInByteOrder)
+TEST(RegistryTest, LookupMatchesCompatibilityAndCreation)
 {
     const VbModuleRegistry& registry = VbModuleRegistry::Instance();
     EXPECT_EQ(&s_Filter, registry.Construct("NetTestFilter"));
@@ -158,10 +146,8 @@ TEST(RegistryTest, LookupByLastPathComponentInByteOrder)
         << "the last component is the key, whatever the category";
     EXPECT_THROW(VbModuleRegistry::Instance().Register(nullptr), shr::Exception);
     EXPECT_EQ(before, registry.size());
-}
 
-TEST(RegistryTest, MatchesCompatibilityAndCreation)
-{
+    // Matches by source type, compatibility and creation.
     const std::pair<unsigned int, std::vector<std::string>> matches[] = {
         {0, {"NetTestSource", "NetTesta"}},
         {16, {"NetTestGeom", "NetTestInfo"}},
@@ -170,7 +156,7 @@ TEST(RegistryTest, MatchesCompatibilityAndCreation)
     };
     for (const auto& [mask, expected] : matches) {
         std::vector<const VbModuleInfo*> result{&s_Geom};
-        VbModuleRegistry::Instance().MatchSourceType(mask, result);
+        registry.MatchSourceType(mask, result);
         EXPECT_EQ(&s_Geom, result.front()) << "the result is appended to, not cleared";
         result.erase(result.begin());
         EXPECT_EQ(expected, Ours(result)) << "mask " << mask;
@@ -180,7 +166,6 @@ TEST(RegistryTest, MatchesCompatibilityAndCreation)
     EXPECT_FALSE(VbModuleRegistry::IsCompatible(&s_Info, &s_Info)) << "no outputs: compatible with nothing";
     EXPECT_FALSE(VbModuleRegistry::IsCompatible(nullptr, &s_Info));
     EXPECT_EQ("No help available", s_Geom.HelpString());
-    EXPECT_EQ(s_Source.Module(), TestModule::s_ModuleInfo.Module()) << "same binary, same handle";
 
     std::unique_ptr<VoModule> made = s_Source.CreateInstance();
     ASSERT_TRUE(made);
@@ -196,8 +181,6 @@ TEST(ModuleIdTest, ArithmeticAndText)
     EXPECT_EQ(VbModuleId::Maximum(), id);
     VbModuleId below(VbModuleId::Maximum().Value() - 1);
     EXPECT_EQ(VbModuleId::Maximum(), ++below);
-    EXPECT_EQ(INT64_MAX - 1, VbModuleId::Maximum().Value());
-    EXPECT_TRUE(VbModuleId().IsBad());
     EXPECT_TRUE(VbModuleId(-1) < VbModuleId::Bad());
 
     const struct {

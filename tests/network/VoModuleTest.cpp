@@ -13,32 +13,12 @@ namespace {
 
 using ModuleTimeStampTest = ScriptedNetworkTest;
 
-TEST_F(ModuleTimeStampTest, ModulesRunOnceAndThenOnlyAfterAChangeUpstream)
-{
-    TestModule* source = Add("Source", 0, Output::Data);
-    TestModule* a = Add("A", 1);
-    TestModule* b = Add("B", 1);
-    TestModule* other = Add("Other", 0);
-    Link(a, source);
-    Link(b, source);
-    RunPass();
-    // Visited through A and again through B, executed once.
-    EXPECT_EQ((std::vector<std::string>{"Source", "A", "B", "Other"}), ExecutionLog());
-    RunPass();
-    EXPECT_EQ(1, source->executions) << "an unchanged module must not run again";
-    source->SetModified();
-    EXPECT_EQ(VoModule::ModuleStale, source->GetStatus());
-    RunPass();
-    EXPECT_EQ(2, source->executions);
-    EXPECT_EQ(2, b->executions);
-    EXPECT_EQ(1, other->executions);
-}
-
-TEST_F(ModuleTimeStampTest, CachedOutputSkipsOneExecutionAndTriggersConsumers)
+TEST_F(ModuleTimeStampTest, CachedAbortedAndFailedSources)
 {
     TestModule* source = Add("Source", 0, Output::Data);
     TestModule* consumer = Add("Consumer", 1);
     Link(consumer, source);
+    // A cached output skips one execution and triggers the consumers.
     VdData* restored = source->GetOutputData(0);
     source->SetCachedOutput(true);
     consumer->inputChanges.clear();
@@ -48,44 +28,30 @@ TEST_F(ModuleTimeStampTest, CachedOutputSkipsOneExecutionAndTriggersConsumers)
     EXPECT_EQ(restored, source->GetOutputData(0));
     EXPECT_EQ((std::vector<int>{0}), consumer->inputChanges) << "consumers are told of the restored output";
     EXPECT_FALSE(source->IsCachingOutput());
+
+    // An abort stops the pass.
+    TestModule* later = Add("Later", 0);
+    source->behaviour.result = VoModule::ModuleAborted;
     source->SetModified();
     RunPass();
     EXPECT_EQ(1, source->executions);
-}
-
-TEST_F(ModuleTimeStampTest, AbortedModuleRunsAgainAndStopsThePass)
-{
-    TestModule* source = Add("Source", 0, Output::Data);
-    TestModule* consumer = Add("Consumer", 1);
-    TestModule* later = Add("Later", 0);
-    Link(consumer, source);
-    source->behaviour.result = VoModule::ModuleAborted;
-    RunPass();
     EXPECT_EQ(VoModule::ModuleAborted, source->GetStatus());
-    EXPECT_EQ(0, consumer->executions) << "consumers keep their old output";
+    EXPECT_EQ(1, consumer->executions) << "consumers keep their old output";
     EXPECT_EQ(0, later->executions) << "a false Update stops the pass";
-    EXPECT_EQ(0, proxy->afterUpdates);
-
-    source->behaviour.result = VoModule::ModuleOk;
-    RunPass();
-    EXPECT_EQ(2, source->executions) << "nothing changed, yet the aborted module runs";
-    EXPECT_EQ(1, consumer->executions);
-    EXPECT_EQ(1, later->executions);
     EXPECT_EQ(1, proxy->afterUpdates);
-}
 
-TEST_F(ModuleTimeStampTest, FailuresAreReported)
-{
-    TestModule* source = Add("Source", 0, Output::Data);
-    TestModule* consumer = Add("Consumer", 1);
-    Link(consumer, source);
+    // Nothing changed, yet the aborted module runs; this time it fails.
+    source->behaviour.result = VoModule::ModuleOk;
     source->behaviour.throwShared = true;
     RunPass();
+    EXPECT_EQ(2, source->executions);
     EXPECT_EQ(VoModule::ModuleFailed, source->GetStatus());
-    EXPECT_EQ(1, consumer->executions) << "a failed module does not stop the pass";
+    EXPECT_EQ(2, consumer->executions) << "a failed module does not stop the pass";
+    EXPECT_EQ(1, later->executions);
+    EXPECT_EQ(2, proxy->afterUpdates);
     EXPECT_EQ((std::vector<std::string>{"Source failed"}), proxy->Errors());
     RunPass();
-    EXPECT_EQ(1, source->executions) << "a failed module waits for a change";
+    EXPECT_EQ(2, source->executions) << "a failed module waits for a change";
 
     // A standard exception ends the pass, but not the thread.
     proxy->Clear();
@@ -104,30 +70,33 @@ TEST_F(ModuleTimeStampTest, FailuresAreReported)
 
 using ModuleLinkTest = ScriptedNetworkTest;
 
-TEST_F(ModuleLinkTest, ConnectReplacesTheLinkOfAnInput)
+TEST_F(ModuleLinkTest, LinksAreReplacedAndRemovedOnBothEnds)
 {
     TestModule* first = Add("First", 0, Output::Data);
-    TestModule* second = Add("Second", 0, Output::Data);
-    TestModule* consumer = Add("Consumer", 1);
-    Link(consumer, first);
-    Link(consumer, second);
-    EXPECT_TRUE(first->GetOutput(0)->empty());
-    EXPECT_EQ(1u, consumer->GetInput(0)->size());
-    EXPECT_EQ(second->GetOutputData(0), consumer->GetInputData(0));
-
-    Link(consumer, nullptr);
-    EXPECT_TRUE(consumer->GetInput(0)->empty());
-    EXPECT_TRUE(second->GetOutput(0)->empty());
-    EXPECT_EQ(nullptr, consumer->GetInputData(0));
-}
-
-TEST_F(ModuleLinkTest, DeletingAMiddleModuleMarksOnlyDownstreamModified)
-{
     TestModule* source = Add("Source", 0, Output::Data);
     TestModule* middle = Add("Middle", 1, Output::Data);
-    TestModule* sink = Add("Sink", 1);
+    TestModule* sink = Add("Sink", 1, Output::Data);
+    Link(sink, first);
+    Link(sink, nullptr);
+    EXPECT_TRUE(sink->GetInput(0)->empty());
+    EXPECT_TRUE(first->GetOutput(0)->empty());
+    EXPECT_EQ(nullptr, sink->GetInputData(0));
+    Link(middle, first);
     Link(middle, source);
+    EXPECT_TRUE(first->GetOutput(0)->empty()) << "a new link replaces the input's old one";
+    EXPECT_EQ(1u, middle->GetInput(0)->size());
+    EXPECT_EQ(source->GetOutputData(0), middle->GetInputData(0));
+
     Link(sink, middle);
+    EXPECT_TRUE(network().PathExists(*source, *sink));
+    EXPECT_FALSE(network().PathExists(*sink, *source));
+    EXPECT_FALSE(network().PathExists(*middle, *middle));
+    EXPECT_FALSE(network().ConnectNodes(*middle, sink, 0, true)) << "a cycle is refused and changes nothing";
+    EXPECT_FALSE(network().ConnectNodes(*middle, middle, 0, true));
+    EXPECT_EQ(source->GetOutputData(0), middle->GetInputData(0));
+    EXPECT_TRUE(sink->GetOutput(0)->empty());
+
+    // Deleting the middle module marks only what is downstream modified.
     RunPass();
     sink->inputChanges.clear();
 
@@ -196,16 +165,7 @@ TEST(ModulePersistenceTest, RoundTripWithAndWithoutLinks)
     TestModule consumer("Consumer", 1, Output::Geometry);
     consumer.Connect(&source, 0, false);
     consumer.ShowGeometry(false, false);
-    std::vector<unsigned char> bytes;
-    {
-        shr::Archive out(bytes);
-        shr::CTypedObject* object = &consumer;
-        out.TransferObject(object);
-    }
-    shr::Archive in(bytes.data(), bytes.size());
-    shr::CTypedObject* object = nullptr;
-    in.TransferObject(object);
-    std::unique_ptr<TestModule> loaded(dynamic_cast<TestModule*>(object));
+    std::unique_ptr<TestModule> loaded = LoadObject<TestModule>(StoreObject(&consumer));
     ASSERT_TRUE(loaded);
     std::unique_ptr<VoModule> loadedSource(loaded->GetInputConnection(0, 0));
     ASSERT_TRUE(loadedSource);
@@ -214,15 +174,8 @@ TEST(ModulePersistenceTest, RoundTripWithAndWithoutLinks)
     EXPECT_EQ(VoModule::ModuleStale, loaded->GetStatus());
 
     // Without the connections flag no links are stored.
-    bool links = false;
-    bytes.clear();
-    {
-        shr::Archive out(bytes);
-        out.ConnectionsFlag = &links;
-        consumer.Serialize(out);
-    }
     TestModule alone("", 1, Output::Geometry);
-    EXPECT_EQ(0u, Load(alone, bytes));
+    EXPECT_EQ(0u, Load(alone, StoreUnlinked(consumer)));
     EXPECT_TRUE(alone.GetInput(0)->empty());
 }
 

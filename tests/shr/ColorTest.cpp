@@ -21,7 +21,7 @@ namespace {
 
 } // namespace
 
-TEST(Color4b, EveryMethodKeepsTheEndsAndClampsTheFraction)
+TEST(Color4b, EveryMethodKeepsTheEndsClampsTheFractionAndHasItsMidpoints)
 {
     const Color4b a(10, 200, 30, 0), b(250, 20, 130, 255);
     for (int m = 0; m < Color4b::InterpMethodCount; ++m) {
@@ -31,10 +31,8 @@ TEST(Color4b, EveryMethodKeepsTheEndsAndClampsTheFraction)
         EXPECT_EQ(Color4b::Interp(a, b, -5.0, method), Color4b::Interp(a, b, 0.0, method)) << m;
         EXPECT_EQ(Color4b::Interp(a, b, 7.0, method), Color4b::Interp(a, b, 1.0, method)) << m;
     }
-}
 
-TEST(Color4b, MidpointsOfEachMethod)
-{
+    // Midpoints of each method.
     const Color4b red = Color4b::Red, blue = Color4b::Blue;
     struct Row {
         Color4b::InterpMethod method;

@@ -11,7 +11,6 @@
 
 #include <map>
 #include <memory>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -22,7 +21,7 @@ namespace {
 using shr::Exception;
 using testsupport::RaisedText;
 
-// ---- StringLess / StringEquivalent / PairFirstLess ----------------------
+// ---- StringLess / StringEquivalent --------------------------------------
 
 TEST(StringLessTest, OrdersIgnoringCaseBytewise)
 {
@@ -41,14 +40,6 @@ TEST(StringLessTest, OrdersIgnoringCaseBytewise)
         EXPECT_EQ(shr::StringLess()(c.a, c.b), c.less);
         EXPECT_EQ(shr::StringEquivalent()(c.a, c.b), c.equivalent);
     }
-
-    // PairFirstLess ignores the second member.
-    std::set<std::pair<unsigned, std::string>, shr::PairFirstLess> labels;
-    EXPECT_TRUE(labels.insert({3, "c"}).second);
-    EXPECT_TRUE(labels.insert({1, "a"}).second);
-    EXPECT_FALSE(labels.insert({3, "other"}).second);
-    EXPECT_EQ(labels.begin()->second, "a");
-    EXPECT_EQ(labels.rbegin()->second, "c");
 }
 
 // ---- SimpleUniqueStorage --------------------------------------------------
@@ -81,11 +72,14 @@ TEST(SimpleUniqueStorageTest, InsertKeepsOrderRefusesEqualKeysFindsAndErases)
     EXPECT_FALSE(storage.Insert(&duplicate));
     EXPECT_EQ(storage.size(), 5u);
     EXPECT_EQ(storage.Find(3)->name, "c");
+    EXPECT_EQ(RaisedText([&] { storage.Insert(nullptr); }), "Shared: Invalid item insertion request in unique storage.");
+    EXPECT_EQ(storage.size(), 5u);
 
     Item last{10, "j"}, first{0, "z"};
     EXPECT_TRUE(storage.Insert(&last));
     EXPECT_TRUE(storage.Insert(&first));
     EXPECT_EQ(Ids(storage), (std::vector<int>{0, 1, 3, 5, 7, 9, 10}));
+    EXPECT_EQ(storage[2]->name, "c");
 
     const struct {
         int key;
@@ -106,34 +100,6 @@ TEST(SimpleUniqueStorageTest, InsertKeepsOrderRefusesEqualKeysFindsAndErases)
     EXPECT_TRUE(storage.empty());
     EXPECT_EQ(RaisedText([&] { storage.Contains(nullptr); }),
               "Shared: Invalid item retrieval request in unique storage.");
-}
-
-struct NameOf {
-    const std::string& operator()(const std::shared_ptr<Item>& item) const { return item->name; }
-};
-
-TEST(SimpleUniqueStorageTest, SharedItemsByCaseInsensitiveName)
-{
-    shr::SimpleUniqueStorage<std::shared_ptr<Item>, std::string, shr::StringLess, NameOf> storage;
-    for (const char* name : {"Gamma", "alpha", "Beta", "delta"})
-        EXPECT_TRUE(storage.Insert(std::make_shared<Item>(Item{0, name})));
-    EXPECT_FALSE(storage.Insert(std::make_shared<Item>(Item{0, "BETA"})));
-
-    std::vector<std::string> names;
-    for (const auto& item : storage)
-        names.push_back(item->name);
-    EXPECT_EQ(names, (std::vector<std::string>{"alpha", "Beta", "delta", "Gamma"}));
-
-    std::weak_ptr<Item> beta = storage.Find("beta");
-    EXPECT_FALSE(beta.expired());
-    std::shared_ptr<Item> removed = storage.Erase("BETA");
-    ASSERT_TRUE(removed);
-    removed.reset();
-    EXPECT_TRUE(beta.expired()); // the storage let go of its share
-    EXPECT_EQ(storage.size(), 3u);
-    EXPECT_EQ(storage[1]->name, "delta");
-    EXPECT_EQ(RaisedText([&] { storage.Insert(nullptr); }), "Shared: Invalid item insertion request in unique storage.");
-    EXPECT_EQ(storage.size(), 3u);
 }
 
 // ---- Flyweight, Factory --------------------------------------------------
@@ -194,8 +160,6 @@ TEST(ArrayTest, GrowsAndChecksIndices)
     EXPECT_EQ(values, (shr::Array<double>{1.5, 3.5}));
     EXPECT_THROW(values.At(2), Exception);
     EXPECT_THROW(values.RemoveAt(5), Exception);
-    values.Resize(4, 9.0);
-    EXPECT_EQ(values.At(3), 9.0);
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 namespace testsupport {
@@ -136,37 +137,31 @@ inline std::vector<double> ComponentValues(const core::VdVertexData& data, unsig
 }
 
 // A float lattice of nx x ny x nz nodes holding f(i, j, k), spacing 1 from
-// `origin`.
+// `origin`: one component where f gives a number, three where it gives a vector.
 template <class F>
 core::VdUniformLattice* NodeLattice(unsigned int nx, unsigned int ny, unsigned int nz, F f,
                                     shr::Vec3d origin = shr::Vec3d(0, 0, 0))
 {
+    constexpr bool vectors = std::is_same_v<std::decay_t<decltype(f(0u, 0u, 0u))>, shr::Vec3d>;
     const unsigned int dims[3] = {nx, ny, nz};
-    std::vector<float> values;
-    for (unsigned int k = 0; k < nz; ++k)
-        for (unsigned int j = 0; j < ny; ++j)
-            for (unsigned int i = 0; i < nx; ++i)
-                values.push_back(static_cast<float>(f(i, j, k)));
-    auto* lattice = new core::VdUniformLattice(shr::Float, dims, values.data(), 1);
+    const auto value = [&](unsigned int i, unsigned int j, unsigned int k, unsigned int c) {
+        if constexpr (vectors)
+            return f(i, j, k)[c];
+        else
+            return double(f(i, j, k));
+    };
+    const std::vector<double> values = NodeValues(dims, vectors ? 3 : 1, value);
+    const std::vector<float> floats(values.begin(), values.end());
+    auto* lattice = new core::VdUniformLattice(shr::Float, dims, floats.data(), vectors ? 3 : 1);
     lattice->SetUVWBounds(shr::Box3d(origin, origin + shr::Vec3d(nx - 1.0, ny - 1.0, nz - 1.0)));
     return lattice;
 }
 
-// The same with three float components: the vector f(i, j, k) at each node.
+// NodeLattice of a vector field.
 template <class F>
 core::VdUniformLattice* VectorLattice(unsigned int nx, unsigned int ny, unsigned int nz, F f)
 {
-    const unsigned int dims[3] = {nx, ny, nz};
-    std::vector<float> values;
-    for (unsigned int k = 0; k < nz; ++k)
-        for (unsigned int j = 0; j < ny; ++j)
-            for (unsigned int i = 0; i < nx; ++i) {
-                const shr::Vec3d v = f(i, j, k);
-                values.insert(values.end(), {float(v.x), float(v.y), float(v.z)});
-            }
-    auto* lattice = new core::VdUniformLattice(shr::Float, dims, values.data(), 3);
-    lattice->SetUVWBounds(shr::Box3d(shr::Vec3d(0, 0, 0), shr::Vec3d(nx - 1.0, ny - 1.0, nz - 1.0)));
-    return lattice;
+    return NodeLattice(nx, ny, nz, f);
 }
 
 using Field = std::function<double(const shr::Vec3d& uvw, unsigned int component)>;
@@ -174,26 +169,21 @@ using Field = std::function<double(const shr::Vec3d& uvw, unsigned int component
 const unsigned int kLatticeKinds[3] = {core::PortUniformLattice, core::PortRectilinearLattice,
                                        core::PortCurvilinearLattice};
 
-// Node (i, j, k) of each kind: uniform from (10, -4, 2) with spacing
-// (1.5, 2, 0.5); rectilinear with uneven steps; curvilinear sheared, every
-// cell a parallelepiped, so that a linear field stays linear in each cell.
-inline shr::Vec3d KindPosition(unsigned int kind, unsigned int i, unsigned int j, unsigned int k)
-{
-    if (kind == core::PortUniformLattice)
-        return shr::Vec3d(10 + 1.5 * i, -4 + 2.0 * j, 2 + 0.5 * k);
-    if (kind == core::PortRectilinearLattice)
-        return shr::Vec3d(10 + 1.5 * i + 0.4 * (i % 2), -4 + 2.0 * j + 0.7 * (j % 2), 2 + 0.5 * k + 0.1 * (k % 2));
-    return shr::Vec3d(10 + 1.5 * i + 0.5 * j, -4 + 2.0 * j + 0.3 * k, 2 + 0.5 * k + 0.2 * i);
-}
-
 // A lattice of `kind` (the port bit of uniform, rectilinear or curvilinear)
-// whose node (i, j, k) stands at KindPosition and holds field(position, c) as
-// `type`.
+// whose node (i, j, k) holds field(position, c) as `type`: uniform from
+// (10, -4, 2) with spacing (1.5, 2, 0.5); rectilinear with uneven steps;
+// curvilinear sheared, every cell a parallelepiped, so that a linear field
+// stays linear in each cell.
 inline std::unique_ptr<core::VdLattice> SpacedLattice(unsigned int kind, const unsigned int* dims, shr::PrimType type,
                                                       unsigned int components, const Field& field)
 {
-    const auto place = [kind](double i, double j, double k) {
-        return KindPosition(kind, unsigned(i), unsigned(j), unsigned(k));
+    const auto place = [kind](double x, double y, double z) {
+        const unsigned int i = unsigned(x), j = unsigned(y), k = unsigned(z);
+        if (kind == core::PortUniformLattice)
+            return shr::Vec3d(10 + 1.5 * i, -4 + 2.0 * j, 2 + 0.5 * k);
+        if (kind == core::PortRectilinearLattice)
+            return shr::Vec3d(10 + 1.5 * i + 0.4 * (i % 2), -4 + 2.0 * j + 0.7 * (j % 2), 2 + 0.5 * k + 0.1 * (k % 2));
+        return shr::Vec3d(10 + 1.5 * i + 0.5 * j, -4 + 2.0 * j + 0.3 * k, 2 + 0.5 * k + 0.2 * i);
     };
     std::unique_ptr<core::VdLattice> lattice;
     if (kind == core::PortUniformLattice) {

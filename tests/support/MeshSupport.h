@@ -22,11 +22,6 @@ using Field = std::function<double(double, double, double)>;
 
 enum class Kind { Uniform, Rectilinear, Curvilinear };
 
-inline double Coordinate(unsigned int n, unsigned int count, double lo, double hi)
-{
-    return lo + n * ((hi - lo) / (count - 1));
-}
-
 // `field` sampled as floats on n^3 nodes spanning [lo, hi] on each axis. The
 // rectilinear and curvilinear kinds get the very same node coordinates as the
 // uniform one, unless `stretch` bends the rectilinear axes (x -> x + s x^3).
@@ -36,7 +31,7 @@ inline std::unique_ptr<core::VdLattice> Sample(Kind kind, const unsigned int dim
     std::vector<double> axes[3];
     for (int a = 0; a < 3; ++a)
         for (unsigned int n = 0; n < dims[a]; ++n) {
-            const double c = Coordinate(n, dims[a], lo, hi);
+            const double c = lo + n * ((hi - lo) / (dims[a] - 1));
             axes[a].push_back(kind == Kind::Rectilinear ? c + stretch * c * c * c : c);
         }
     std::vector<float> values;

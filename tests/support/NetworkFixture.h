@@ -120,15 +120,16 @@ protected:
     core::VoLatticeSrc* source = nullptr; // the latest made by Feed
 };
 
-// Keeps the host's error reports too; a test may put a proxy of its own in
-// `proxy` (resetting the old one first: removing a proxy reinstates the
-// default one).
-class ReportingNetworkTest : public NetworkFixture {
+// Keeps the host's error reports too, in a Proxy made for each test; a test
+// may put a proxy of its own in `proxy` (resetting the old one first:
+// removing a proxy reinstates the default one).
+template <class Proxy>
+class ProxyNetworkTest : public NetworkFixture {
 protected:
     void SetUp() override
     {
         NetworkFixture::SetUp();
-        proxy = std::make_unique<ErrorProxy>();
+        proxy = std::make_unique<Proxy>();
     }
     void TearDown() override
     {
@@ -138,8 +139,9 @@ protected:
     // The last error the host was told of, or "".
     std::string LastError() { return proxy->LastError(); }
 
-    std::unique_ptr<ErrorProxy> proxy;
+    std::unique_ptr<Proxy> proxy;
 };
+class ReportingNetworkTest : public ProxyNetworkTest<ErrorProxy> {};
 
 // Feeds modules data of any kind, each from a source of its own.
 class DataNetworkTest : public ReportingNetworkTest {

@@ -97,18 +97,12 @@ void ExpectConsistentLinks(const core::VoNetwork& network)
 
 void ScriptedNetworkTest::SetUp()
 {
-    NetworkFixture::SetUp();
+    NetworkFixture::SetUp(); // the proxy comes after the pass below
     // A pass over the empty network clears an abort left by an earlier test.
     RunPass();
     network().SetModified(false);
     ExecutionLog().clear();
     proxy = std::make_unique<RecordingProxy>();
-}
-
-void ScriptedNetworkTest::TearDown()
-{
-    NetworkFixture::TearDown();
-    proxy.reset();
 }
 
 std::vector<SoNode*> ScriptedNetworkTest::RootChildren() const

@@ -95,10 +95,9 @@ private:
 void ExpectConsistentLinks(const core::VoNetwork& network);
 
 // A started, empty network with a recording proxy installed.
-class ScriptedNetworkTest : public NetworkFixture {
+class ScriptedNetworkTest : public ProxyNetworkTest<RecordingProxy> {
 protected:
     void SetUp() override;
-    void TearDown() override;
 
     template <class... Args>
     TestModule* Add(Args&&... args)
@@ -107,8 +106,6 @@ protected:
     }
     // The children of the scene root.
     std::vector<SoNode*> RootChildren() const;
-
-    std::unique_ptr<RecordingProxy> proxy;
 };
 
 } // namespace testsupport

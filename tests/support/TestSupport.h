@@ -18,8 +18,8 @@
 #include <functional>
 #include <initializer_list>
 #include <iterator>
+#include <memory>
 #include <mutex>
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -31,6 +31,7 @@ struct Raised {
     std::string component;
     std::string message;
     int code = -1;
+    std::string file;
 };
 
 inline Raised RaisedBy(const std::function<void()>& action)
@@ -38,7 +39,7 @@ inline Raised RaisedBy(const std::function<void()>& action)
     try {
         action();
     } catch (const shr::Exception& e) {
-        return {e.Component(), e.Message(), e.Code()};
+        return {e.Component(), e.Message(), e.Code(), e.File()};
     }
     return {};
 }
@@ -60,20 +61,38 @@ std::vector<unsigned char> Store(T& object, int version = shr::Archive::CurrentV
     return bytes;
 }
 
-// Reads all but the last `cut` bytes into `object`; returns the bytes left unread.
-// A failed load leaves what it made to the caller, as a host's loader is left
-// it: this disposes of it and throws on.
+// The stored form of a module without its links, as a module on its own.
 template <class T>
-uint64_t Load(T& object, const std::vector<unsigned char>& bytes, size_t cut = 0, const char* path = "")
+std::vector<unsigned char> StoreUnlinked(T& module)
 {
-    shr::Archive archive(bytes.data(), bytes.size() - cut, path);
+    std::vector<unsigned char> bytes;
+    shr::Archive archive(bytes);
+    bool links = false;
+    archive.ConnectionsFlag = &links;
+    module.Serialize(archive);
+    return bytes;
+}
+
+// Runs `read`. A failed load leaves what `archive` made to the caller, as a
+// host's loader is left it: this disposes of it and throws on.
+template <class Read>
+void ReadOrDispose(shr::Archive& archive, Read read)
+{
     try {
-        object.Serialize(archive);
+        read();
     } catch (...) {
         for (shr::CTypedObject* made : archive.CreatedObjects())
             delete made;
         throw;
     }
+}
+
+// Reads all but the last `cut` bytes into `object`; returns the bytes left unread.
+template <class T>
+uint64_t Load(T& object, const std::vector<unsigned char>& bytes, size_t cut = 0, const char* path = "")
+{
+    shr::Archive archive(bytes.data(), bytes.size() - cut, path);
+    ReadOrDispose(archive, [&] { object.Serialize(archive); });
     return archive.BytesRemaining();
 }
 
@@ -99,6 +118,25 @@ std::vector<unsigned char> ExpectRoundTrip(T& object, std::initializer_list<size
         EXPECT_EQ(Store(target), fresh) << "a failed load changes nothing; cut " << cut;
     }
     return bytes;
+}
+
+// `object` stored as the first object of a document (its class name first)
+// and read back as a T, owned by the caller; what else the document holds
+// belongs to the objects that link to it.
+inline std::vector<unsigned char> StoreObject(shr::CTypedObject* object)
+{
+    std::vector<unsigned char> bytes;
+    shr::Archive archive(bytes);
+    archive.TransferObject(object);
+    return bytes;
+}
+template <class T>
+std::unique_ptr<T> LoadObject(const std::vector<unsigned char>& bytes)
+{
+    shr::Archive archive(bytes.data(), bytes.size());
+    T* object = nullptr;
+    ReadOrDispose(archive, [&] { archive.TransferObject(object); });
+    return std::unique_ptr<T>(object);
 }
 
 // Each damage of `cases`, done to a fresh T (after `prepare`, when given),
@@ -322,48 +360,5 @@ void RunThreads(unsigned int count, Work work)
     for (std::thread& thread : threads)
         thread.join();
 }
-
-// Texts for fuzzing a reader: mutations of valid seeds (a byte overwritten,
-// a piece spliced in, a run cut, repeated or truncated) and, one time in five,
-// random bytes. Seeded, so that a failure repeats.
-class TextMutator {
-public:
-    TextMutator(unsigned seed, std::vector<std::string> seeds, std::vector<std::string> pieces, size_t maxEdits = 4)
-        : m_Random(seed), m_Seeds(std::move(seeds)), m_Pieces(std::move(pieces)), m_MaxEdits(maxEdits)
-    {
-    }
-
-    std::string Next()
-    {
-        if (Pick(5) == 0) {
-            std::string text(Pick(64), '\0');
-            for (char& c : text)
-                c = static_cast<char>(Pick(256));
-            return text;
-        }
-        std::string text = m_Seeds[Pick(m_Seeds.size())];
-        for (size_t edits = 1 + Pick(m_MaxEdits); edits > 0; --edits) {
-            const size_t at = text.empty() ? 0 : Pick(text.size() + 1);
-            switch (Pick(5)) {
-            case 0:
-                if (!text.empty())
-                    text[Pick(text.size())] = static_cast<char>(Pick(256));
-                break;
-            case 1: text.insert(at, m_Pieces[Pick(m_Pieces.size())]); break;
-            case 2: text.erase(at, Pick(8)); break;
-            case 3: text.insert(at, text.substr(at, Pick(300))); break;
-            default: text.resize(at); break;
-            }
-        }
-        return text;
-    }
-
-private:
-    size_t Pick(size_t count) { return std::uniform_int_distribution<size_t>(0, count - 1)(m_Random); }
-
-    std::mt19937 m_Random;
-    std::vector<std::string> m_Seeds, m_Pieces;
-    size_t m_MaxEdits;
-};
 
 } // namespace testsupport
