@@ -127,8 +127,9 @@ TEST(PropertyConverter, TextToValues)
         const std::string what = "key " + std::to_string(row.key) + ": " + row.text;
         EXPECT_EQ(converter->FromString(row.text, value), row.ok) << what;
         ASSERT_EQ(value.type(), row.expected.type()) << what;
-        if (row.expected.type() != untouched.type())
+        if (row.expected.type() != untouched.type()) {
             EXPECT_EQ(converter->ToString(value), converter->ToString(row.expected)) << what;
+        }
     }
     // Ten digits of a vector go out again, not the float's shortest text.
     boost::any vector;

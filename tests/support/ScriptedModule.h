@@ -78,7 +78,7 @@ public:
     using VoModule::GetOutputData;
     using VoModule::SetGeomFilter;
 
-    void OnInputChanged(int input, bool recalc) override { inputChanges.push_back(input); }
+    void OnInputChanged(int input, bool /*recalc*/) override { inputChanges.push_back(input); }
     void PropertyEvent(core::VbPropList& list, const core::VbPropertyEvent& event) override;
 
     Behaviour behaviour;
