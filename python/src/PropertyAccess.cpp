@@ -194,7 +194,9 @@ py::object PropertyAccess::Get(const std::string& key) const
 void PropertyAccess::Set(const std::string& key, py::handle value)
 {
     if (m_Editor.RowOf(key) < 0 && m_Editor.HasKey(key)) { // the module takes it without a row
-        m_Editor.Set(key, Text(value, host::HostPropertyList::RowInfo{key, "", "", {}}));
+        const std::string text = Text(value, host::HostPropertyList::RowInfo{key, "", "", {}});
+        m_Editor.Set(key, text);
+        m_Session.NoteSetValue(m_Module.Id(), key, text, std::string());
         return;
     }
     // A copy: the rows are listed again after the change.

@@ -214,7 +214,10 @@ bool Session::RestoreReplacedValues()
         host::PropertyEditor editor(*module);
         for (const SetValue& value : entry.second.values) {
             const int id = editor.RowOf(value.key);
-            if (id < 0 || editor.ValueText(id) == value.shown)
+            // A key the module takes without a row is given again: new data
+            // may have reset what it set (the stream lines' seed plane).
+            const bool withoutRow = id < 0 && editor.HasKey(value.key);
+            if (!withoutRow && (id < 0 || editor.ValueText(id) == value.shown))
                 continue;
             editor.Set(value.key, value.text);
             restored = true;

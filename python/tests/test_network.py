@@ -178,8 +178,9 @@ def test_a_progress_callback_may_not_use_the_network(net):
 def test_keys_without_a_row_of_their_own_are_set(net):
     axes = net.add("Axes", AxesColorGrid=(255, 0, 0))  # a second key of the grid colour's row
     assert axes["AxesGridColor"] == axes["AxesColorGrid"] == (255, 0, 0, 255)
-    paths = net.add("StreamLines")
+    paths = net.add("StreamLines", inputs=net.add("TestLattice", SampleLatticeFunction=4))
     paths["StreamLinesSeedPlaneNormal"] = (1, 0, 0)  # the module takes the whole vector
+    net.run()  # the data's arrival resets the seed plane; the key is given again
     assert (paths["StreamLinesXNormal"], paths["StreamLinesZNormal"]) == (1.0, 0.0)
     with pytest.raises(ValueError, match='"StreamLinesSeedPlaneNormal" has no row of its own'):
         paths["StreamLinesSeedPlaneNormal"]
