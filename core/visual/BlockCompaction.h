@@ -4,10 +4,9 @@
 // running sum, then written in parallel, each block from its own offset. The
 // result equals a sequential walk of the blocks in order, whatever the number
 // of threads, and nothing is copied twice.
-#include "core/data/ThreadHandOver.h"
+#include "core/data/ParallelFor.h"
 
 #include <tbb/blocked_range.h>
-#include <tbb/parallel_for.h>
 
 #include <cstddef>
 #include <vector>
@@ -22,33 +21,26 @@ template <class Count, class Resize, class Fill>
 size_t CompactBlocks(size_t blocks, Count count, Resize resize, Fill fill, bool counted = false)
 {
     std::vector<size_t> sums(blocks + 1, 0);
-    // The tasks reach everything through the hand-over token, which they
-    // hold by value.
     size_t* const offsets = sums.data();
+    // ParallelForRanges marks the hand-over of the loop bodies and of what
+    // they read and write for the thread sanitizer.
+    tbb::task_group_context context;
     if (counted) {
         for (size_t b = 0; b < blocks; ++b)
             offsets[b + 1] = count(b);
     } else {
-        HandOver(offsets);
-        tbb::parallel_for(tbb::blocked_range<size_t>(0, blocks), [&, offsets](const tbb::blocked_range<size_t>& range) {
-            TakeOver(offsets);
+        ParallelForRanges(blocks, 1, [&](const tbb::blocked_range<size_t>& range) {
             for (size_t b = range.begin(); b != range.end(); ++b)
                 offsets[b + 1] = count(b);
-            HandOver(offsets);
-        });
-        TakeOver(offsets);
+        }, context);
     }
     for (size_t b = 0; b < blocks; ++b)
         offsets[b + 1] += offsets[b];
     resize(offsets[blocks]);
-    HandOver(offsets);
-    tbb::parallel_for(tbb::blocked_range<size_t>(0, blocks), [&, offsets](const tbb::blocked_range<size_t>& range) {
-        TakeOver(offsets);
+    ParallelForRanges(blocks, 1, [&](const tbb::blocked_range<size_t>& range) {
         for (size_t b = range.begin(); b != range.end(); ++b)
             fill(b, offsets[b]);
-        HandOver(offsets);
-    });
-    TakeOver(offsets);
+    }, context);
     return offsets[blocks];
 }
 

@@ -1,7 +1,7 @@
 #include "core/visual/VoFaceRender.h"
 
 #include "core/data/LatticeUtility.h"
-#include "core/data/ThreadHandOver.h"
+#include "core/data/ParallelFor.h"
 #include "core/data/VdGeometry.h"
 #include "core/graphics/ColorLookup.h"
 #include "core/graphics/VgRenderer.h"
@@ -23,13 +23,11 @@
 #include "core/properties/VbStringPropertyConverter.h"
 #include "core/properties/VbUnsignedPropertyConverter.h"
 #include "core/visual/BlockCompaction.h"
-#include "core/graphics/VgRenderer.h"
 #include "shr/Archive.h"
 #include "shr/StringUtil.h"
 
 #include <Inventor/nodes/SoShapeHints.h>
 #include <tbb/blocked_range.h>
-#include <tbb/parallel_for.h>
 
 #include <algorithm>
 
@@ -270,15 +268,11 @@ bool VoFaceRender::ComputeIndexed(const VdLattice& lattice, const LatticeRange& 
     const ColorLookup colors(m_ColorMap);
     m_Standing.resize(values.size());
     uint8_t* standing = m_Standing.data();
-    HandOver(standing);
-    const tbb::blocked_range<size_t> all(0, values.size());
-    tbb::parallel_for(all, [&, standing](const tbb::blocked_range<size_t>& cells) {
-        TakeOver(standing);
+    tbb::task_group_context context;
+    ParallelForRanges(values.size(), 1, [&](const tbb::blocked_range<size_t>& cells) {
         for (size_t n = cells.begin(); n != cells.end(); ++n)
             standing[n] = BlankedOrTransparent(values[n], colors) ? 0 : 1;
-        HandOver(standing);
-    });
-    TakeOver(standing);
+    }, context);
     if (!progress.Update(0.5))
         return false;
 
