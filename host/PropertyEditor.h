@@ -23,10 +23,11 @@ namespace host {
 
 class PropertyEditor {
 public:
+    // Which keys Set takes: every key of the type, or (for the catalogue's own
+    // trials) only the keys of the rows shown.
+    enum Keys { kTypeKeys, kRowKeys };
     // Lists the module's rows; the module need not be in the network yet only
     // for reading (Set requires it there).
-    // The catalogue's own trials set only keys of rows: kRowKeys.
-    enum Keys { kTypeKeys, kRowKeys };
     explicit PropertyEditor(core::VoModule& module, Keys keys = kTypeKeys);
 
     // Whether `key` can be set now: a shown row takes it, or the module does.
