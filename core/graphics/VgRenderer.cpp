@@ -1,6 +1,6 @@
 #include "core/graphics/VgRenderer.h"
 
-#include "core/data/ThreadHandOver.h"
+#include "core/data/ParallelFor.h"
 #include "core/data/VdGeometry.h"
 #include "core/graphics/GLFont.h"
 #include "core/graphics/InvConvert.h"
@@ -56,7 +56,6 @@
 #include <Inventor/nodes/SoVertexProperty.h>
 
 #include <tbb/blocked_range.h>
-#include <tbb/parallel_for.h>
 
 #include <cstdlib>
 #include <limits>
@@ -141,14 +140,9 @@ void ForRange(size_t count, Body body)
         body(size_t(0), count);
         return;
     }
-    const int token = 0;
-    HandOver(&token);
-    tbb::parallel_for(tbb::blocked_range<size_t>(0, count, kSerial / 4), [&](const tbb::blocked_range<size_t>& r) {
-        TakeOver(&token);
-        body(r.begin(), r.end());
-        HandOver(&token);
-    });
-    TakeOver(&token);
+    tbb::task_group_context context;
+    ParallelForRanges(count, kSerial / 4, [&](const tbb::blocked_range<size_t>& r) { body(r.begin(), r.end()); },
+                      context);
 }
 
 template <class Field, class T>

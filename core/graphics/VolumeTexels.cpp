@@ -1,13 +1,12 @@
 #include "core/graphics/VolumeTexels.h"
 
 #include "core/data/PrimConvert.h"
-#include "core/data/ThreadHandOver.h"
+#include "core/data/ParallelFor.h"
 #include "core/data/VdUniformLattice.h"
 #include "core/graphics/VbColorMap.h"
 #include "core/network/CoreError.h"
 
 #include <tbb/blocked_range.h>
-#include <tbb/parallel_for.h>
 
 #include <algorithm>
 #include <cmath>
@@ -121,15 +120,11 @@ void FillRows(const TexelSource& source, const Element* values, const shr::Vec3i
             }
         }
     };
-    HandOver(target);
-    // The token is copied into the body: the task reads nothing of this frame before it takes over.
-    tbb::parallel_for(tbb::blocked_range<size_t>(0, rows), [&fillRow, target](const tbb::blocked_range<size_t>& range) {
-        TakeOver(target);
+    tbb::task_group_context context;
+    ParallelForRanges(rows, 1, [&fillRow](const tbb::blocked_range<size_t>& range) {
         for (size_t row = range.begin(); row != range.end(); ++row)
             fillRow(row);
-        HandOver(target);
-    });
-    TakeOver(target);
+    }, context);
 }
 
 } // namespace

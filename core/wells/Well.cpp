@@ -1,13 +1,12 @@
 #include "core/wells/Well.h"
 
-#include "core/data/ThreadHandOver.h"
+#include "core/data/ParallelFor.h"
 #include "core/properties/PropertyError.h"
 #include "shr/Archive.h"
 #include "shr/Mat4d.h"
 #include "shr/MathUtil.h"
 
 #include <tbb/blocked_range.h>
-#include <tbb/parallel_for.h>
 
 #include <algorithm>
 #include <cfloat>
@@ -111,18 +110,13 @@ void Well::UpdateLogIntervals()
     logs.reserve(m_Logs.size());
     for (const auto& log : m_Logs)
         logs.push_back(log.get());
-    // A loop over the list, whose body TBB copies into its tasks (the
-    // sanitizer then sees the hand-over, which parallel_for_each hides).
-    WellLog* const* first = logs.data();
-    const auto body = [first](const tbb::blocked_range<size_t>& range) {
-        TakeOver(first);
+    // A loop over the list, whose hand-over to the tasks the thread
+    // sanitizer sees (parallel_for_each hides it).
+    tbb::task_group_context context;
+    ParallelForRanges(logs.size(), 1, [&logs](const tbb::blocked_range<size_t>& range) {
         for (size_t n = range.begin(); n != range.end(); ++n)
-            first[n]->UpdateIntervals();
-        HandOver(first);
-    };
-    HandOver(first);
-    tbb::parallel_for(tbb::blocked_range<size_t>(0, logs.size(), 1), body);
-    TakeOver(first);
+            logs[n]->UpdateIntervals();
+    }, context);
 }
 
 void Well::UpdatePath(double azimuth, double dip, double depth)

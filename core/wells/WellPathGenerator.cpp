@@ -1,13 +1,12 @@
 #include "core/wells/WellPathGenerator.h"
 
-#include "core/data/ThreadHandOver.h"
+#include "core/data/ParallelFor.h"
 #include "core/wells/Well.h"
 #include "core/wells/WellGroup.h"
 #include "shr/Exception.h"
 #include "shr/MathUtil.h"
 
 #include <tbb/blocked_range.h>
-#include <tbb/parallel_for.h>
 
 #include <cmath>
 
@@ -41,18 +40,13 @@ std::vector<std::shared_ptr<Well>> WellPathGenerator::GenerateAll(WellGroup& gro
     std::vector<std::shared_ptr<Well>> valid, invalid;
     for (const std::shared_ptr<Well>& well : group)
         (ValidWell(*well) ? valid : invalid).push_back(well);
-    // A loop over the list rather than parallel_for_each, whose tasks would
-    // read this body from this stack: TBB copies a loop body into its tasks.
-    std::shared_ptr<Well>* wells = valid.data();
-    const auto body = [this, wells](const tbb::blocked_range<size_t>& range) {
-        TakeOver(wells);
+    // A loop over the list, whose hand-over to the tasks the thread
+    // sanitizer sees (parallel_for_each hides it).
+    tbb::task_group_context context;
+    ParallelForRanges(valid.size(), 1, [this, &valid](const tbb::blocked_range<size_t>& range) {
         for (size_t n = range.begin(); n != range.end(); ++n)
-            Generate(*wells[n]);
-        HandOver(wells);
-    };
-    HandOver(wells);
-    tbb::parallel_for(tbb::blocked_range<size_t>(0, valid.size(), 1), body);
-    TakeOver(wells);
+            Generate(*valid[n]);
+    }, context);
     return invalid;
 }
 

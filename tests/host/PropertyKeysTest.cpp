@@ -130,9 +130,10 @@ TEST(PropertyKeys, KeysWithoutARowOfTheirOwnAreListedAndTaken)
     std::map<std::string, std::string> listedBy;
     for (const core::VbModuleInfo* info : core::VbModuleRegistry::Instance()) {
         for (const host::CatalogueRow& row : host::PropertyCatalogue::Explore(info->UiName())) {
-            if (!row.key.empty())
+            if (!row.key.empty()) {
                 EXPECT_TRUE(listedBy.emplace(Lower(row.key), info->UiName()).second)
                     << row.key << " listed by " << info->UiName() << " and " << listedBy[Lower(row.key)];
+            }
         }
     }
     for (const auto& key : core::VbPropertyRegistry::Instance())
