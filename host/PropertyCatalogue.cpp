@@ -368,6 +368,12 @@ std::vector<CatalogueRow> PropertyCatalogue::Explore(const std::string& type)
     const core::VbModuleInfo* info = type.empty() ? nullptr : core::VbModuleRegistry::Instance().Construct(type);
     if (!info)
         HOST_USER_ERROR("unknown module type \"%s\" (\"fenrak modules\" lists them)", type.c_str());
+    // The trials add modules and remove them again: the network is left as
+    // modified as it was, so that exploring never asks for a save.
+    struct KeepModified {
+        bool modified = Network().IsModified();
+        ~KeepModified() { Network().SetModified(modified); }
+    } keep;
     std::vector<CatalogueRow> rows = Explorer(*info).Run();
     AddFurtherKeys(rows);
     return rows;

@@ -30,14 +30,19 @@ PropertyEditor::PropertyEditor(core::VoModule& module, Keys keys) : m_Module(mod
     Refresh();
 }
 
+const std::vector<CatalogueRow>& PropertyEditor::Catalogue() const
+{
+    if (!m_Catalogue)
+        m_Catalogue = std::make_unique<std::vector<CatalogueRow>>(
+            PropertyCatalogue::Explore(m_Module.GetModuleInfo()->UiName()));
+    return *m_Catalogue;
+}
+
 const CatalogueRow* PropertyEditor::Unshown(const std::string& key) const
 {
     if (m_Keys == kRowKeys || !m_Module.GetModuleInfo())
         return nullptr;
-    if (!m_Catalogue)
-        m_Catalogue = std::make_unique<std::vector<CatalogueRow>>(
-            PropertyCatalogue::Explore(m_Module.GetModuleInfo()->UiName()));
-    const CatalogueRow* row = PropertyCatalogue::Find(*m_Catalogue, key);
+    const CatalogueRow* row = PropertyCatalogue::Find(Catalogue(), key);
     return row && (row->source == CatalogueRow::kSecondKey || row->source == CatalogueRow::kModuleKey) ? row
                                                                                                         : nullptr;
 }

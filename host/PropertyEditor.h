@@ -41,6 +41,9 @@ public:
     // The row's value in its text form; empty for a row without one.
     std::string ValueText(int id) const;
     const HostPropertyList& List() const { return m_List; }
+    // Every row and key the module's type can show (PropertyCatalogue),
+    // explored once for this editor.
+    const std::vector<CatalogueRow>& Catalogue() const;
     // Lists the rows again.
     void Refresh();
 
@@ -48,6 +51,7 @@ private:
     boost::any Convert(int id, const std::string& key, const std::string& text);
     void SetWithoutRow(const std::string& key, const std::string& text);
     // The type's listing row of `key` when no row shows it as its own, or null.
+    // (Explores the type the first time: Catalogue.)
     const CatalogueRow* Unshown(const std::string& key) const;
     bool ModuleKey(const std::string& key) const;
 

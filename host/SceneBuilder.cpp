@@ -283,7 +283,7 @@ void SceneBuilder::SetProperties(const ModuleSpec& spec)
             SetProperty(spec, editor, property.first, property.second);
         }
         if (deferred.size() == pending.size()) {
-            AcceptHidden(spec, deferred);
+            AcceptHidden(spec, editor.Catalogue(), deferred);
             break;
         }
         pending.swap(deferred);
@@ -293,9 +293,9 @@ void SceneBuilder::SetProperties(const ModuleSpec& spec)
 // Keys the module does not show with the scene's other settings: those the
 // type has (under other choices) are taken with a warning, since they can
 // have no effect; any other is a mistake.
-void SceneBuilder::AcceptHidden(const ModuleSpec& spec, const std::vector<std::pair<std::string, std::string>>& keys)
+void SceneBuilder::AcceptHidden(const ModuleSpec& spec, const std::vector<CatalogueRow>& catalogue,
+                                const std::vector<std::pair<std::string, std::string>>& keys)
 {
-    const std::vector<CatalogueRow> catalogue = PropertyCatalogue::Explore(m_Modules.at(spec.name)->GetModuleInfo()->UiName());
     for (const auto& property : keys) {
         const CatalogueRow* row = PropertyCatalogue::Find(catalogue, property.first);
         if (!row)

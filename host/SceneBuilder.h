@@ -5,6 +5,7 @@
 // module's settings from the data). Every error names the scene file, the
 // module and the key or input at fault.
 #include "host/PointFileReader.h"
+#include "host/PropertyCatalogue.h"
 #include "host/SceneFile.h"
 
 #include <functional>
@@ -63,7 +64,8 @@ private:
     void ContrastScreenText(const ModuleSpec& spec);
     static bool SetByScene(const ModuleSpec& spec, const std::string& key);
     shr::Color4b Background() const;
-    void AcceptHidden(const ModuleSpec& spec, const std::vector<std::pair<std::string, std::string>>& keys);
+    void AcceptHidden(const ModuleSpec& spec, const std::vector<CatalogueRow>& catalogue,
+                      const std::vector<std::pair<std::string, std::string>>& keys);
     void SetProperty(const ModuleSpec& spec, PropertyEditor& editor, const std::string& key,
                      const std::string& text);
 

@@ -160,8 +160,7 @@ int PropertyAccess::Row(const std::string& key) const
     const int id = m_Editor.RowOf(key);
     if (id >= 0)
         return id;
-    const std::vector<host::CatalogueRow> rows = Catalogue(m_Module.GetModuleInfo()->UiName());
-    const host::CatalogueRow* row = host::PropertyCatalogue::Find(rows, key);
+    const host::CatalogueRow* row = host::PropertyCatalogue::Find(m_Editor.Catalogue(), key);
     if (!row)
         HOST_USER_ERROR("unknown property key \"%s\"", key.c_str());
     if (row->source == host::CatalogueRow::kModuleKey)
@@ -172,12 +171,8 @@ int PropertyAccess::Row(const std::string& key) const
 
 std::vector<host::CatalogueRow> PropertyAccess::Catalogue(const std::string& type)
 {
-    core::VoNetwork& network = core::VoNetwork::Instance();
-    network.Init(); // modules make scene-graph nodes
-    const bool modified = network.IsModified();
-    std::vector<host::CatalogueRow> rows = host::PropertyCatalogue::Explore(type);
-    network.SetModified(modified);
-    return rows;
+    core::VoNetwork::Instance().Init(); // modules make scene-graph nodes
+    return host::PropertyCatalogue::Explore(type);
 }
 
 py::object PropertyAccess::Value(int id) const

@@ -127,6 +127,7 @@ TEST(PropertyKeys, KeysWithoutARowOfTheirOwnAreListedAndTaken)
 {
     core::VoNetwork& network = core::VoNetwork::Instance();
     network.Init();
+    network.SetModified(false);
     std::map<std::string, std::string> listedBy;
     for (const core::VbModuleInfo* info : core::VbModuleRegistry::Instance()) {
         for (const host::CatalogueRow& row : host::PropertyCatalogue::Explore(info->UiName())) {
@@ -138,6 +139,7 @@ TEST(PropertyKeys, KeysWithoutARowOfTheirOwnAreListedAndTaken)
     }
     for (const auto& key : core::VbPropertyRegistry::Instance())
         EXPECT_TRUE(listedBy.count(Lower(key.first))) << key.first << " is listed by no type";
+    EXPECT_FALSE(network.IsModified()) << "exploring leaves the network as it was";
 
     const std::pair<const char*, const char*> listings[] = {
         {"Axes", "AxesColorGrid +color .*Grid color  \\(second key of AxesGridColor\\)"},
